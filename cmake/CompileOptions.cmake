@@ -1,0 +1,34 @@
+# Warnings, hardening, sanitizers and coverage, gathered in one interface target that every
+# target of the project links: kova_options.
+add_library(kova_options INTERFACE)
+target_include_directories(kova_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(kova_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(KOVA_WARNINGS_AS_ERRORS)
+  target_compile_options(kova_options INTERFACE -Werror)
+endif()
+
+# The module runs inside somebody else's process: it is built as a hardened binary always.
+target_compile_options(kova_options INTERFACE -fstack-protector-strong -fcf-protection=full
+                                              -fstack-clash-protection)
+target_link_options(kova_options INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,text)
+
+if(KOVA_SANITIZE)
+  target_compile_options(kova_options INTERFACE -fsanitize=address,undefined
+                         -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kova_options INTERFACE -fsanitize=address,undefined)
+else()
+  # _FORTIFY_SOURCE needs optimisation, and hides calls from AddressSanitizer.
+  target_compile_options(kova_options INTERFACE
+                         $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+endif()
+
+if(KOVA_COVERAGE)
+  target_compile_options(kova_options INTERFACE --coverage -fprofile-abs-path -fprofile-update=atomic)
+  target_link_options(kova_options INTERFACE --coverage)
+endif()
+
+if(KOVA_BUILD_FUZZERS)
+  # The module's objects carry the coverage hooks; only a fuzz target links the driver.
+  target_compile_options(kova_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(kova_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
