@@ -24,7 +24,8 @@
 /* Release of the module that this header belongs to: major.minor.patch, semantic versioning. */
 #define KOVA_IOT_VERSION "0.1.0"
 
-/* Module identifier: the top byte of every item ID (0x14DDxxxx), and KovaIoTGetModuleID's result. */
+/* Module identifier: the top byte of every item ID (0x14DDxxxx), and KovaIoTGetModuleID's result.
+ */
 #define KOVA_IOT_MODULE_ID UINT32_C(20)
 
 /* Success. */

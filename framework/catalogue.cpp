@@ -1,0 +1,106 @@
+// Catalogue maps and the lookups and raw reads over them.
+#include "framework/catalogue.h"
+
+namespace catalogue {
+namespace {
+
+StringMap text_column(std::span<const Row> rows, std::string_view Row::*column) {
+  StringMap map;
+  for (const Row& row : rows) {
+    if (!(row.*column).empty()) {
+      map.emplace(row.id, row.*column);
+    }
+  }
+  return map;
+}
+
+}  // namespace
+
+StringMap name_map(std::span<const Row> rows) {
+  return text_column(rows, &Row::name);
+}
+StringMap unit_map(std::span<const Row> rows) {
+  return text_column(rows, &Row::unit);
+}
+StringMap option_map(std::span<const Row> rows) {
+  return text_column(rows, &Row::options);
+}
+
+RawMap raw_id_map(std::span<const Row> rows) {
+  RawMap map;
+  for (const Row& row : rows) {
+    if (row.raw) {
+      map.emplace(row.id, *row.raw);
+    }
+  }
+  return map;
+}
+
+RangeMap bound_map(std::span<const Row> rows) {
+  RangeMap map;
+  for (const Row& row : rows) {
+    if (row.range) {
+      map.emplace(row.id, Range{{MIN, row.range->min}, {MAX, row.range->max}});
+    }
+  }
+  return map;
+}
+
+Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out) {
+  const auto found = map.find(id);
+  if (found == map.end()) {
+    return IOT_STATUS_NOT_FOUND;
+  }
+  *out = found->second;
+  return IOT_STATUS_SUCCESS;
+}
+
+std::string text_by_id(const StringMap& map, unsigned int id) {
+  std::string text;
+  get_string_from_map(map, id, &text);
+  return text;
+}
+
+Range range_by_id(const RangeMap& map, unsigned int id) {
+  const auto found = map.find(id);
+  return found == map.end() ? Range{} : found->second;
+}
+
+void update_range(RangeMap& map, unsigned int id, double min, double max) {
+  Range& range = map[id];
+  range[MIN] = min;
+  range[MAX] = max;
+}
+
+bool is_available(ReadEntry get_func, RawMap& raw_ids, unsigned int presence_id) {
+  unsigned int present = 0;
+  return read_raw(get_func, raw_ids, presence_id, &present) == IOT_STATUS_SUCCESS && present != 0;
+}
+
+Status read_raw(ReadEntry get_func, RawMap& raw_ids, unsigned int id, unsigned int* value) {
+  if (get_func == nullptr) {
+    return IOT_STATUS_NOT_READY;
+  }
+  unsigned int raw = 0;
+  if (get_func(raw_ids[id], &raw) != 0) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  *value = raw;
+  return IOT_STATUS_SUCCESS;
+}
+
+void read_raw_range(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+                    unsigned int first, unsigned int end, RawMap* out) {
+  if (!is_available(get_func, raw_ids, presence_id)) {
+    return;
+  }
+  out->clear();
+  unsigned int raw = 0;
+  for (unsigned int id = first; id < end; ++id) {
+    if (get_func(raw_ids[id], &raw) == 0) {
+      (*out)[id] = raw;
+    }
+  }
+}
+
+}  // namespace catalogue

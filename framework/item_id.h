@@ -1,0 +1,43 @@
+// Layout of the 32-bit item IDs by which hosts address every value.
+//
+//   31..24 module code 0x14   23..16 device code (the family)   15..8 group
+//    7..4  subgroup            3..0  index; index 0 names a heading
+//
+// PoE puts the port number (1..8) and memory modules their module number (1..255) in bits 7..0.
+#pragma once
+
+namespace item_id {
+
+inline constexpr unsigned int kFamilyMask = 0xFFFF0000;
+inline constexpr unsigned int kGroupMask = 0xFFFFFF00;
+
+inline constexpr unsigned int kPoE = 0x14140000;
+inline constexpr unsigned int kGSensor = 0x14150000;
+inline constexpr unsigned int kPic = 0x14160000;
+inline constexpr unsigned int kTrk7000 = 0x14170000;
+inline constexpr unsigned int kSdram = 0x14180000;
+inline constexpr unsigned int kSmartBattery = 0x14190000;
+
+constexpr unsigned int family(unsigned int id) {
+  return id & kFamilyMask;
+}
+constexpr unsigned int group(unsigned int id) {
+  return id & kGroupMask;
+}
+
+/// Bits 7..0: a PoE port or a memory module's number.
+constexpr unsigned int unit_number(unsigned int id) {
+  return id & 0xFFU;
+}
+
+/// Bits 7..4 in place: 0x10, 0x20, ... the block of related items within a group.
+constexpr unsigned int subgroup(unsigned int id) {
+  return id & 0xF0U;
+}
+
+/// Bits 3..0: the item within its block.
+constexpr unsigned int index(unsigned int id) {
+  return id & 0x0FU;
+}
+
+}  // namespace item_id
