@@ -82,10 +82,10 @@ bool Device_PoE::is_available() {
 }
 
 unsigned char Device_PoE::getPortNumber() {
-  for (const unsigned char last_port : {8, 4}) {
+  for (const unsigned int last_port : {8U, 4U}) {
     unsigned int raw = 0;
     if (get_value_by_id(kPortProbe + last_port, &raw) == IOT_STATUS_SUCCESS && raw == 1) {
-      return last_port;
+      return static_cast<unsigned char>(last_port);
     }
   }
   return 0;
