@@ -1,6 +1,8 @@
 // Catalogue maps and the lookups and raw reads over them.
 #include "framework/catalogue.h"
 
+#include <utility>
+
 namespace catalogue {
 namespace {
 
@@ -101,6 +103,25 @@ void read_raw_range(const ReadEntry& get_func, RawMap& raw_ids, unsigned int pre
       (*out)[id] = raw;
     }
   }
+}
+
+Status read_texts(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+                  unsigned int first, unsigned int end, TextFormat format, StringMap* out) {
+  if (get_func == nullptr) {
+    return IOT_STATUS_NOT_READY;
+  }
+  RawMap words;
+  read_raw_range(get_func, raw_ids, presence_id, first, end, &words);
+  if (words.empty()) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  out->clear();
+  for (const auto& [id, raw] : words) {
+    if (std::string text = format(id, raw); !text.empty()) {
+      out->emplace(id, std::move(text));
+    }
+  }
+  return out->empty() ? IOT_STATUS_READ_FAILED : IOT_STATUS_SUCCESS;
 }
 
 }  // namespace catalogue

@@ -72,4 +72,13 @@ Status read_raw(ReadEntry get_func, RawMap& raw_ids, unsigned int id, unsigned i
 void read_raw_range(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
                     unsigned int first, unsigned int end, RawMap* out);
 
+/// Turns an information item's raw word into its display text.
+using TextFormat = std::string (*)(unsigned int id, unsigned int raw);
+
+/// Reads the information items first..end-1 and refills `*out` with their texts; an empty text is
+/// not stored. IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED, and `*out` as it
+/// was, when no item could be read.
+Status read_texts(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+                  unsigned int first, unsigned int end, TextFormat format, StringMap* out);
+
 }  // namespace catalogue

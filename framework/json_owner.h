@@ -5,6 +5,7 @@
 #include <jansson.h>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 struct JsonRelease {
@@ -24,12 +25,21 @@ class JsonList {
       json_decref(value);
     }
   }
+  JsonList(JsonList&& other) noexcept : values_(std::move(other.values_)) { other.release(); }
+  JsonList& operator=(JsonList&&) = delete;
   JsonList(const JsonList&) = delete;
   JsonList& operator=(const JsonList&) = delete;
 
   [[nodiscard]] bool empty() const { return values_.empty(); }
   [[nodiscard]] const std::vector<json_t*>& values() const { return values_; }
   std::vector<json_t*>* get() { return &values_; }
+
+  /// Hands the values and their references to the caller.
+  std::vector<json_t*> take() {
+    std::vector<json_t*> taken;
+    taken.swap(values_);
+    return taken;
+  }
 
   /// Forgets the values: their references have been taken over.
   void release() { values_.clear(); }

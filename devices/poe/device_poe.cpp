@@ -5,6 +5,7 @@
 #include <array>
 #include <string_view>
 
+#include "devices/poe/poe_items.h"
 #include "framework/element.h"
 #include "framework/item_id.h"
 
@@ -14,15 +15,7 @@ const std::string Device_PoE::NAME_DEVICE = "PoE";
 
 namespace {
 
-constexpr unsigned int kPresence = 0x14140001;
 constexpr unsigned int kPresenceCode = 0x200000;
-
-constexpr unsigned int kVoltage = 0x14140200;
-constexpr unsigned int kCurrent = 0x14140400;
-constexpr unsigned int kDetect = 0x14140800;
-constexpr unsigned int kClass = 0x14140900;
-constexpr unsigned int kPortProbe = 0x14140A00;
-constexpr unsigned int kPower = 0x14140B00;
 
 // What the kind of a port item settles. A port's device code is the base plus the port number.
 struct PortKind {
@@ -34,12 +27,14 @@ struct PortKind {
 };
 
 constexpr std::array kPortKinds{
-    PortKind{.group = kDetect, .code_base = 0x21FFFF, .word = "detect", .max = 7},
-    PortKind{.group = kClass, .code_base = 0x22FFFF, .word = "class", .max = 7},
-    PortKind{.group = kCurrent, .code_base = 0x23FFFF, .word = "current", .unit = "mA", .max = 600},
-    PortKind{.group = kVoltage, .code_base = 0x24FFFF, .word = "voltage", .unit = "V", .max = 100},
-    PortKind{.group = kPortProbe, .code_base = 0x25FFFF},
-    PortKind{.group = kPower, .code_base = 0x26FFFF, .word = "power", .max = 1},
+    PortKind{.group = poe::kDetect, .code_base = 0x21FFFF, .word = "detect", .max = 7},
+    PortKind{.group = poe::kClass, .code_base = 0x22FFFF, .word = "class", .max = 7},
+    PortKind{
+        .group = poe::kCurrent, .code_base = 0x23FFFF, .word = "current", .unit = "mA", .max = 600},
+    PortKind{
+        .group = poe::kVoltage, .code_base = 0x24FFFF, .word = "voltage", .unit = "V", .max = 100},
+    PortKind{.group = poe::kPortProbe, .code_base = 0x25FFFF},
+    PortKind{.group = poe::kPower, .code_base = 0x26FFFF, .word = "power", .max = 1},
 };
 
 const PortKind* port_kind(unsigned int id) {
@@ -59,7 +54,7 @@ const PortKind* published_port_kind(unsigned int id) {
 Device_PoE::Device_PoE() : port_count_(getPortNumber()) {}
 
 unsigned int Device_PoE::getKovaID(unsigned int id) {
-  if (id == kPresence) {
+  if (id == poe::kPresence) {
     return kPresenceCode;
   }
   const PortKind* kind = port_kind(id);
@@ -78,13 +73,13 @@ Status Device_PoE::set_value_by_id(unsigned int id, unsigned int raw) {
 
 bool Device_PoE::is_available() {
   unsigned int raw = 0;
-  return get_value_by_id(kPresence, &raw) == IOT_STATUS_SUCCESS && raw != 0;
+  return get_value_by_id(poe::kPresence, &raw) == IOT_STATUS_SUCCESS && raw != 0;
 }
 
 unsigned char Device_PoE::getPortNumber() {
   for (const unsigned int last_port : {8U, 4U}) {
     unsigned int raw = 0;
-    if (get_value_by_id(kPortProbe + last_port, &raw) == IOT_STATUS_SUCCESS && raw == 1) {
+    if (get_value_by_id(poe::kPortProbe + last_port, &raw) == IOT_STATUS_SUCCESS && raw == 1) {
       return static_cast<unsigned char>(last_port);
     }
   }
@@ -92,7 +87,7 @@ unsigned char Device_PoE::getPortNumber() {
 }
 
 std::string Device_PoE::get_name_by_id(unsigned int id) {
-  if (id == kPresence) {
+  if (id == poe::kPresence) {
     return "Available";
   }
   const PortKind* kind = port_kind(id);
@@ -110,7 +105,7 @@ std::string Device_PoE::get_unit_by_id(unsigned int id) {
 
 std::string Device_PoE::get_desc_by_id(unsigned int id) {
   const PortKind* kind = published_port_kind(id);
-  return kind != nullptr && kind->group == kPower ? "0=Disable|1=Enable" : "";
+  return kind != nullptr && kind->group == poe::kPower ? "0=Disable|1=Enable" : "";
 }
 
 Range Device_PoE::get_range_by_id(unsigned int id) {
@@ -122,12 +117,12 @@ Status Device_PoE::create_json_element(unsigned int id, void* data, json_t** out
   return build_element(out, [&] {
     const unsigned int group = item_id::group(id);
     const auto byte = [data] { return *static_cast<const unsigned char*>(data); };
-    if (group == kVoltage || group == kCurrent) {
+    if (group == poe::kVoltage || group == poe::kCurrent) {
       const double value = *static_cast<const unsigned int*>(data) * FACTOR;
       IoTJsonUtility::create_json_element(get_name_by_id(id), id, value, "r", "label", out);
-    } else if (group == kDetect || group == kClass) {
+    } else if (group == poe::kDetect || group == poe::kClass) {
       IoTJsonUtility::create_json_element(get_name_by_id(id), id, int{byte()}, "r", "label", out);
-    } else if (group == kPower) {
+    } else if (group == poe::kPower) {
       IoTJsonUtility::create_json_element(get_name_by_id(id), id, byte() != 0, "rw", "checkbox",
                                           out);
     }
@@ -148,13 +143,13 @@ Status Device_PoE::get_value_by_id(unsigned int id, json_t* value) {
     return status;
   }
   switch (item_id::group(id)) {
-    case kVoltage:
-    case kCurrent:
+    case poe::kVoltage:
+    case poe::kCurrent:
       json_real_set(value, raw * FACTOR);
       return IOT_STATUS_SUCCESS;
-    case kDetect:
-    case kClass:
-    case kPower:
+    case poe::kDetect:
+    case poe::kClass:
+    case poe::kPower:
       json_integer_set(value, raw);
       return IOT_STATUS_SUCCESS;
     default:
@@ -166,7 +161,7 @@ Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
   }
-  if (item_id::group(id) != kPower) {
+  if (item_id::group(id) != poe::kPower) {
     return IOT_STATUS_UNSUPPORTED;
   }
   if (!json_is_integer(value)) {
@@ -194,26 +189,26 @@ void Device_PoE::refresh(unsigned int kind, std::map<unsigned int, Value>* map) 
 }
 
 Device_PoE::ByteMap Device_PoE::get_poe_port_power() {
-  refresh(kPower, &power_);
+  refresh(poe::kPower, &power_);
   return power_;
 }
 
 Device_PoE::ByteMap Device_PoE::get_poe_detects() {
-  refresh(kDetect, &detects_);
+  refresh(poe::kDetect, &detects_);
   return detects_;
 }
 
 Device_PoE::ByteMap Device_PoE::get_poe_classes() {
-  refresh(kClass, &classes_);
+  refresh(poe::kClass, &classes_);
   return classes_;
 }
 
 RawMap Device_PoE::get_poe_voltages() {
-  refresh(kVoltage, &voltages_);
+  refresh(poe::kVoltage, &voltages_);
   return voltages_;
 }
 
 RawMap Device_PoE::get_poe_currents() {
-  refresh(kCurrent, &currents_);
+  refresh(poe::kCurrent, &currents_);
   return currents_;
 }

@@ -1,0 +1,76 @@
+// Device_GSensor: the three-axis accelerometer: its modes, offsets, data rates, measuring range
+// and readings.
+#pragma once
+
+#include <jansson.h>
+
+#include <string>
+
+#include "framework/catalogue.h"
+#include "framework/device_library.h"
+#include "framework/status.h"
+
+/// Groups: settings 0x141507xx (modes 0x1x, offsets 0x2x, data rates 0x3x, measuring range 0x4x;
+/// writable) and readings 0x141509xx. Offsets and readings are in G.
+class Device_GSensor {
+ public:
+  static ReadEntry get_func;  ///< null until the manager has loaded the device library
+  static WriteEntry set_func;
+  static constexpr double FACTOR = 0.0001;  ///< one raw unit of offsets and readings in G
+
+  static const std::string NAME_DEVICE;
+  static StringMap device_name_map;
+  static StringMap unit_map;
+  static StringMap desc_map;
+  static RawMap kova_id_map;
+  static RangeMap bound_map;
+
+  static StringMap init_device_name_map();
+  static StringMap init_unit_map();
+  static StringMap init_desc_map();
+  static RawMap init_kova_id_map();
+  static RangeMap init_bound_map();
+
+  // The common lookups and raw reads, over this family's maps.
+  static Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out);
+  static std::string get_name_by_id(unsigned int id);
+  static std::string get_unit_by_id(unsigned int id);
+  static std::string get_desc_by_id(unsigned int id);
+  static Range get_range_by_id(unsigned int id);
+  static bool is_available();
+  static Status get_value_by_id(unsigned int id, unsigned int* raw);
+  static void get_raw_values(unsigned int first, unsigned int end, RawMap* out);
+
+  /// Reads an item into the caller's value: a real in G for offsets and readings, an integer for
+  /// the rest. A scalar is filled and the result is IOT_STATUS_READ_FAILED all the same; a
+  /// non-empty object is left alone with success. Hosts depend on both. IOT_STATUS_NOT_READY when
+  /// the accelerometer is absent.
+  static Status get_value_by_id(unsigned int id, json_t* value);
+
+  /// Writes a setting; the device checks the range. IOT_STATUS_NOT_READY (no write entry),
+  /// IOT_STATUS_INVALID_PARAMETER (no number), IOT_STATUS_UNSUPPORTED (no setting),
+  /// IOT_STATUS_WRITE_FAILED.
+  static Status set_value_by_id(unsigned int id, json_t* value);
+
+  /// Makes an item's element from the raw unsigned int that `raw` points at. `*out` receives the
+  /// caller's reference, or null with IOT_STATUS_JSON_ERROR (no such item) or
+  /// IOT_STATUS_NOT_READY (memory ran out).
+  static Status create_json_element(unsigned int id, void* raw, json_t** out);
+
+  // Bulk views: a copy of the refreshed caches, without the items that could not be read.
+  RawMap get_settings_map();
+  RawMap get_data_map();
+
+  void update_settings();
+  void update_data();
+
+ private:
+  RawMap data_values_;
+  RawMap mode_values_;
+  RawMap rate_values_;
+  RawMap offset_values_;
+  RawMap range_values_;
+};
+
+/// The raw word as a signed count of 0.0001 G.
+double raw_to_g(unsigned int raw);
