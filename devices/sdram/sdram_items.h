@@ -1,0 +1,28 @@
+// Info IDs of the memory modules' fields, and the catalogue as the adapter walks it.
+#pragma once
+
+#include <span>
+
+#include "framework/catalogue.h"
+
+namespace sdram {
+
+inline constexpr unsigned int kMemoryType = 0x14180100;
+inline constexpr unsigned int kModuleType = 0x14180200;
+inline constexpr unsigned int kModuleSize = 0x14180300;
+inline constexpr unsigned int kMemorySpeed = 0x14180400;
+inline constexpr unsigned int kRank = 0x14180500;
+inline constexpr unsigned int kVoltage = 0x14180600;
+inline constexpr unsigned int kBank = 0x14180700;
+inline constexpr unsigned int kWeekYear = 0x14180800;
+inline constexpr unsigned int kTemperature = 0x14180900;
+inline constexpr unsigned int kWriteProtection = 0x14180A00;
+inline constexpr unsigned int kModuleManufacturer = 0x14180B00;
+inline constexpr unsigned int kDramManufacturer = 0x14180C00;
+inline constexpr unsigned int kPartNumber = 0x14181100;
+inline constexpr unsigned int kSpecificData = 0x14182100;
+
+/// All fields, in the order in which they are read.
+std::span<const catalogue::Row> rows();
+
+}  // namespace sdram
