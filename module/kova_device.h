@@ -1,0 +1,118 @@
+// KovaDevice: the one object that ties the module together. It loads the device library, owns the
+// six families' adapters, routes reads and writes to them, and owns the capability document.
+#pragma once
+
+#include <jansson.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "devices/addon_board/device_trk7000.h"
+#include "devices/gsensor/device_gsensor.h"
+#include "devices/pic/device_pic.h"
+#include "devices/poe/device_poe.h"
+#include "devices/sbattery/device_sbattery.h"
+#include "devices/sdram/device_sdram.h"
+#include "framework/json_owner.h"
+#include "framework/status.h"
+
+class KovaDevice {
+ public:
+  static const std::string CONST_HWM;   ///< name of the package that mirrors the add-on board
+  static const std::string CONST_TEMP;  ///< and of its two groups
+  static const std::string CONST_FAN;
+
+  /// Loads the device library, hands its entries to the families and creates the adapters, some of
+  /// which read the device. Without a library the adapters report themselves absent.
+  KovaDevice();
+  ~KovaDevice() = default;
+  KovaDevice(const KovaDevice&) = delete;
+  KovaDevice& operator=(const KovaDevice&) = delete;
+
+  /// True at the first family that reports itself present; the later ones are not asked.
+  bool is_available();
+
+  /// Routes by the family of `id`; the adapter's result, or IOT_STATUS_UNSUPPORTED.
+  Status get_value_by_id(unsigned int id, json_t* value);
+
+  /// Checks both library entries (IOT_STATUS_NOT_READY) and the value's type
+  /// (IOT_STATUS_INVALID_PARAMETER) before routing; read-only families are IOT_STATUS_UNSUPPORTED.
+  Status set_value_by_id(unsigned int id, json_t* value);
+
+  /// Makes the element of an item; `data` points at an unsigned int, a byte (PoE) or a std::string,
+  /// as the item's family says. Returns the caller's new reference or null; `*status` is always
+  /// written.
+  json_t* create_json_element_by_id(unsigned int id, void* data, unsigned int* status);
+
+  /// Appends the element of an item, if it can be made; the status of making it.
+  Status append_json_to_vector(std::vector<json_t*>* list, unsigned int id, void* data);
+
+  /// The elements of a group, in ascending item order, as new references. With a base, the item ID
+  /// is the base plus the map's key.
+  std::vector<json_t*> create_json_elements_v(RawMap values);
+  std::vector<json_t*> create_json_elements_v(StringMap texts);
+  std::vector<json_t*> create_json_elements_v(unsigned int base, StringMap texts);
+
+  /// Builds the document, then returns it (or null); the manager keeps the reference.
+  json_t* get_capability(unsigned int* status);
+
+  /// The document as get_capability built it, or null.
+  [[nodiscard]] json_t* capability() const { return capability_.get(); }
+
+  /// Builds the document from every family that is present. IOT_STATUS_JSON_ERROR when there is
+  /// nothing to put in it; IOT_STATUS_NOT_READY when memory runs out.
+  Status update_capability();
+
+ private:
+  using PackageList = std::vector<json_t*>;
+
+  // One function package per family, added to `families` when a group of it could be built.
+  void add_sdram(JsonList* families);
+  void add_smart_battery(JsonList* families);
+  void add_addon_board(JsonList* families);
+  void add_poe(JsonList* families);
+  void add_pic(JsonList* families);
+  void add_gsensor(JsonList* families);
+
+  // One IPSO package per group, appended to `list` when it could be built.
+  Status update_sdram_info_IPSO_pkgs(PackageList* list, unsigned int module_index);
+  Status update_sbaterry_info_IPSO_pkgs(PackageList* list);
+  Status update_trk7k_info_IPSO_pkgs(PackageList* list);
+  Status update_trk7k_fans_IPSO_pkgs(PackageList* trk_list, PackageList* hwm_list);
+  Status update_trk7k_temp_IPSO_pkgs(PackageList* trk_list, PackageList* hwm_list);
+  Status update_poe_IPSO_pkgs(PackageList* list);
+  Status update_pic_info_IPSO_pkgs(PackageList* list);
+  Status update_pic_defaults_IPSO_pkgs(PackageList* list);
+  Status update_pic_settings_IPSO_pkgs(PackageList* list);
+  Status update_pic_real_status_IPSO_pkgs(PackageList* list);
+  Status update_gsensor_data_IPSO_pkgs(PackageList* list);
+  Status update_gsensor_settings_IPSO_pkgs(PackageList* list);
+
+  template <typename Value>
+  std::vector<json_t*> create_elements(unsigned int base, std::map<unsigned int, Value> values);
+
+  // The steps all groups share. IOT_STATUS_READ_FAILED for an empty map, IOT_STATUS_JSON_ERROR
+  // when no element could be made.
+  Status update_IPSO_pkgs(RawMap values, PackageList* list, unsigned int id, const std::string& bn,
+                          const std::string& bu);
+  Status update_IPSO_pkgs(RawMap values, PackageList* list, unsigned int id, const std::string& bn,
+                          const std::string& bu, PackageList* second_list, unsigned int second_id,
+                          const std::string& second_bn, const std::string& second_bu);
+  Status update_IPSO_pkgs(StringMap texts, PackageList* list, unsigned int id,
+                          const std::string& bn, const std::string& bu = "");
+  Status update_IPSO_pkgs(unsigned int base, StringMap texts, PackageList* list, unsigned int id,
+                          const std::string& bn, const std::string& bu);
+
+  void* library_ = nullptr;  // never closed: the library stays mapped for the life of the process
+  ReadEntry get_entry_ = nullptr;
+  WriteEntry set_entry_ = nullptr;
+  std::unique_ptr<Device_PoE> poe_;
+  std::unique_ptr<Device_PIC> pic_;
+  std::unique_ptr<Device_TRK7000> trk7000_;
+  std::unique_ptr<Device_GSensor> gsensor_;
+  std::unique_ptr<Device_SDRAM> sdram_;
+  std::unique_ptr<Device_SBATTERY> sbattery_;
+  JsonOwner capability_;
+};
