@@ -56,7 +56,9 @@ std::uint32_t DeviceDouble::set(std::uint32_t code, std::uint32_t value) {
   return living != nullptr ? living->write(code, value) : kFailed;
 }
 
-bool DeviceDouble::fails_now() { return failing_call != 0 && --failing_call == 0; }
+bool DeviceDouble::fails_now() {
+  return failing_call != 0 && --failing_call == 0;
+}
 
 std::uint32_t DeviceDouble::read(std::uint32_t code, std::uint32_t* value) {
   calls.push_back({.kind = Call::kRead, .code = code});
