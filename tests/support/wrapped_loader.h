@@ -8,12 +8,12 @@
 namespace wrapped_loader {
 
 struct State {
-  std::vector<std::string> openable;  ///< paths that open as the in-memory device
+  std::vector<std::string> openable{};  ///< paths that open as the in-memory device
   bool has_read_entry = true;
   bool has_write_entry = true;
 
-  std::vector<std::string> tried;  ///< paths the module tried to open, in order
-  std::vector<int> flags;          ///< and the flags it gave
+  std::vector<std::string> tried{};  ///< paths the module tried to open, in order
+  std::vector<int> flags{};          ///< and the flags it gave
 };
 
 /// The state the wraps act on. Everything but the device library's paths goes to the real linker.

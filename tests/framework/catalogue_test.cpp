@@ -1,0 +1,179 @@
+// Lookups and raw reads over catalogue maps, and relations that every family's catalogue keeps.
+#include "framework/catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <set>
+
+#include "devices/addon_board/device_trk7000.h"
+#include "devices/gsensor/device_gsensor.h"
+#include "devices/pic/device_pic.h"
+#include "devices/sbattery/device_sbattery.h"
+#include "devices/sdram/device_sdram.h"
+#include "tests/support/device_double.h"
+
+namespace {
+
+constexpr unsigned int kPresence = 0x14160001;
+
+TEST(Catalogue, LookupsOfUnknownIdsGiveNothingAndChangeNothing) {
+  const StringMap names{{1, "one"}};
+  std::string out = "before";
+  EXPECT_EQ(catalogue::get_string_from_map(names, 2, &out), IOT_STATUS_NOT_FOUND);
+  EXPECT_EQ(out, "before");
+  EXPECT_EQ(catalogue::get_string_from_map(names, 1, &out), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(out, "one");
+  EXPECT_EQ(catalogue::text_by_id(names, 2), "");
+  EXPECT_TRUE(catalogue::range_by_id({{1, {{MIN, 0.0}}}}, 2).empty());
+}
+
+TEST(Catalogue, UpdateRangeReplacesBothEndsOrMakesTheRange) {
+  RangeMap ranges{{1, {{MAX, 5.0}}}};
+  for (const unsigned int id : {1U, 2U}) {
+    catalogue::update_range(ranges, id, -1.5, 9.0);
+    EXPECT_EQ(ranges[id], (Range{{MIN, -1.5}, {MAX, 9.0}})) << id;
+  }
+}
+
+TEST(Catalogue, PresenceNeedsAnAnswerThatIsNotZero) {
+  DeviceDouble device;
+  RawMap raw_ids{{kPresence, 0x600008}};
+  EXPECT_FALSE(catalogue::is_available(nullptr, raw_ids, kPresence));
+  for (const auto& [word, expected] : {std::pair{0U, false}, {1U, true}, {0x80000000U, true}}) {
+    device.values[0x600008] = word;
+    EXPECT_EQ(catalogue::is_available(&DeviceDouble::get, raw_ids, kPresence), expected) << word;
+  }
+  device.read_status[0x600008] = 7;
+  device.stored_on_failure[0x600008] = 1;
+  EXPECT_FALSE(catalogue::is_available(&DeviceDouble::get, raw_ids, kPresence));
+}
+
+TEST(Catalogue, RawReadOfAnUnknownItemReadsCodeZeroAndKeepsTheEntry) {
+  DeviceDouble device;
+  device.values = {{0, 42}, {0x10, 5}};
+  device.read_status[0x11] = 9;
+  RawMap raw_ids{{1, 0x10}, {2, 0x11}};
+  unsigned int value = 77;
+  EXPECT_EQ(catalogue::read_raw(nullptr, raw_ids, 1, &value), IOT_STATUS_NOT_READY);
+  EXPECT_EQ(catalogue::read_raw(&DeviceDouble::get, raw_ids, 2, &value), IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(value, 77U);
+  EXPECT_EQ(catalogue::read_raw(&DeviceDouble::get, raw_ids, 3, &value), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(value, 42U);
+  EXPECT_EQ(raw_ids, (RawMap{{1, 0x10}, {2, 0x11}, {3, 0}}));
+}
+
+TEST(Catalogue, BulkReadSkipsWhatFailsAndAsksForPresenceFirst) {
+  DeviceDouble device;
+  device.values = {{0x600008, 1}, {0x10, 5}, {0x12, 6}};
+  device.read_status[0x11] = 9;
+  RawMap raw_ids{{kPresence, 0x600008}, {1, 0x10}, {2, 0x11}, {3, 0x12}};
+  const ReadEntry entry = &DeviceDouble::get;
+  const auto read = [&](unsigned int first, unsigned int end, RawMap* out) {
+    catalogue::read_raw_range(entry, raw_ids, kPresence, first, end, out);
+  };
+
+  RawMap out{{99, 99}};
+  read(1, 4, &out);
+  EXPECT_EQ(out, (RawMap{{1, 5}, {3, 6}}));
+  EXPECT_EQ(device.codes_read(), (std::vector<std::uint32_t>{0x600008, 0x10, 0x11, 0x12}));
+  read(1, 1, &out);
+  EXPECT_TRUE(out.empty());
+  device.values[0x600008] = 0;
+  out = {{99, 99}};
+  read(1, 4, &out);
+  EXPECT_EQ(out, (RawMap{{99, 99}}));
+}
+
+TEST(Catalogue, TextsOfInformationItems) {
+  DeviceDouble device;
+  device.values = {{0x600008, 1}, {0x10, 1}, {0x11, 0}};
+  RawMap raw_ids{{kPresence, 0x600008}, {1, 0x10}, {2, 0x11}};
+  const auto format = [](unsigned int, unsigned int raw) {
+    return raw != 0 ? std::string("text") : std::string();
+  };
+  const ReadEntry none = nullptr;
+  const ReadEntry entry = &DeviceDouble::get;
+  StringMap out{{9, "kept"}};
+  EXPECT_EQ(catalogue::read_texts(none, raw_ids, kPresence, 1, 3, format, &out),
+            IOT_STATUS_NOT_READY);
+  device.values[0x600008] = 0;
+  EXPECT_EQ(catalogue::read_texts(entry, raw_ids, kPresence, 1, 3, format, &out),
+            IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(out, (StringMap{{9, "kept"}}));
+  device.values[0x600008] = 1;
+  EXPECT_EQ(catalogue::read_texts(entry, raw_ids, kPresence, 1, 3, format, &out),
+            IOT_STATUS_SUCCESS);
+  EXPECT_EQ(out, (StringMap{{1, "text"}}));  // an empty text is not stored
+}
+
+// Relations that a mistyped row breaks, over all families with catalogue maps.
+struct Family {
+  const char* name;
+  unsigned int prefix;
+  const StringMap& names;
+  const StringMap& units;
+  const RangeMap& bounds;
+  StringMap options{};
+  RawMap raw_ids{};
+};
+
+// The values of an option list such as "0=OFF|1=ON".
+std::vector<double> option_values(const std::string& options) {
+  std::vector<double> values;
+  for (std::size_t start = 0; start < options.size();) {
+    const std::size_t end = std::min(options.find('|', start), options.size());
+    start += options[start] == '\n' ? 1 : 0;
+    int value = -1;
+    const auto parsed = std::from_chars(&options[start], options.data() + end, value);
+    EXPECT_TRUE(parsed.ec == std::errc() && *parsed.ptr == '=') << options;
+    values.push_back(value);
+    start = end + 1;
+  }
+  return values;
+}
+
+TEST(Catalogue, EveryFamilysRowsAgreeWithEachOther) {
+  const Device_SBATTERY fills_the_battery_maps;
+  const Family families[] = {
+      {"PIC", 0x1416, Device_PIC::device_name_map, Device_PIC::unit_map, Device_PIC::bound_map,
+       Device_PIC::desc_map, Device_PIC::init_kova_id_map()},
+      {"TRK-7000", 0x1417, Device_TRK7000::device_name_map, Device_TRK7000::unit_map,
+       Device_TRK7000::bound_map, Device_TRK7000::desc_map, Device_TRK7000::init_kova_id_map()},
+      {"GSensor", 0x1415, Device_GSensor::device_name_map, Device_GSensor::unit_map,
+       Device_GSensor::bound_map, Device_GSensor::desc_map, Device_GSensor::init_kova_id_map()},
+      {"SDRAM", 0x1418, Device_SDRAM::device_name_map, Device_SDRAM::unit_map,
+       Device_SDRAM::bound_map},
+      {"SMART BATTERY", 0x1419, Device_SBATTERY::device_name_map, Device_SBATTERY::unit_map,
+       Device_SBATTERY::bound_map},
+  };
+  const std::set<std::string> known_units{"sec(s)", "time(s)", "V",     "Cel",     "RPM", "G",
+                                          "MT/s",   "GB",      "Ranks", "Celsuis", "mV",  "mAh",
+                                          "mA",     "%",       "min",   "cycles"};
+  std::set<unsigned int> raw_ids_seen;
+  for (const Family& family : families) {
+    SCOPED_TRACE(family.name);
+    EXPECT_FALSE(family.names.empty());
+    for (const auto& [id, name] : family.names) {
+      EXPECT_EQ(id >> 16U, family.prefix) << name;
+    }
+    for (const auto& [id, unit] : family.units) {
+      EXPECT_TRUE(family.names.contains(id)) << "unit without a name: " << std::hex << id;
+      EXPECT_TRUE(known_units.contains(unit)) << unit;
+    }
+    for (const auto& [id, range] : family.bounds) {
+      EXPECT_LT(range.at(MIN), range.at(MAX)) << std::hex << id;
+    }
+    for (const auto& [id, options] : family.options) {
+      for (const double value : option_values(options)) {
+        EXPECT_GE(value, family.bounds.at(id).at(MIN)) << options;
+        EXPECT_LE(value, family.bounds.at(id).at(MAX)) << options;
+      }
+    }
+    for (const auto& [id, raw] : family.raw_ids) {
+      EXPECT_TRUE(raw_ids_seen.insert(raw).second) << "device code twice: " << std::hex << raw;
+    }
+  }
+}
+
+}  // namespace

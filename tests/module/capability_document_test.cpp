@@ -1,0 +1,127 @@
+// The capability document of the reference machine and of machines that lack something.
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include "framework/json_owner.h"
+#include "module/kova_iot.h"
+#include "tests/support/reference_machine.h"
+#include "tests/support/wrapped_loader.h"
+
+namespace {
+
+class CapabilityDocument : public testing::Test {
+ protected:
+  CapabilityDocument() { wrapped_loader::install_device_library(); }
+  ~CapabilityDocument() override { KovaIoTUninitialize(); }
+
+  JsonOwner document() {
+    JsonOwner target(json_object());
+    EXPECT_EQ(KovaIoTInitialize(), IOT_STATUS_SUCCESS);
+    has_document = KovaIoTGetMDCapability(target.get()) == IOT_STATUS_SUCCESS;
+    return target;
+  }
+
+  static std::vector<std::string> keys(const json_t* object) {
+    std::vector<std::string> names;
+    const char* key = nullptr;
+    json_t* value = nullptr;
+    json_object_foreach(const_cast<json_t*>(object), key, value) {
+      if (json_is_object(value)) {
+        names.emplace_back(key);
+      }
+    }
+    return names;
+  }
+
+  DeviceDouble device;
+  bool has_document = false;
+};
+
+TEST_F(CapabilityDocument, IsTheReferenceMachinesToTheByte) {
+  load_reference_machine(&device);
+  const std::time_t before = std::time(nullptr);
+  const JsonOwner made = document();
+  const json_t* package = json_object_get(json_object_get(made.get(), "PoE"), "PoE 1");
+  const json_int_t base_time = json_integer_value(json_object_get(package, "bt"));
+  EXPECT_GE(base_time, before);
+  EXPECT_LE(base_time, std::time(nullptr));
+
+  clear_base_times(made.get());
+  EXPECT_EQ(first_difference(made.get(), reference_document().get()), "");
+}
+
+TEST_F(CapabilityDocument, MergesIntoTheHostsObjectAndOutlivesTheModule) {
+  load_reference_machine(&device);
+  ASSERT_EQ(KovaIoTInitialize(), IOT_STATUS_SUCCESS);
+  const JsonOwner target(json_pack("{s:i, s:i}", "own", 1, "PoE", 2));
+  EXPECT_EQ(KovaIoTGetMDCapability(target.get()), IOT_STATUS_SUCCESS);
+  const JsonOwner array(json_array());
+  EXPECT_EQ(KovaIoTGetMDCapability(array.get()), IOT_STATUS_NOT_READY);
+  KovaIoTUninitialize();
+  EXPECT_EQ(json_object_size(target.get()), 8U);  // seven packages and the host's own key
+  EXPECT_TRUE(json_is_object(json_object_get(json_object_get(target.get(), "PoE"), "PoE 4")));
+}
+
+TEST_F(CapabilityDocument, BoardElementsStandInBothPackages) {
+  load_reference_machine(&device);
+  const JsonOwner made = document();
+  const json_t* board = json_object_get(made.get(), "TRK-7000");
+  const json_t* monitor = json_object_get(made.get(), "Hardware Monitor");
+  EXPECT_EQ(keys(board),
+            (std::vector<std::string>{"Information", "Onboard fan speeds", "Temperatures"}));
+  EXPECT_EQ(keys(monitor), (std::vector<std::string>{"Fan Speed", "Temperature"}));
+  EXPECT_EQ(json_array_get(json_object_get(json_object_get(board, "Temperatures"), "e"), 6),
+            json_array_get(json_object_get(json_object_get(monitor, "Temperature"), "e"), 6));
+}
+
+// What the machine lacks is missing; the rest stands.
+TEST_F(CapabilityDocument, LacksWhatTheMachineLacks) {
+  const struct {
+    const char* reason;
+    std::map<std::uint32_t, std::uint32_t> words;
+    std::vector<std::string> families;
+  } cases[] = {
+      {"a memory module that answers nothing else still has its fourteen fields",
+       {{0xA00000, 1}},
+       {"SDRAM"}},
+      {"PoE without ports has nothing to publish", {{0x200000, 1}}, {}},
+      {"a board that reports one fan",
+       {{0x800000, 1}, {0x822003, 900}},
+       {"TRK-7000", "Hardware Monitor"}},
+      {"a board that reports its firmware only",
+       {{0x800000, 1}, {0x800001, 0x560102}},
+       {"TRK-7000"}},
+      {"a controller with one status item", {{0x600008, 1}, {0x62000A, 1}}, {"PIC"}},
+  };
+  device.lenient = true;
+  for (const auto& [reason, words, families] : cases) {
+    device.values = words;
+    const JsonOwner made = document();
+    EXPECT_EQ(keys(made.get()), families) << reason;
+    EXPECT_EQ(has_document, !families.empty()) << reason;
+  }
+}
+
+TEST_F(CapabilityDocument, APortThatCannotBeReadIsPublishedAsZero) {
+  device.values = {{0x200000, 1}, {0x260007, 1}, {0x270006, 1}};
+  device.lenient = true;
+  const JsonOwner made = document();
+  const json_t* ports = json_object_get(made.get(), "PoE");
+  EXPECT_EQ(keys(ports).size(), 8U);
+  const json_t* elements = json_object_get(json_object_get(ports, "PoE 7"), "e");
+  ASSERT_EQ(json_array_size(elements), 5U);
+  EXPECT_EQ(json_integer_value(json_object_get(json_array_get(elements, 0), "bv")), 1);
+  EXPECT_EQ(json_real_value(json_object_get(json_array_get(elements, 4), "v")), 0.0);
+}
+
+TEST_F(CapabilityDocument, AGarbledModuleCountCannotHangTheStart) {
+  device.values[0xA00000] = 0xFFFFFFFF;
+  device.lenient = true;
+  const JsonOwner made = document();
+  const auto modules = keys(json_object_get(made.get(), "SDRAM"));
+  ASSERT_EQ(modules.size(), 255U);
+  EXPECT_EQ(modules.back(), "SDRAM254");
+}
+
+}  // namespace
