@@ -1,0 +1,278 @@
+// Reads machine descriptions: the file as a whole, what it builds on, and its checks.
+#include "simulator/description.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+#include "simulator/item_parser.h"
+#include "simulator/json_node.h"
+
+namespace kova_sim {
+namespace {
+
+constexpr std::size_t MAX_FILE_SIZE = std::size_t{16} << 20;
+constexpr int MAX_DEPTH = 8;
+
+using Items = std::map<std::uint32_t, Item>;
+
+JsonOwner parse_json(const std::string& text, const std::string& file) {
+  json_error_t error;
+  JsonOwner json(
+      json_loadb(text.data(), text.size(), JSON_REJECT_DUPLICATES | JSON_ALLOW_NUL, &error));
+  if (!json) {
+    throw DescriptionError(file + ":" + std::to_string(error.line) + ":" +
+                           std::to_string(error.column) + ": " + error.text);
+  }
+  return json;
+}
+
+void read_clock(MachineDescription& machine, const Node& node) {
+  constexpr std::int64_t ONE_DAY_MS = 86'400'000;
+  machine.clock_step_ms.reset();
+  if (!node.is_null()) {
+    node.members({{"step_ms", [&](const Node& n) {
+                     machine.clock_step_ms = static_cast<std::uint32_t>(n.integer(0, ONE_DAY_MS));
+                   }}});
+    if (!machine.clock_step_ms) {
+      node.refuse("\"step_ms\" is missing");
+    }
+  }
+}
+
+void read_bus(Bus& bus, const Node& node) {
+  node.members({{"delay_us", [&](const Node& n) { bus.delay_us = read_delay_us(n); }},
+                {"fail_read", [&](const Node& n) { bus.fail_read = read_failure(n, true); }},
+                {"fail_write", [&](const Node& n) { bus.fail_write = read_failure(n, false); }},
+                {"not_described", [&](const Node& n) { bus.not_described = n.status(); }}});
+}
+
+void check_size(const Items& items, const Node& node) {
+  if (items.size() > MAX_CODES) {
+    node.refuse("more than " + std::to_string(MAX_CODES) + " codes are described");
+  }
+}
+
+// Codes inside a copied run that the copied item refers to move with the run.
+Item moved_item(Item item, const CodeRun& source, std::uint32_t target) {
+  const auto move = [&](std::uint32_t& code) {
+    if (source.contains(code)) {
+      code = target + (code - source.first);
+    }
+  };
+  if (item.write) {
+    for (std::uint32_t& code : item.write->changes) {
+      move(code);
+    }
+    for (auto* limit : {&item.write->min, &item.write->max}) {
+      if (*limit && std::holds_alternative<CodeReference>(**limit)) {
+        move(std::get<CodeReference>(**limit).code);
+      }
+    }
+  }
+  return item;
+}
+
+// All copies are taken from the machine as it was before the first of them.
+void read_copies(Items& items, const Node& copies) {
+  const Items before = items;
+  copies.each_member([&](const std::string& key, const Node& node) {
+    const auto target = parse_hex(key);
+    const CodeRun source = parse_run(node.text(), node);
+    if (!target || *target > UINT32_MAX - (source.last - source.first)) {
+      node.refuse("the key is the first code to copy to, such as \"0x00A00201\"");
+    }
+    const auto end = before.upper_bound(source.last);
+    auto at = before.lower_bound(source.first);
+    if (at == end) {
+      node.refuse("none of these codes is described by the base");
+    }
+    for (; at != end; ++at) {
+      items[*target + (at->first - source.first)] = moved_item(at->second, source, *target);
+    }
+    check_size(items, copies);
+  });
+}
+
+// The entry at each place of a run: one for all, or one array element each.
+void read_run(Items& items, std::set<std::uint32_t>& seen, const std::string& key,
+              const Node& node) {
+  CodeRun run = parse_run(key, node);
+  const std::vector<Node> elements = node.elements();
+  if (node.is_array()) {
+    const std::size_t count = elements.size();
+    if (run.size() == 1 && count > 0 && count <= MAX_RUN && run.first <= UINT32_MAX - count) {
+      run.last = run.first + static_cast<std::uint32_t>(count - 1);
+    }
+    if (run.size() != count) {
+      node.refuse(std::to_string(run.size()) + " codes, but " + std::to_string(count) + " entries");
+    }
+  }
+  for (std::uint32_t i = 0; i < run.size(); ++i) {
+    const std::uint32_t code = run.first + i;
+    const Node& entry = node.is_array() ? elements[i] : node;
+    if (!seen.insert(code).second) {
+      node.refuse(format_hex(code) + " is described twice in this file");
+    }
+    if (entry.is_null()) {
+      items.erase(code);
+    } else if (node.is_array()) {
+      apply_entry(items[code], entry, {.code = code});
+    } else {
+      apply_entry(items[code], entry, {.code = code, .index = i, .count = run.size()});
+    }
+  }
+  check_size(items, node);
+}
+
+void read_codes(Items& items, const Node& codes) {
+  std::set<std::uint32_t> seen;
+  codes.each_member(
+      [&](const std::string& key, const Node& node) { read_run(items, seen, key, node); });
+}
+
+MachineDescription read_machine(const std::string& text, const std::string& file,
+                                const FileReader& reader, int depth);
+
+MachineDescription read_base(const Node& node, const std::string& file, const FileReader& reader,
+                             int depth) {
+  const std::string name = node.text();
+  if (name == BUILTIN_NAME) {
+    return read_machine(builtin_machine_text(), BUILTIN_NAME, reader, depth + 1);
+  }
+  if (depth >= MAX_DEPTH) {
+    node.refuse("more than " + std::to_string(MAX_DEPTH) + " descriptions build on each other");
+  }
+  // Relative to the file that names it, so that a folder of descriptions can be moved.
+  const std::string path = std::filesystem::path(file).parent_path() / name;
+  return read_machine(reader(path), path, reader, depth + 1);
+}
+
+// Base, copies, codes: each step may change what the ones before have described, whatever the
+// order of the keys in the file.
+MachineDescription read_machine(const std::string& text, const std::string& file,
+                                const FileReader& reader, int depth) {
+  const JsonOwner json = parse_json(text, file);
+  std::optional<Node> base;
+  std::optional<Node> clock;
+  std::optional<Node> bus;
+  std::optional<Node> copies;
+  std::optional<Node> codes;
+  const auto keep = [](std::optional<Node>& place) {
+    return [&place](const Node& node) { place = node; };
+  };
+  Node(json.get(), file, "")
+      .members({{"note", [](const Node& n) { n.text(); }},
+                {"base", keep(base)},
+                {"clock", keep(clock)},
+                {"bus", keep(bus)},
+                {"copy", keep(copies)},
+                {"codes", keep(codes)}});
+  MachineDescription machine;
+  if (base) {
+    machine = read_base(*base, file, reader, depth);
+  }
+  if (clock) {
+    read_clock(machine, *clock);
+  }
+  if (bus) {
+    read_bus(machine.bus, *bus);
+  }
+  if (copies) {
+    read_copies(machine.items, *copies);
+  }
+  if (codes) {
+    read_codes(machine.items, *codes);
+  }
+  return machine;
+}
+
+// A write to nowhere, or a limit that nothing gives, is a slip in the description.
+void check_references(const Items& items, const std::string& file) {
+  const auto check = [&](std::uint32_t from, std::uint32_t to, const char* key) {
+    const auto found = items.find(to);
+    if (found == items.end() || !found->second.value) {
+      throw DescriptionError(file + ": codes." + format_hex(from) + ".write." + key + ": " +
+                             format_hex(to) + " has no value");
+    }
+  };
+  const auto check_limit = [&](std::uint32_t from, const std::optional<Limit>& limit,
+                               const char* key) {
+    if (limit && std::holds_alternative<CodeReference>(*limit)) {
+      check(from, std::get<CodeReference>(*limit).code, key);
+    }
+  };
+  for (const auto& [code, item] : items) {
+    if (item.write) {
+      for (const std::uint32_t changed : item.write->changes) {
+        check(code, changed, "changes");
+      }
+      check_limit(code, item.write->min, "min");
+      check_limit(code, item.write->max, "max");
+    }
+  }
+}
+
+// Keys and file names come from outside; the reason stays one printable line.
+std::string one_line(std::string text) {
+  for (char& character : text) {
+    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
+      character = ' ';
+    }
+  }
+  return text;
+}
+
+// Parses what `text` gives; an unreadable file is refused like a bad one.
+ParseResult parse_checked(const std::function<std::string()>& text, const std::string& file,
+                          const FileReader& reader) {
+  try {
+    MachineDescription machine = read_machine(text(), file, reader, 0);
+    check_references(machine.items, file);
+    return {std::move(machine), {}};
+  } catch (const DescriptionError& error) {
+    return {std::nullopt, one_line(error.what())};
+  }
+}
+
+}  // namespace
+
+std::string read_file(const std::string& path) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
+                                                             std::fclose);
+  // The errno names are the same in every language.
+  const auto fail = [&path](const std::string& reason) {
+    throw DescriptionError(path + ": cannot be read (" + reason + ")");
+  };
+  if (!file) {
+    fail(strerrorname_np(errno));
+  }
+  std::string text;
+  char buffer[65536];
+  while (const std::size_t size = std::fread(buffer, 1, sizeof buffer, file.get())) {
+    text.append(buffer, size);
+    if (text.size() > MAX_FILE_SIZE) {
+      fail("larger than 16 MiB");
+    }
+  }
+  if (std::ferror(file.get()) != 0) {
+    fail(strerrorname_np(errno));
+  }
+  return text;
+}
+
+ParseResult parse_description(const std::string& text, const std::string& file,
+                              const FileReader& reader) {
+  return parse_checked([&] { return text; }, file, reader);
+}
+
+ParseResult load_description(const std::string& file) {
+  if (file.empty()) {
+    return parse_description(builtin_machine_text(), BUILTIN_NAME);
+  }
+  return parse_checked([&] { return read_file(file); }, file, read_file);
+}
+
+}  // namespace kova_sim

@@ -1,0 +1,122 @@
+// Reads and writes on the simulated machine.
+#include "simulator/machine.h"
+
+#include <thread>
+#include <utility>
+
+#include "simulator/kova_device_sim.h"
+
+namespace kova_sim {
+namespace {
+
+// Whether call number `call` (1 for the first) is one of those that fail.
+bool strikes(const std::optional<Failure>& failure, std::uint64_t call) {
+  return failure && call % failure->every == 0;
+}
+
+std::uint32_t fail_read(const Failure& failure, std::uint32_t* value) {
+  if (failure.stores) {
+    *value = *failure.stores;
+  }
+  return failure.status;
+}
+
+bool is_negative(const std::optional<Limit>& limit) {
+  return limit && std::holds_alternative<std::int64_t>(*limit) &&
+         std::get<std::int64_t>(*limit) < 0;
+}
+
+}  // namespace
+
+Machine::Machine(MachineDescription description) : description_(std::move(description)) {}
+
+// Lets the time of a call pass. Returns the item of the code, or null if it is not described.
+Item* Machine::begin_call(std::uint32_t code) {
+  const auto found = description_.items.find(code);
+  Item* item = found == description_.items.end() ? nullptr : &found->second;
+  const std::uint64_t delay_us =
+      std::uint64_t{description_.bus.delay_us} + (item == nullptr ? 0 : item->delay_us);
+  if (delay_us > 0) {
+    std::this_thread::sleep_for(std::chrono::microseconds(delay_us));
+  }
+  if (description_.clock_step_ms) {
+    const std::uint64_t calls_before = all_calls_.reads + all_calls_.writes;
+    seconds_ = static_cast<double>(calls_before) * *description_.clock_step_ms / 1000.0;
+  } else {
+    seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
+  return item;
+}
+
+std::uint32_t Machine::not_described() const {
+  return description_.bus.not_described.value_or(SIM_STATUS_NOT_DESCRIBED);
+}
+
+std::uint32_t Machine::read(std::uint32_t code, std::uint32_t* value) {
+  const Item* item = begin_call(code);
+  const std::uint64_t all_reads = ++all_calls_.reads;
+  const std::uint64_t reads = item == nullptr ? 0 : ++calls_[code].reads;
+  // A disturbed bus hides what the device would have answered.
+  if (strikes(description_.bus.fail_read, all_reads)) {
+    return fail_read(*description_.bus.fail_read, value);
+  }
+  if (item != nullptr && strikes(item->fail_read, reads)) {
+    return fail_read(*item->fail_read, value);
+  }
+  if (item == nullptr || !item->value) {
+    return not_described();
+  }
+  *value = sample(*item->value, seconds_, reads);
+  return 0;
+}
+
+std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
+  const Item* item = begin_call(code);
+  const std::uint64_t all_writes = ++all_calls_.writes;
+  const std::uint64_t writes = item == nullptr ? 0 : ++calls_[code].writes;
+  if (strikes(description_.bus.fail_write, all_writes)) {
+    return description_.bus.fail_write->status;
+  }
+  if (item == nullptr) {
+    return not_described();
+  }
+  if (strikes(item->fail_write, writes)) {
+    return item->fail_write->status;
+  }
+  if (!item->write) {
+    return SIM_STATUS_READ_ONLY;
+  }
+  if (!accepts(*item->write, value)) {
+    return item->write->refused;
+  }
+  for (const std::uint32_t changed : item->write->changes) {
+    description_.items[changed].value = Stored{value};
+  }
+  return 0;
+}
+
+// What a code holds now. Looking at it is no device call and counts as none.
+std::uint32_t Machine::word_of(std::uint32_t code) const {
+  const auto found = description_.items.find(code);
+  const auto calls = calls_.find(code);
+  if (found == description_.items.end() || !found->second.value) {
+    return 0;
+  }
+  return sample(*found->second.value, seconds_, calls == calls_.end() ? 0 : calls->second.reads);
+}
+
+// Words have no sign of their own: they are compared as signed when a limit is negative.
+bool Machine::accepts(const WriteRule& rule, std::uint32_t value) const {
+  const bool is_signed = is_negative(rule.min) || is_negative(rule.max);
+  const auto number = [is_signed](std::uint32_t word) {
+    return is_signed ? std::int64_t{static_cast<std::int32_t>(word)} : std::int64_t{word};
+  };
+  const auto end = [&](const Limit& limit) {
+    const auto* reference = std::get_if<CodeReference>(&limit);
+    return reference != nullptr ? number(word_of(reference->code)) : std::get<std::int64_t>(limit);
+  };
+  return (!rule.min || number(value) >= end(*rule.min)) &&
+         (!rule.max || number(value) <= end(*rule.max));
+}
+
+}  // namespace kova_sim
