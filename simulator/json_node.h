@@ -15,7 +15,7 @@
 
 namespace kova_sim {
 
-// What is wrong with a description, as the one line that the user is shown.
+/// What is wrong with a description, as the one line that the user is shown.
 class DescriptionError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -45,7 +45,7 @@ class Node {
   bool is_string() const { return json_is_string(json_); }
   bool is_word() const { return json_is_integer(json_) || is_string(); }
 
-  // Each of these refuses a value of another type or outside the range.
+  /// Each of these refuses a value of another type or outside the range.
   std::int64_t integer(std::int64_t min, std::int64_t max) const;
   double number(double min, double max, const char* expected) const;
   std::string text() const;
@@ -54,9 +54,9 @@ class Node {
   std::uint32_t code() const;    // a device code, always a "0x..." string
   std::uint32_t status() const;  // 1 .. 2^32-1, also as a "0x..." string
 
-  // Hands each member to its reader, in the file's order; any other key is refused.
+  /// Hands each member to its reader, in the file's order; any other key is refused.
   void members(const std::vector<Member>& known) const;
-  // Hands every member over, whatever its key.
+  /// Hands every member over, whatever its key.
   void each_member(const std::function<void(const std::string&, const Node&)>& read) const;
   std::vector<Node> elements() const;
 
@@ -66,7 +66,7 @@ class Node {
   std::string path_;
 };
 
-// "0x" and one to eight hexadecimal digits.
+/// "0x" and one to eight hexadecimal digits.
 std::optional<std::uint32_t> parse_hex(std::string_view text);
 std::string format_hex(std::uint32_t word);
 

@@ -12,7 +12,7 @@
 
 namespace kova_sim {
 
-// Every `every`-th call fails with `status`; a failing read may still store a word.
+/// Every `every`-th call fails with `status`; a failing read may still store a word.
 struct Failure {
   std::uint32_t status = 0;
   std::uint32_t every = 1;
@@ -23,7 +23,7 @@ struct CodeReference {
   std::uint32_t code = 0;
 };
 
-// An end of the accepted range: a number, or whatever a code holds when the write comes.
+/// An end of the accepted range: a number, or whatever a code holds when the write comes.
 using Limit = std::variant<std::int64_t, CodeReference>;
 
 struct WriteRule {
@@ -33,8 +33,8 @@ struct WriteRule {
   std::uint32_t refused = 0;
 };
 
-// What is described for one device code. Without a value it cannot be read, without a write
-// rule it cannot be written.
+/// What is described for one device code. Without a value it cannot be read, without a write
+/// rule it cannot be written.
 struct Item {
   std::optional<ValueSource> value;
   std::optional<Failure> fail_read;
@@ -43,7 +43,7 @@ struct Item {
   std::uint32_t delay_us = 0;
 };
 
-// What holds for every call, whatever the code.
+/// What holds for every call, whatever the code.
 struct Bus {
   std::uint32_t delay_us = 0;
   std::optional<Failure> fail_read;
@@ -53,7 +53,7 @@ struct Bus {
 
 struct MachineDescription {
   Bus bus;
-  // Simulated milliseconds that pass with each call; none: real time passes.
+  /// Simulated milliseconds that pass with each call; none: real time passes.
   std::optional<std::uint32_t> clock_step_ms;
   std::map<std::uint32_t, Item> items;
 };
@@ -62,7 +62,7 @@ class Machine {
  public:
   explicit Machine(MachineDescription description);
 
-  // A read and a write as the device library answers them: 0 or the status of the failure.
+  /// A read and a write as the device library answers them: 0 or the status of the failure.
   std::uint32_t read(std::uint32_t code, std::uint32_t* value);
   std::uint32_t write(std::uint32_t code, std::uint32_t value);
 
