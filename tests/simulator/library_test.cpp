@@ -1,0 +1,89 @@
+// The built shared library, as a host loads it: the path it answers for, its one-time loading and
+// what it does with a bad description.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+namespace {
+
+// Loads the library afresh with the given KOVA_SIM_MACHINE; null: not set.
+class Loaded {
+ public:
+  explicit Loaded(const char* machine) {
+    if (machine == nullptr) {
+      unsetenv("KOVA_SIM_MACHINE");
+    } else {
+      setenv("KOVA_SIM_MACHINE", machine, 1);
+    }
+    handle = dlopen(SIMULATOR_LIBRARY, RTLD_NOW | RTLD_GLOBAL);
+    EXPECT_NE(handle, nullptr);
+    get = reinterpret_cast<decltype(get)>(dlsym(handle, "KovaDeviceGetValue"));
+    set = reinterpret_cast<decltype(set)>(dlsym(handle, "KovaDeviceSetValue"));
+    error = reinterpret_cast<decltype(error)>(dlsym(handle, "KovaSimulatorError"));
+  }
+  ~Loaded() { dlclose(handle); }
+  Loaded(const Loaded&) = delete;
+  Loaded& operator=(const Loaded&) = delete;
+
+  void* handle = nullptr;
+  std::uint32_t (*get)(std::uint32_t, std::uint32_t*) = nullptr;
+  std::uint32_t (*set)(std::uint32_t, std::uint32_t) = nullptr;
+  const char* (*error)() = nullptr;
+};
+
+TEST(SimulatorLibrary, AnswersForThePathOfTheRealLibrary) {
+  const Loaded library(nullptr);
+  void* real = dlopen("/usr/lib/libKOVADevice.so", RTLD_LAZY | RTLD_GLOBAL);
+  ASSERT_NE(real, nullptr) << dlerror();
+  EXPECT_EQ(dlsym(real, "KovaDeviceGetValue"), reinterpret_cast<void*>(library.get));
+  EXPECT_EQ(dlsym(real, "KovaDeviceSetValue"), reinterpret_cast<void*>(library.set));
+  dlclose(real);
+}
+
+TEST(SimulatorLibrary, AnswersFromTheBuiltinMachine) {
+  for (const char* machine : {static_cast<const char*>(nullptr), ""}) {
+    const Loaded library(machine);
+    EXPECT_EQ(library.error(), nullptr);
+    std::uint32_t word = 0;
+    EXPECT_EQ(library.get(0xA00000, &word), 0U);
+    EXPECT_EQ(word, 2U);
+    EXPECT_EQ(library.get(0xA00000, nullptr), 0xE0000004U);
+    EXPECT_EQ(library.set(0x270000, 0), 0U);
+    EXPECT_EQ(library.get(0x270000, &word), 0U);
+    EXPECT_EQ(word, 0U);
+  }
+}
+
+TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
+  const std::string path = testing::TempDir() + "bad_machine.json";
+  std::ofstream(path) << R"({"base": "builtin", "codes": {"0x1": {"valeu": 1}}})";
+  const std::string reason = path + ": codes.0x1.valeu: unknown key";
+  {
+    const Loaded library(path.c_str());
+    std::uint32_t word = 77;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(library.get(0xA00000, &word), 0xE0000005U);
+    EXPECT_EQ(library.set(0x270000, 0), 0xE0000005U);
+    EXPECT_EQ(word, 77U);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(told.find("libKOVADeviceSim: " + reason), 0U) << told;
+    EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
+  }
+  const Loaded asked(path.c_str());
+  testing::internal::CaptureStderr();
+  ASSERT_NE(asked.error(), nullptr);
+  EXPECT_EQ(std::string(asked.error()).find(reason), 0U) << asked.error();
+  EXPECT_EQ(asked.get(0xA00000, nullptr), 0xE0000005U);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(SimulatorLibrary, AnUnreadableFileIsRefused) {
+  EXPECT_STREQ(Loaded("/nowhere/m.json").error(), "/nowhere/m.json: cannot be read (ENOENT)");
+  EXPECT_STREQ(Loaded("/tmp").error(), "/tmp: cannot be read (EISDIR)");
+}
+
+}  // namespace
