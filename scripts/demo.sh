@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Shows the module at work on a machine without the hardware: every item of the simulated
+# machine, one read and one write. Installs and builds what is missing.
+set -euo pipefail
+# shellcheck source=scripts/common.sh
+. "$(dirname "$0")/common.sh"
+scripts/install_dependencies.sh build
+quietly cmake --preset dev -DKOVA_BUILD_TESTS=OFF -B build/demo
+quietly cmake --build build/demo --parallel "$(nproc)"
+kovactl=build/demo/tools/kovactl/kovactl
+
+show() {
+  printf '\n$ kovactl %s\n' "$*"
+  "$kovactl" "$@"
+}
+show --simulate list
+show --simulate get 0x14170111
+show --simulate set 0x14140B01 Disable

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that a task needs and that are missing. Usage:
+#   scripts/install_dependencies.sh build|test|check|...
+# Asks nothing, and is quiet when there is nothing to do.
+set -euo pipefail
+
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev"
+case "${1:-build}" in
+  build) packages="$build" ;;
+  test) packages="$build libgtest-dev python3" ;;
+  check) packages="$build libgtest-dev clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3" ;;
+  *)
+    echo "install_dependencies.sh: unknown task '$1'" >&2
+    exit 2
+    ;;
+esac
+
+missing=""
+for package in $packages; do
+  if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+    missing="$missing $package"
+  fi
+done
+[ -z "$missing" ] && exit 0
+
+as_root=""
+[ "$(id -u)" -ne 0 ] && as_root="sudo"
+echo "Installing:$missing"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+export DEBIAN_FRONTEND=noninteractive
+# The lists may be missing or stale on a fresh machine; the second try has new ones.
+# shellcheck disable=SC2086
+if ! $as_root apt-get install -y --no-install-recommends $missing >"$log" 2>&1; then
+  if ! { $as_root apt-get update && $as_root apt-get install -y --no-install-recommends $missing; } \
+    >"$log" 2>&1; then
+    cat "$log" >&2
+    exit 1
+  fi
+fi
