@@ -1,0 +1,49 @@
+// The module as a host sees it: loaded, started, asked, shut down.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "json_ptr.h"
+
+namespace kovactl {
+
+struct HostOptions {
+  std::string module;                  // path of the module; "" searches for it
+  bool simulate = false;               // use the simulated device library
+  std::optional<std::string> machine;  // description for it; without one it picks its own
+};
+
+// A started module; shutting it down is the destructor's work. Calls must not overlap.
+class HostSession {
+ public:
+  // Throws CommandError: usage if a library or the machine description cannot be used,
+  // no_device if the module finds no device.
+  explicit HostSession(const HostOptions& options);
+  ~HostSession();
+  HostSession(const HostSession&) = delete;
+  HostSession& operator=(const HostSession&) = delete;
+
+  // The capability document, an object. Throws CommandError (no_device) if there is none.
+  JsonPtr capability() const;
+
+  // Both return the module's status. `value` stays the caller's.
+  uint32_t read(uint32_t id, json_t* value) const { return get_(id, value); }
+  uint32_t write(uint32_t id, json_t* value) const { return set_(id, value); }
+
+ private:
+  void load(const std::filesystem::path& library);
+  void start(bool simulated);
+
+  void* library_ = nullptr;
+  uint32_t (*initialize_)() = nullptr;
+  uint32_t (*uninitialize_)() = nullptr;
+  uint32_t (*capability_)(json_t*) = nullptr;
+  uint32_t (*get_)(uint32_t, json_t*) = nullptr;
+  uint32_t (*set_)(uint32_t, json_t*) = nullptr;
+};
+
+}  // namespace kovactl

@@ -1,0 +1,16 @@
+// Aligned tables of items.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "reading.h"
+#include "terminal.h"
+
+namespace kovactl {
+
+// Every item with its value, range and access, under a heading for each package.
+std::string item_table(const std::vector<Item>& items, const Readings& readings,
+                       const Painter& paint);
+
+}  // namespace kovactl
