@@ -1,0 +1,108 @@
+// The memory-module adapter: module maps, single values, and elements that cannot be made.
+#include "devices/sdram/device_sdram.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/comma_locale.h"
+#include "tests/support/reference_machine.h"
+#include "tests/support/single_reads.h"
+
+namespace {
+
+constexpr std::uint32_t kCount = 0x00A00000;
+constexpr std::uint32_t kOwnCode = 0x77;
+
+class DeviceSdramTest : public testing::Test {
+ protected:
+  DeviceSdramTest() { load_reference_machine(&device_); }
+
+  DeviceDouble device_;
+  Device_SDRAM adapter_;
+};
+
+TEST_F(DeviceSdramTest, ReadsTheFieldsOfAModuleInOrder) {
+  EXPECT_EQ(adapter_.get_info_map(0).size(), 14U);
+  std::vector<std::uint32_t> expected = {0x11, 0x12, 0x13, 0x14, 0x15, 0x01, 0x04, 0x01, 0x02, 0x03,
+                                         0x08, 0x05, 0x07, 0x0B, 0x0C, 0x11, 0x21, 0x22, 0x23, 0x24,
+                                         0x25, 0x26, 0x27, 0x28, 0x11, 0x0A, 0x06, 0x09};
+  for (std::uint32_t& code : expected) {
+    code += kCount;
+  }
+  EXPECT_EQ(device_.codes_read(), expected);
+
+  device_.lenient = true;
+  const StringMap absent = adapter_.get_info_map(9);
+  EXPECT_EQ(absent.size(), 14U);
+  for (const auto& [id, text] : absent) {
+    EXPECT_EQ(text, "N/A") << std::hex << id;
+  }
+}
+
+// The second module carries neither vendor-specific data nor write protection.
+TEST_F(DeviceSdramTest, SingleReadsAgreeWithTheDocumentUnderAnyLocale) {
+  const CommaLocale locale;
+  expect_single_reads(adapter_, "SDRAM", 14 + 12);
+}
+
+TEST_F(DeviceSdramTest, CountsModulesOnlyFromSuccessfulReads) {
+  EXPECT_EQ(adapter_.GetSDRAMCount(), 2U);
+  EXPECT_TRUE(adapter_.is_available());
+  device_.read_status[kCount] = kOwnCode;
+  device_.stored_on_failure[kCount] = 7;
+  EXPECT_EQ(adapter_.GetSDRAMCount(), 0U);
+  EXPECT_FALSE(adapter_.is_available());
+  EXPECT_EQ(adapter_.get_value_by_id(0x14190101, nullptr), IOT_STATUS_NOT_READY);
+}
+
+TEST_F(DeviceSdramTest, TakesModuleNumbersFromTheItemId) {
+  const std::pair<unsigned int, std::uint32_t> cases[] = {
+      {0, 0x00A00F05}, {1, 0x00A00005}, {17, 0x00A00005}, {18, 0x00A00105}, {255, 0x00A00E05}};
+  for (const auto& [number, code] : cases) {
+    device_.values = {{kCount, 1}, {code, 4}};
+    const JsonOwner value(json_integer(0));
+    EXPECT_EQ(adapter_.get_value_by_id(0x14180500 + number, value.get()), IOT_STATUS_SUCCESS);
+    EXPECT_EQ(json_integer_value(value.get()), 4) << number;
+  }
+}
+
+TEST_F(DeviceSdramTest, LeavesTheValueThatItCannotSet) {
+  device_.read_status[0x00A00005] = kOwnCode;
+  device_.values[0x00A00012] = 0xC3284142;  // no UTF-8
+  const std::pair<unsigned int, Status> cases[] = {
+      {0x14190101, IOT_STATUS_READ_FAILED},     // another family's
+      {0x14180D01, IOT_STATUS_UNDEFINED_ITEM},  // no such field
+      {0x14180501, kOwnCode},                   // cannot be read
+      {0x14180901, IOT_STATUS_SUCCESS},         // a real, for a string
+      {0x14181101, IOT_STATUS_SUCCESS}};
+  for (const auto& [id, status] : cases) {
+    const JsonOwner value(json_string("before"));
+    EXPECT_EQ(adapter_.get_value_by_id(id, value.get()), status) << std::hex << id;
+    EXPECT_STREQ(json_string_value(value.get()), "before") << std::hex << id;
+  }
+}
+
+TEST_F(DeviceSdramTest, MakesElementsOnlyOfItsOwnUtf8Texts) {
+  const struct {
+    unsigned int id;
+    std::string text;
+    const char* json;  // the element's value; null: no element
+  } cases[] = {{0x14190101, "DDR4", nullptr},
+               {0x14181101, "VLX-\xC3(AB", nullptr},
+               {0x14181101, std::string("VLX-A \0\0B", 9), "\"VLX-A \""},
+               {0x14180901, "N/A", "0.0"},
+               {0x14180301, "4294967295", "-1"},
+               {0x14180D01, "7", "\"7\""}};
+  for (const auto& c : cases) {
+    std::string text = c.text;
+    json_t* made = nullptr;
+    const Status expected = c.json != nullptr ? IOT_STATUS_SUCCESS : IOT_STATUS_JSON_ERROR;
+    EXPECT_EQ(Device_SDRAM::create_json_element(c.id, &text, &made), expected) << c.text;
+    const JsonOwner element(made);
+    const JsonOwner value(c.json != nullptr ? json_loads(c.json, JSON_DECODE_ANY, nullptr)
+                                            : nullptr);
+    const char* key = json_is_string(value.get()) ? "sv" : "v";
+    EXPECT_EQ(json_equal(json_object_get(made, key), value.get()), c.json != nullptr) << c.text;
+  }
+}
+
+}  // namespace

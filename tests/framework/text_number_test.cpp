@@ -1,0 +1,62 @@
+// Conversions between numbers and texts, under the classic locale and under one with commas.
+#include "framework/text_number.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "tests/support/comma_locale.h"
+
+namespace {
+
+constexpr struct {
+  const char* text;
+  double real;
+  int integer;
+} kReadings[] = {
+    {"36.85", 36.85, 36},
+    {"-200", -200, -200},
+    {"+5", 5, 5},
+    {" \t\n12 V", 12, 12},
+    {"1.5e3", 1500, 1},
+    {"-2147483649", -2147483649.0, INT_MAX},
+    {"99999999999999999999", 1e20, -1},  // clamped to 2^63 - 1
+    {"-99999999999999999999", -1e20, 0},
+    {"36,85", 36, 36},
+    {"1.234.567", 1.234, 1},
+    // no number
+    {"", 0, 0},
+    {" +", 0, 0},
+    {"+-5", 0, 0},
+    {"N/A", 0, 0},
+};
+
+void expect_conversions() {
+  EXPECT_EQ(To_String(4294967295U), "4294967295");
+  EXPECT_EQ(To_String(short{-32768}), "-32768");
+  const std::pair<double, const char*> reals[] = {
+      {1.2, "1.2"},       {4800.0, "4800"},
+      {-0.05, "-0.05"},   {1234567, "1.23457e+06"},
+      {0.00001, "1e-05"}, {31000 / 100.0 - 273.15, "36.85"}};
+  for (const auto& [value, text] : reals) {
+    EXPECT_EQ(To_String(value), text);
+  }
+  for (const auto& reading : kReadings) {
+    EXPECT_DOUBLE_EQ(real_from_text(reading.text), reading.real) << '"' << reading.text << '"';
+    EXPECT_EQ(integer_from_text(reading.text), reading.integer) << '"' << reading.text << '"';
+  }
+}
+
+TEST(TextNumber, ConvertsInTheClassicLocale) {
+  expect_conversions();
+}
+
+TEST(TextNumber, ConvertsAlikeUnderADecimalCommaLocale) {
+  const CommaLocale locale;
+  expect_conversions();
+  if (!locale.reaches_c()) {
+    GTEST_SKIP() << "no decimal-comma C locale is installed; C++ streams were covered";
+  }
+}
+
+}  // namespace
