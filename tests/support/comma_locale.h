@@ -1,35 +1,27 @@
-// A scope in which C++ streams and, where the machine has such a locale, C functions write decimal
-// commas and group digits.
+// A scope in which C functions and C++ streams write decimal commas and group digits.
 #pragma once
 
 #include <clocale>
+#include <cstdlib>
 #include <locale>
-#include <string>
+#include <stdexcept>
 
 class CommaLocale {
  public:
   CommaLocale() {
-    for (const char* name : {"de_DE.UTF-8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) {
-      reaches_c_ = reaches_c_ || std::setlocale(LC_ALL, name) != nullptr;
+    setenv("LOCPATH", KOVA_TEST_LOCALES, 1);
+    std::locale::global(std::locale("de_DE.UTF-8"));  // sets the C locale too
+    if (std::localeconv()->decimal_point[0] != ',') {
+      throw std::runtime_error("the decimal-comma locale is not in force");
     }
   }
   ~CommaLocale() {
     std::locale::global(before_);
-    std::setlocale(LC_ALL, "C");
+    unsetenv("LOCPATH");
   }
   CommaLocale(const CommaLocale&) = delete;
   CommaLocale& operator=(const CommaLocale&) = delete;
 
-  /// False when no such C locale is installed: only the C++ half is in force.
-  [[nodiscard]] bool reaches_c() const { return reaches_c_; }
-
  private:
-  struct Punctuation : std::numpunct<char> {
-    [[nodiscard]] char do_decimal_point() const override { return ','; }
-    [[nodiscard]] char do_thousands_sep() const override { return '.'; }
-    [[nodiscard]] std::string do_grouping() const override { return "\3"; }
-  };
-
-  std::locale before_ = std::locale::global(std::locale(std::locale::classic(), new Punctuation));
-  bool reaches_c_ = false;
+  std::locale before_;
 };
