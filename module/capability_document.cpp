@@ -293,7 +293,11 @@ std::vector<json_t*> KovaDevice::create_json_elements_v(unsigned int base, Strin
 
 Status KovaDevice::update_IPSO_pkgs(RawMap values, PackageList* list, unsigned int id,
                                     const std::string& bn, const std::string& bu) {
-  return update_IPSO_pkgs(std::move(values), list, id, bn, bu, nullptr, 0, "", "");
+  if (values.empty()) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  JsonList elements(create_json_elements_v(std::move(values)));
+  return append_elements_if_any(list, &elements, bn, bu, id);
 }
 
 Status KovaDevice::update_IPSO_pkgs(RawMap values, PackageList* list, unsigned int id,
@@ -305,10 +309,10 @@ Status KovaDevice::update_IPSO_pkgs(RawMap values, PackageList* list, unsigned i
   }
   JsonList elements(create_json_elements_v(std::move(values)));
   // The same elements stand in both packages, each of which holds references of its own.
-  JsonList second = second_list != nullptr ? shared_copy(elements) : JsonList();
+  JsonList shared = shared_copy(elements);
   Status status = append_elements_if_any(list, &elements, bn, bu, id);
-  if (!second.empty()) {
-    status |= append_elements_if_any(second_list, &second, second_bn, second_bu, second_id);
+  if (second_list != nullptr) {
+    status |= append_elements_if_any(second_list, &shared, second_bn, second_bu, second_id);
   }
   return status;
 }

@@ -54,7 +54,8 @@ void make_element(unsigned int id, const void* value, json_t** out) {
 
 int decikelvin_to_celsius(unsigned int decikelvin) {
   // The largest word, 429,496,729.5 K, still fits an int.
-  return static_cast<int>(decikelvin * 0.1 - 273.15 + 0.5);
+  const double half_up = decikelvin * 0.1 - 273.15 + 0.5;
+  return static_cast<int>(half_up);
 }
 
 Status Device_TRK7000::get_string_from_map(const StringMap& map, unsigned int id,
