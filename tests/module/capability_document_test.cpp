@@ -14,7 +14,7 @@ namespace {
 class CapabilityDocument : public testing::Test {
  protected:
   CapabilityDocument() { wrapped_loader::install_device_library(); }
-  ~CapabilityDocument() override { KovaIoTUninitialize(); }
+  void TearDown() override { KovaIoTUninitialize(); }
 
   JsonOwner document() {
     JsonOwner target(json_object());

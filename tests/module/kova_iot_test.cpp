@@ -15,7 +15,7 @@ class KovaIoT : public testing::Test {
     wrapped_loader::install_device_library();
     load_reference_machine(&device);
   }
-  ~KovaIoT() override { KovaIoTUninitialize(); }
+  void TearDown() override { KovaIoTUninitialize(); }
 
   DeviceDouble device;
 };

@@ -25,7 +25,7 @@ class Host {
   }
 
   template <typename Function>
-  Function* resolve(Function* /*type*/, const char* name) const {
+  Function* resolve(const char* name) const {
     return reinterpret_cast<Function*>(dlsym(plugin_, name));
   }
 
@@ -34,24 +34,27 @@ class Host {
   void* plugin_;
 };
 
-#define RESOLVE(host, name) (*(host).resolve(static_cast<decltype(&name)>(nullptr), #name))
-
 TEST(Plugin, StatusesAreTheSameFromC) {
   EXPECT_EQ(status_seen_from_c(), IOT_STATUS_UNDEFINED_ITEM);
 }
 
 TEST(Plugin, ASessionOnTheReferenceMachine) {
   const Host host;
-  EXPECT_EQ(RESOLVE(host, KovaIoTGetModuleID)(), 20U);
+  EXPECT_EQ(host.resolve<decltype(KovaIoTGetModuleID)>("KovaIoTGetModuleID")(), 20U);
   const JsonOwner document(json_object());
-  EXPECT_EQ(RESOLVE(host, KovaIoTGetMDCapability)(document.get()), IOT_STATUS_NOT_READY);
-  ASSERT_EQ(RESOLVE(host, KovaIoTInitialize)(), IOT_STATUS_SUCCESS);
-  ASSERT_EQ(RESOLVE(host, KovaIoTGetMDCapability)(document.get()), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(
+      host.resolve<decltype(KovaIoTGetMDCapability)>("KovaIoTGetMDCapability")(document.get()),
+      IOT_STATUS_NOT_READY);
+  ASSERT_EQ(host.resolve<decltype(KovaIoTInitialize)>("KovaIoTInitialize")(), IOT_STATUS_SUCCESS);
+  ASSERT_EQ(
+      host.resolve<decltype(KovaIoTGetMDCapability)>("KovaIoTGetMDCapability")(document.get()),
+      IOT_STATUS_SUCCESS);
   clear_base_times(document.get());
   EXPECT_EQ(first_difference(document.get(), reference_document().get()), "");
-  EXPECT_EQ(RESOLVE(host, KovaIoTSetMDEventHandler)(nullptr), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(host.resolve<decltype(KovaIoTSetMDEventHandler)>("KovaIoTSetMDEventHandler")(nullptr),
+            IOT_STATUS_SUCCESS);
 
-  const auto get = RESOLVE(host, KovaIoTGetMDValue);
+  const auto get = host.resolve<decltype(KovaIoTGetMDValue)>("KovaIoTGetMDValue");
   const JsonOwner speed(json_integer(-1));
   EXPECT_EQ(get(0x14170312, speed.get()), IOT_STATUS_SUCCESS);
   EXPECT_EQ(json_integer_value(speed.get()), 2340);
@@ -62,13 +65,14 @@ TEST(Plugin, ASessionOnTheReferenceMachine) {
   EXPECT_EQ(get(0x14150903, reading.get()), IOT_STATUS_READ_FAILED);  // filled all the same
   EXPECT_EQ(json_real_value(reading.get()), 10001 * 0.0001);
 
-  const auto set = RESOLVE(host, KovaIoTSetMDValue);
+  const auto set = host.resolve<decltype(KovaIoTSetMDValue)>("KovaIoTSetMDValue");
   const JsonOwner one(json_integer(1));
   EXPECT_EQ(set(0x14140B01, one.get()), IOT_STATUS_SUCCESS);  // on already: nothing is written
   EXPECT_NE(set(0x14140B02, one.get()), IOT_STATUS_SUCCESS);  // the machine takes no writes
   EXPECT_EQ(set(0x14160711, one.get()), IOT_STATUS_WRITE_FAILED);
   EXPECT_EQ(set(0x14170312, one.get()), IOT_STATUS_UNSUPPORTED);
-  EXPECT_EQ(RESOLVE(host, KovaIoTUninitialize)(), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(host.resolve<decltype(KovaIoTUninitialize)>("KovaIoTUninitialize")(),
+            IOT_STATUS_SUCCESS);
   EXPECT_EQ(get(0x14170312, speed.get()), IOT_STATUS_NOT_READY);
 }
 

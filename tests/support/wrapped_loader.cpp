@@ -27,6 +27,8 @@ void install_device_library() {
 
 }  // namespace wrapped_loader
 
+// The linker settles these names.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
 void* __real_dlopen(const char* path, int flags);
@@ -57,3 +59,4 @@ void* __wrap_dlsym(void* handle, const char* name) {
   return nullptr;
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
