@@ -32,10 +32,4 @@ class CommandError : public std::runtime_error {
   std::optional<uint32_t> status_;
 };
 
-// As CommandError, for a failure that has already been told on stderr.
-class ReportedError : public CommandError {
- public:
-  using CommandError::CommandError;
-};
-
 }  // namespace kovactl

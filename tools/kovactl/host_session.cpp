@@ -48,8 +48,7 @@ void load_simulator(const std::optional<std::string>& machine) {
   }
   const char* error = resolve<const char*()>(library, "KovaSimulatorError")();
   if (error != nullptr) {
-    // The simulator has told the reason on stderr itself.
-    throw ReportedError(ExitCode::usage, error);
+    throw CommandError(ExitCode::usage, error);
   }
 }
 

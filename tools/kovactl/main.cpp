@@ -45,9 +45,7 @@ ExitCode run(const std::vector<std::string>& arguments) {
     }
     return run_command(parsed.request);
   } catch (const CommandError& error) {
-    if (dynamic_cast<const kovactl::ReportedError*>(&error) == nullptr) {
-      kovactl::report(error.what());
-    }
+    kovactl::report(error.what());
     if (kovactl::asks_for_json(arguments)) {
       kovactl::print(
           kovactl::json_document(kovactl::json_error(error).get(), kovactl::JsonLayout::indented));

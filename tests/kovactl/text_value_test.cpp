@@ -1,0 +1,154 @@
+// What people type, and how numbers are shown.
+#include "tools/kovactl/text_value.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+
+#include "tools/kovactl/catalogue.h"
+#include "tools/kovactl/errors.h"
+#include "tools/kovactl/json_writer.h"
+#include "tools/kovactl/set_value.h"
+#include "tools/kovactl/sparkline.h"
+#include "tools/kovactl/terminal.h"
+#include "tools/kovactl/value_text.h"
+
+namespace kovactl {
+namespace {
+
+TEST(TextValue, ItemIds) {
+  const std::pair<const char*, uint32_t> accepted[] = {
+      {"0x14140B01", 0x14140B01}, {"0X14140b01", 0x14140B01}, {"336857857", 0x14140B01},
+      {"0xFFFFFFFF", 0xFFFFFFFF}, {"4294967295", 0xFFFFFFFF}, {"0", 0},
+  };
+  for (const auto& [text, id] : accepted) {
+    EXPECT_EQ(parse_item_id(text), id) << text;
+  }
+  for (const char* text : {"", "0x", "-1", "+1", " 1", "1 ", "0x-1", "0x+1", "1.0", "0x100000000",
+                           "4294967296", "14140B01", "0x0x1", "1,000", "0b1"}) {
+    EXPECT_EQ(parse_item_id(text), std::nullopt) << text;
+  }
+}
+
+TEST(TextValue, NumbersKeepTheirKindAndKnowNoLocale) {
+  const std::pair<const char*, Number> accepted[] = {
+      {"12", int64_t{12}},   {"-3", int64_t{-3}},
+      {"0x10", int64_t{16}}, {"9223372036854775807", INT64_MAX},
+      {"0.25", 0.25},        {"-.5", -0.5},
+      {"1e3", 1000.0},       {"9223372036854775808", 9223372036854775808.0},
+      {"12.0", 12.0},
+  };
+  for (const char* locale : {"C", "de_DE.UTF-8"}) {
+    (void)std::setlocale(LC_ALL, locale);  // stays as it is where the machine lacks the locale
+    for (const auto& [text, number] : accepted) {
+      EXPECT_EQ(parse_number(text), number) << text;
+    }
+    for (const char* text : {"", "-", "+1", "0,25", "1e", "1e999", "inf", "nan", "0x", "-0x1", "1 ",
+                             "12V", "0xFFFFFFFFFFFFFFFF", "1.2.3"}) {
+      EXPECT_EQ(parse_number(text), std::nullopt) << text;
+    }
+  }
+  (void)std::setlocale(LC_ALL, "C");
+}
+
+TEST(TextValue, OptionLists) {
+  const auto options = parse_options("0=0.098Hz|1=0.195Hz|\n5=a=b|-2=-2~+2G|x=bad||6|0x7=bad|");
+  std::string seen;
+  for (const Option& option : options) {
+    seen += std::to_string(option.value) + ":" + option.label + ";";
+  }
+  EXPECT_EQ(seen, "0:0.098Hz;1:0.195Hz;5:a=b;-2:-2~+2G;");
+}
+
+Item item_of(std::optional<ValueKind> kind, std::string_view description = "") {
+  Item item;
+  item.kind = kind;
+  item.options = parse_options(description);
+  return item;
+}
+
+struct SetCase {
+  Item item;
+  const char* text;
+  Number sent;
+};
+
+TEST(SetValue, SendsWhatTheItemTakes) {
+  const SetCase cases[] = {
+      {item_of(ValueKind::integer, "0=Auto|1=12V|2=24V"), "24v", int64_t{2}},
+      {item_of(ValueKind::integer, "0=on|1=ON"), "ON", int64_t{1}},  // the exact word wins
+      {item_of(ValueKind::integer, "3=1"), "1", int64_t{1}},         // a number is a number
+      {item_of(ValueKind::integer), "5.0", int64_t{5}},
+      {item_of(ValueKind::integer), "4294967295", int64_t{4294967295}},
+      {item_of(ValueKind::integer), "-2147483648", int64_t{-2147483648}},
+      {item_of(ValueKind::boolean), "Enable", int64_t{1}},
+      {item_of(ValueKind::boolean), "off", int64_t{0}},
+      {item_of(ValueKind::real), "11", int64_t{11}},
+      {item_of(ValueKind::real), "11.0", 11.0},
+      {item_of(ValueKind::real), "0.25", 0.25},
+      {item_of(std::nullopt), "11.5", 11.5},
+  };
+  for (const SetCase& c : cases) {
+    EXPECT_EQ(value_to_set(c.item, c.text), c.sent) << c.text;
+  }
+}
+
+TEST(SetValue, RefusesWhatTheItemCannotTake) {
+  const std::pair<Item, const char*> cases[] = {
+      {item_of(ValueKind::integer), "2.5"},
+      {item_of(ValueKind::boolean), "0.5"},
+      {item_of(ValueKind::integer), "4294967296"},
+      {item_of(ValueKind::integer), "1e10"},
+      {item_of(ValueKind::integer), "-2147483649.0"},
+      {item_of(ValueKind::real), "on"},
+      {item_of(ValueKind::integer, "0=on|1=ON"), "oN"},
+      {item_of(ValueKind::boolean, "0=standby|1=measurement"), "on"},
+      {item_of(ValueKind::integer, "0=Auto"), ""},
+  };
+  for (const auto& [item, text] : cases) {
+    try {
+      value_to_set(item, text);
+      ADD_FAILURE() << text << " was accepted";
+    } catch (const CommandError& error) {
+      EXPECT_EQ(error.code(), ExitCode::usage) << text;
+    }
+  }
+}
+
+TEST(Output, RealsAreShortInTablesAndExactInJson) {
+  Reading reading{Reading::State::good, 0, 12.100000000000001};
+  Item item = item_of(ValueKind::real);
+  item.unit = "V";
+  item.max = 12.1;
+  EXPECT_EQ(value_with_unit(item, reading), "12.1 V");
+  EXPECT_FALSE(out_of_range(item, reading));  // rounding alone
+  EXPECT_TRUE(out_of_range(item, {Reading::State::good, 0, 12.2}));
+
+  const JsonPtr json = own(json_pack("[f,f,f,i,s,{},[],b,n]", 36.85, 12.0, 1e22, -1, "\"\n", 1));
+  EXPECT_EQ(json_document(json.get(), JsonLayout::one_line),
+            "[36.85,12.0,1e+22,-1,\"\\\"\\n\",{},[],true,null]\n");
+}
+
+TEST(Output, UnitsFollowTextsThatAreNumbersOnly) {
+  Item item = item_of(ValueKind::text);
+  item.unit = "min";
+  EXPECT_EQ(value_with_unit(item, {Reading::State::good, 0, std::string("2 h 5 m")}), "2 h 5 m");
+  EXPECT_EQ(value_with_unit(item, {Reading::State::good, 0, std::string("3200")}), "3200 min");
+  EXPECT_EQ(value_with_unit(item, {Reading::State::absent, 0, {}}), "N/A");
+}
+
+TEST(Output, Sparklines) {
+  using Values = std::deque<std::optional<double>>;
+  EXPECT_EQ(sparkline({}, true), "");
+  EXPECT_EQ(sparkline(Values{5, 5}, true), "▁▁");
+  EXPECT_EQ(sparkline(Values{0, 7, std::nullopt, 3.5}, true), "▁█ ▅");
+  EXPECT_EQ(sparkline(Values{-1e308, 1e308}, false), "_#");
+}
+
+TEST(Output, ControlCharactersAreShownAndColumnsCounted) {
+  EXPECT_EQ(printable("a\x1b\x7f\n\xc2\x9b°"), "a\\x1b\\x7f\\x0a\\x9b°");
+  EXPECT_EQ(padded("°C", 4), "°C  ");
+}
+
+}  // namespace
+}  // namespace kovactl
