@@ -25,7 +25,7 @@ _kovactl() {
     --family)
       # Families with a blank in their name are completed with it escaped.
       local IFS=$'\n'
-      COMPREPLY=($(compgen -W $'SDRAM\nSMART\\ BATTERY\nTRK-7000\nHardware\\ Monitor\nPoE\nPIC\nGSensor' -- "$cur"))
+      COMPREPLY=($(compgen -W $'SDRAM\nSMART\\\\ BATTERY\nTRK-7000\nHardware\\\\ Monitor\nPoE\nPIC\nGSensor' -- "$cur"))
       return
       ;;
     --interval | --count | --base-name)
