@@ -13,6 +13,7 @@
 #include "json_writer.h"
 #include "output.h"
 #include "sparkline.h"
+#include "terminal.h"
 #include "value_text.h"
 
 namespace kovactl {
@@ -56,6 +57,7 @@ WatchView::WatchView(std::vector<Item> items, const Painter& paint, bool utf8)
 
 WatchView::~WatchView() {
   if (drawn_lines_ > 0) {
+    wait_for_terminal();
     write_if_possible(STDOUT_FILENO, kShowCursorAndWrapLines);
   }
 }
