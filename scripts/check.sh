@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy, shell scripts, a clang build, and the plug-in's
-# exported symbols and hardening. Installs what is missing. Prints only what is wrong.
+# exported symbols and hardening, and kovactl's metrics in a real Prometheus. Installs what is missing. Prints only what is wrong.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -16,6 +16,7 @@ build_preset clang
 scripts/check_binary.sh build/clang
 build_preset dev
 scripts/check_binary.sh build/dev
+scripts/metrics_check.sh build/dev
 
 echo "Running clang-tidy ..."
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')

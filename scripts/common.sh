@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Helpers that the other scripts source: quiet steps and builds of a preset.
 
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

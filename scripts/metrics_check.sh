@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# Checks kovactl's metrics with promtool, and once through the real chain: textfile collector of a
+# node_exporter, scraped by a Prometheus, asked for a value that kovactl has read. All on loopback.
+#   scripts/metrics_check.sh BUILD_DIR
+set -euo pipefail
+# shellcheck source=scripts/common.sh
+. "$(dirname "$0")/common.sh"
+kovactl=${1:?usage: scripts/metrics_check.sh BUILD_DIR}/tools/kovactl/kovactl
+machines=$repository/simulator/machines
+
+work=$(mktemp -d)
+started=()
+finish() {
+  for process in "${started[@]}"; do
+    kill "$process" 2>/dev/null || true
+    wait "$process" 2>/dev/null || true
+  done
+  rm -rf "$work"
+}
+trap finish EXIT
+
+# A machine with reads that fail exits 1 and still prints what could be read.
+for machine in default sixteen-modules failing-reads; do
+  "$kovactl" --simulate "$machines/$machine.json" metrics >"$work/$machine.prom" 2>/dev/null || [ $? -eq 1 ]
+  promtool check metrics <"$work/$machine.prom"
+done
+
+free_port() {
+  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+}
+ask() {
+  python3 -c 'import sys, urllib.request as u; print(u.urlopen(sys.argv[1], timeout=5).read().decode())' "$1"
+}
+# Repeats a command for up to 30 seconds, until it succeeds.
+eventually() {
+  for _ in $(seq 150); do
+    "$@" >/dev/null 2>&1 && return
+    sleep 0.2
+  done
+  echo "metrics_check.sh: gave up on: $*" >&2
+  cat "$work"/*.log >&2
+  return 1
+}
+
+mkdir "$work/textfile"
+"$kovactl" --simulate metrics --output "$work/textfile/kova.prom"
+exporter_port=$(free_port)
+prometheus-node-exporter --collector.disable-defaults --collector.textfile \
+  --collector.textfile.directory="$work/textfile" --web.listen-address="127.0.0.1:$exporter_port" \
+  >"$work/exporter.log" 2>&1 &
+started+=($!)
+prometheus_port=$(free_port)
+cat >"$work/prometheus.yml" <<EOF
+scrape_configs:
+  - job_name: kova
+    scrape_interval: 1s
+    static_configs: [{targets: ["127.0.0.1:$exporter_port"]}]
+EOF
+prometheus --config.file="$work/prometheus.yml" --storage.tsdb.path="$work/data" \
+  --web.listen-address="127.0.0.1:$prometheus_port" >"$work/prometheus.log" 2>&1 &
+started+=($!)
+
+# The design voltage of the simulated battery does not move: 11100 mV.
+answer_is_the_reading() {
+  ask "http://127.0.0.1:$prometheus_port/api/v1/query?query=kova_voltage_millivolt%7Bid%3D%220x14190500%22%7D" |
+    python3 -c '
+import json, sys
+result = json.load(sys.stdin)["data"]["result"]
+assert [r["value"][1] for r in result] == ["11100"], result
+assert result[0]["metric"]["family"] == "SMART BATTERY", result'
+}
+eventually answer_is_the_reading
+scrape_has_no_error() {
+  ask "http://127.0.0.1:$exporter_port/metrics" | grep -qx 'node_textfile_scrape_error 0'
+}
+eventually scrape_has_no_error
