@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Checks what the tests do not: format, clang-tidy, shell scripts, a clang build, and the plug-in's
-# exported symbols and hardening, and kovactl's metrics in a real Prometheus. Installs what is missing. Prints only what is wrong.
+# Checks what the tests do not: format, clang-tidy, shell scripts, a clang build, the exports and
+# hardening of the plug-in, and metrics in a real Prometheus. Installs what is missing and prints
+# only what is wrong.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
