@@ -39,8 +39,10 @@ void* __wrap_dlopen(const char* path, int flags) {
     return __real_dlopen(path, flags);
   }
   auto& state = wrapped_loader::state();
-  state.tried.emplace_back(path);
-  state.flags.push_back(flags);
+  if (state.records) {
+    state.tried.emplace_back(path);
+    state.flags.push_back(flags);
+  }
   const bool opens = std::ranges::find(state.openable, path) != state.openable.end();
   return opens ? &device_handle : __real_dlopen("/nonexistent/libKOVADevice.so", flags);
 }

@@ -11,6 +11,7 @@ struct State {
   std::vector<std::string> openable{};  ///< paths that open as the in-memory device
   bool has_read_entry = true;
   bool has_write_entry = true;
+  bool records = true;  ///< false: no memory is taken to keep what the module tried
 
   std::vector<std::string> tried{};  ///< paths the module tried to open, in order
   std::vector<int> flags{};          ///< and the flags it gave

@@ -1,0 +1,103 @@
+// Starting the module on the reference machine, and reading as a host does.
+#include "tests/faults/faulty_machine.h"
+
+#include "devices/addon_board/device_trk7000.h"
+#include "devices/gsensor/device_gsensor.h"
+#include "devices/pic/device_pic.h"
+#include "tests/support/documents.h"
+#include "tests/support/reference_machine.h"
+#include "tests/support/wrapped_loader.h"
+
+namespace {
+
+JsonOwner preset_for(const json_t* element) {
+  const json_t* number = json_object_get(element, "v");
+  if (json_is_real(number)) {
+    return JsonOwner(json_real(1e9));
+  }
+  return JsonOwner(json_object_get(element, "sv") != nullptr ? json_string("untouched")
+                                                             : json_integer(-77));
+}
+
+void collect_presets(json_t* json, std::map<uint32_t, JsonOwner>* presets) {
+  const char* key = nullptr;
+  json_t* member = nullptr;
+  json_object_foreach(json, key, member) {
+    collect_presets(member, presets);
+  }
+  size_t index = 0;
+  json_t* element = nullptr;
+  json_array_foreach(json, index, element) {
+    const auto id = static_cast<uint32_t>(json_integer_value(json_object_get(element, "id")));
+    (*presets)[id] = preset_for(element);
+  }
+}
+
+}  // namespace
+
+FaultyMachine::FaultyMachine() {
+  load_reference_machine(&device);
+  device.lenient = true;  // other codes fail, as they do on a machine
+  for (const uint32_t code : {0x270000, 0x420000, 0x430000, 0x450000, 0x680000, 0x680005}) {
+    device.write_status[code] = 0;
+  }
+  device.calls.reserve(10'000);  // recording a call takes no memory
+  stop();
+}
+
+FaultyMachine::~FaultyMachine() {
+  KovaIoTUninitialize();
+}
+
+void FaultyMachine::stop() {
+  KovaIoTUninitialize();
+  wrapped_loader::install_device_library();
+  wrapped_loader::state().records = false;
+  Device_PIC::bound_map = Device_PIC::init_bound_map();
+  forget_unknown_items();
+  device.calls.clear();
+}
+
+void forget_unknown_items() {
+  Device_PIC::kova_id_map = Device_PIC::init_kova_id_map();
+  Device_TRK7000::kova_id_map = Device_TRK7000::init_kova_id_map();
+  Device_GSensor::kova_id_map = Device_GSensor::init_kova_id_map();
+}
+
+void PrintTo(const Reading& reading, std::ostream* out) {
+  *out << "status 0x" << std::hex << reading.status << ", value " << reading.value;
+}
+
+Reading read_item(uint32_t id, const json_t* preset) {
+  const JsonOwner value(json_copy(const_cast<json_t*>(preset)));
+  const uint32_t status = KovaIoTGetMDValue(id, value.get());
+  return {status, text_of(value.get())};
+}
+
+const std::map<uint32_t, JsonOwner>& item_presets() {
+  static const auto presets = [] {
+    std::map<uint32_t, JsonOwner> all;
+    collect_presets(reference_document().get(), &all);
+    return all;
+  }();
+  return presets;
+}
+
+JsonOwner host_document() {
+  JsonOwner document(json_object());
+  if (KovaIoTGetMDCapability(document.get()) != IOT_STATUS_SUCCESS) {
+    return nullptr;
+  }
+  clear_base_times(document.get());
+  return document;
+}
+
+std::string text_of(const json_t* value) {
+  std::string text;
+  const auto append = [](const char* buffer, size_t size, void* out) {
+    static_cast<std::string*>(out)->append(buffer, size);
+    return 0;
+  };
+  json_dump_callback(value, append, &text, JSON_ENCODE_ANY);
+  return text;
+}
