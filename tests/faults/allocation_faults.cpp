@@ -56,8 +56,8 @@ const bool kJanssonCounted = [] {
 
 }  // namespace
 
-void PrintTo(Shortage shortage, std::ostream* out) {
-  *out << (shortage == Shortage::kPassing ? "passing" : "lasting");
+std::ostream& operator<<(std::ostream& out, Shortage shortage) {
+  return out << (shortage == Shortage::kPassing ? "passing" : "lasting");
 }
 
 std::size_t live_blocks() {

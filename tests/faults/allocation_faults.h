@@ -11,7 +11,7 @@ enum class Shortage {
   kPassing,  ///< one block is refused, later ones are granted
   kLasting   ///< all blocks are refused from that one on
 };
-void PrintTo(Shortage shortage, std::ostream* out);
+std::ostream& operator<<(std::ostream& out, Shortage shortage);
 
 /// Blocks taken and not yet given back.
 std::size_t live_blocks();

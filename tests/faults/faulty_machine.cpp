@@ -64,8 +64,8 @@ void forget_unknown_items() {
   Device_GSensor::kova_id_map = Device_GSensor::init_kova_id_map();
 }
 
-void PrintTo(const Reading& reading, std::ostream* out) {
-  *out << "status 0x" << std::hex << reading.status << ", value " << reading.value;
+std::ostream& operator<<(std::ostream& out, const Reading& reading) {
+  return out << "status 0x" << std::hex << reading.status << ", value " << reading.value;
 }
 
 Reading read_item(uint32_t id, const json_t* preset) {

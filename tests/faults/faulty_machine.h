@@ -12,10 +12,11 @@
 
 /// The reference machine behind a device library that can be loaded; writes succeed on it.
 class FaultyMachine : public ::testing::Test {
- protected:
+ public:
   FaultyMachine();
   ~FaultyMachine() override;
 
+ protected:
   /// Back to a module that has just been loaded: stopped, nothing looked up, no device calls.
   void stop();
 
@@ -30,7 +31,7 @@ struct Reading {
   uint32_t status;
   std::string value;
   friend bool operator==(const Reading&, const Reading&) = default;
-  friend void PrintTo(const Reading& reading, std::ostream* out);
+  friend std::ostream& operator<<(std::ostream& out, const Reading& reading);
 };
 
 /// Reads an item into a fresh value of `preset`'s type and content.
