@@ -3,8 +3,10 @@
 
 #include "framework/device_library.h"
 #include "framework/item_id.h"
+#include "framework/load_time.h"
 
-const std::string KovaDevice::CONST_HWM = "Hardware Monitor";
+const std::string KovaDevice::CONST_HWM =
+    load_time::build(+[] { return std::string("Hardware Monitor"); });
 const std::string KovaDevice::CONST_TEMP = "Temperature";
 const std::string KovaDevice::CONST_FAN = "Fan Speed";
 

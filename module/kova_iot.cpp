@@ -7,6 +7,7 @@
 
 #include <memory>
 
+#include "framework/load_time.h"
 #include "module/kova_device.h"
 
 namespace {
@@ -37,6 +38,9 @@ uint32_t guarded(const Call& call) noexcept {
 uint32_t KovaIoTInitialize(void) {
   discard_manager();
   return guarded([]() -> uint32_t {
+    if (load_time::failed()) {
+      return IOT_STATUS_NOT_READY;
+    }
     auto manager = std::make_unique<KovaDevice>();
     if (!manager->is_available()) {
       return IOT_STATUS_NOT_FOUND;

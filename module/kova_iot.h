@@ -57,7 +57,8 @@ extern "C" {
  * IOT_STATUS_SUCCESS: at least one family is present. (The document may still lack a group that
  *   could not be built; KovaIoTGetMDCapability tells whether there is one at all.)
  * IOT_STATUS_NOT_FOUND: no device library, no read entry in it, or no family present.
- * IOT_STATUS_NOT_READY: memory ran out.
+ * IOT_STATUS_NOT_READY: memory ran out, now or while the module was loaded; then it starts only
+ *   after it has been unloaded and loaded again.
  * After a failure nothing is held and a later start may succeed. Starting again without a
  * shutdown in between replaces the running manager and its document. */
 uint32_t KovaIoTInitialize(void);

@@ -4,6 +4,7 @@
 
 #include "devices/addon_board/device_trk7000.h"
 #include "devices/addon_board/trk7000_items.h"
+#include "framework/load_time.h"
 
 namespace {
 
@@ -62,8 +63,8 @@ RangeMap Device_TRK7000::init_bound_map() {
 }
 
 const std::string Device_TRK7000::NAME_DEVICE = "TRK-7000";
-StringMap Device_TRK7000::device_name_map = init_device_name_map();
-StringMap Device_TRK7000::unit_map = init_unit_map();
-StringMap Device_TRK7000::desc_map = init_desc_map();
-RawMap Device_TRK7000::kova_id_map = init_kova_id_map();
-RangeMap Device_TRK7000::bound_map = init_bound_map();
+StringMap Device_TRK7000::device_name_map = load_time::build(init_device_name_map);
+StringMap Device_TRK7000::unit_map = load_time::build(init_unit_map);
+StringMap Device_TRK7000::desc_map = load_time::build(init_desc_map);
+RawMap Device_TRK7000::kova_id_map = load_time::build(init_kova_id_map);
+RangeMap Device_TRK7000::bound_map = load_time::build(init_bound_map);

@@ -4,6 +4,7 @@
 
 #include "devices/gsensor/device_gsensor.h"
 #include "devices/gsensor/gsensor_items.h"
+#include "framework/load_time.h"
 
 namespace {
 
@@ -84,8 +85,8 @@ RangeMap Device_GSensor::init_bound_map() {
 }
 
 const std::string Device_GSensor::NAME_DEVICE = "GSensor";
-StringMap Device_GSensor::device_name_map = init_device_name_map();
-StringMap Device_GSensor::unit_map = init_unit_map();
-StringMap Device_GSensor::desc_map = init_desc_map();
-RawMap Device_GSensor::kova_id_map = init_kova_id_map();
-RangeMap Device_GSensor::bound_map = init_bound_map();
+StringMap Device_GSensor::device_name_map = load_time::build(init_device_name_map);
+StringMap Device_GSensor::unit_map = load_time::build(init_unit_map);
+StringMap Device_GSensor::desc_map = load_time::build(init_desc_map);
+RawMap Device_GSensor::kova_id_map = load_time::build(init_kova_id_map);
+RangeMap Device_GSensor::bound_map = load_time::build(init_bound_map);

@@ -5,6 +5,7 @@
 
 #include "devices/pic/device_pic.h"
 #include "devices/pic/pic_items.h"
+#include "framework/load_time.h"
 
 namespace {
 
@@ -162,8 +163,8 @@ RangeMap Device_PIC::init_bound_map() {
 }
 
 const std::string Device_PIC::NAME_DEVICE = "PIC";
-StringMap Device_PIC::device_name_map = init_device_name_map();
-StringMap Device_PIC::unit_map = init_unit_map();
-StringMap Device_PIC::desc_map = init_desc_map();
-RawMap Device_PIC::kova_id_map = init_kova_id_map();
-RangeMap Device_PIC::bound_map = init_bound_map();
+StringMap Device_PIC::device_name_map = load_time::build(init_device_name_map);
+StringMap Device_PIC::unit_map = load_time::build(init_unit_map);
+StringMap Device_PIC::desc_map = load_time::build(init_desc_map);
+RawMap Device_PIC::kova_id_map = load_time::build(init_kova_id_map);
+RangeMap Device_PIC::bound_map = load_time::build(init_bound_map);

@@ -4,6 +4,7 @@
 
 #include "devices/sdram/device_sdram.h"
 #include "devices/sdram/sdram_items.h"
+#include "framework/load_time.h"
 
 namespace {
 
@@ -52,6 +53,6 @@ RangeMap Device_SDRAM::init_bound_map() {
   return catalogue::bound_map(kRows);
 }
 
-StringMap Device_SDRAM::device_name_map = init_device_name_map();
-StringMap Device_SDRAM::unit_map = init_unit_map();
-RangeMap Device_SDRAM::bound_map = init_bound_map();
+StringMap Device_SDRAM::device_name_map = load_time::build(init_device_name_map);
+StringMap Device_SDRAM::unit_map = load_time::build(init_unit_map);
+RangeMap Device_SDRAM::bound_map = load_time::build(init_bound_map);
