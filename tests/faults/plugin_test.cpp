@@ -1,0 +1,137 @@
+// The built plug-in in one process for a long time: loaded, started, used, stopped and unloaded.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "framework/json_owner.h"
+#include "module/kova_iot.h"
+#include "tests/faults/allocation_faults.h"
+#include "tests/support/documents.h"
+
+namespace {
+
+using allocation_faults::live_blocks;
+using allocation_faults::refuse_each_block;
+using allocation_faults::Shortage;
+
+unsigned int rounds() {
+  const char* wanted = std::getenv("KOVA_TEST_ROUNDS");
+  return wanted != nullptr ? static_cast<unsigned int>(std::strtoul(wanted, nullptr, 10)) : 1000;
+}
+
+class Plugin {
+ public:
+  Plugin() : handle_(dlopen(KOVA_PLUGIN, RTLD_NOW | RTLD_LOCAL)) {}
+  ~Plugin() {
+    if (handle_ != nullptr) {
+      dlclose(handle_);
+    }
+  }
+  Plugin(const Plugin&) = delete;
+  Plugin& operator=(const Plugin&) = delete;
+
+  [[nodiscard]] bool loaded() const { return handle_ != nullptr; }
+
+  template <typename Result, typename... Arguments>
+  Result call(const char* name, Arguments... arguments) const {
+    using Function = Result (*)(Arguments...);
+    return reinterpret_cast<Function>(dlsym(handle_, name))(arguments...);
+  }
+
+ private:
+  void* handle_;
+};
+
+void collect_ids(json_t* json, std::vector<uint32_t>* ids) {
+  const char* key = nullptr;
+  json_t* member = nullptr;
+  json_object_foreach(json, key, member) {
+    collect_ids(member, ids);
+  }
+  size_t index = 0;
+  json_t* element = nullptr;
+  json_array_foreach(json, index, element) {
+    ids->push_back(static_cast<uint32_t>(json_integer_value(json_object_get(element, "id"))));
+  }
+}
+
+class PluginRounds : public ::testing::Test {
+ public:
+  PluginRounds() {
+    setenv("KOVA_SIM_MACHINE", KOVA_REFERENCE_MACHINE, 1);
+    // The simulator stands in for the device library, and stays mapped as that does.
+    EXPECT_NE(dlopen(KOVA_SIMULATOR, RTLD_NOW | RTLD_GLOBAL), nullptr);
+    reference = reference_document();
+    collect_ids(reference.get(), &ids);
+  }
+
+ protected:
+  // What a host may do between loading and unloading. Its document outlives the module's.
+  void use(const Plugin& plugin) {
+    const JsonOwner value(json_integer(1));
+    const JsonOwner document(json_object());
+    ASSERT_EQ(plugin.call<uint32_t>("KovaIoTInitialize"), IOT_STATUS_SUCCESS);
+    ASSERT_EQ(plugin.call<uint32_t>("KovaIoTInitialize"), IOT_STATUS_SUCCESS);
+    ASSERT_EQ(plugin.call<uint32_t>("KovaIoTGetMDCapability", document.get()), IOT_STATUS_SUCCESS);
+    for (const uint32_t id : ids) {
+      plugin.call<uint32_t>("KovaIoTGetMDValue", id, value.get());
+    }
+    for (const uint32_t id : {0x14140B01, 0x14150711, 0x14160711, 0x14170111}) {
+      plugin.call<uint32_t>("KovaIoTSetMDValue", id, value.get());
+    }
+    ASSERT_EQ(plugin.call<uint32_t>("KovaIoTUninitialize"), IOT_STATUS_SUCCESS);
+    clear_base_times(document.get());
+    ASSERT_EQ(json_equal(document.get(), reference.get()), 1);
+  }
+
+  JsonOwner reference;
+  std::vector<uint32_t> ids;
+};
+
+TEST_F(PluginRounds, StartedAndStoppedWithoutGrowth) {
+  const Plugin plugin;
+  use(plugin);
+  const size_t blocks = live_blocks();
+  for (unsigned int round = 0; round < rounds() && !HasFatalFailure(); ++round) {
+    use(plugin);
+    ASSERT_EQ(live_blocks(), blocks) << "round " << round;
+  }
+}
+
+TEST_F(PluginRounds, LoadedAndUnloadedWithoutGrowth) {
+  use(Plugin());  // the simulator keeps its counts of calls from the first time on
+  const size_t blocks = live_blocks();
+  for (unsigned int round = 0; round < rounds() && !HasFatalFailure(); ++round) {
+    use(Plugin());
+    ASSERT_EQ(live_blocks(), blocks) << "round " << round;
+    ASSERT_EQ(dlopen(KOVA_PLUGIN, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still mapped";
+  }
+}
+
+TEST_F(PluginRounds, LoadedWithTooLittleMemoryItRefusesToStart) {
+  use(Plugin());
+  const size_t blocks = live_blocks();
+  for (const auto shortage : {Shortage::kPassing, Shortage::kLasting}) {
+    std::optional<Plugin> plugin;
+    const auto load = [&] { return plugin.emplace().loaded(); };
+    const unsigned int refused =
+        refuse_each_block(shortage, load, [&](unsigned int n, bool loaded) {
+          const JsonOwner value(json_integer(1));
+          ASSERT_TRUE(loaded) << n;
+          EXPECT_EQ(plugin->call<uint32_t>("KovaIoTInitialize"), IOT_STATUS_NOT_READY) << n;
+          EXPECT_EQ(plugin->call<uint32_t>("KovaIoTGetMDValue", 0x14140B01U, value.get()),
+                    IOT_STATUS_NOT_READY)
+              << n;
+          plugin.reset();
+          use(Plugin());
+        });
+    EXPECT_GT(refused, 100U);
+  }
+  EXPECT_EQ(live_blocks(), blocks);
+}
+
+}  // namespace
