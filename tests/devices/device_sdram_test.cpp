@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "devices/sdram/sdram_func.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/reference_machine.h"
 #include "tests/support/single_reads.h"
@@ -10,7 +11,6 @@
 namespace {
 
 constexpr std::uint32_t kCount = 0x00A00000;
-constexpr std::uint32_t kOwnCode = 0x77;
 
 class DeviceSdramTest : public testing::Test {
  protected:
@@ -44,41 +44,17 @@ TEST_F(DeviceSdramTest, SingleReadsAgreeWithTheDocumentUnderAnyLocale) {
   expect_single_reads(adapter_, "SDRAM", 14 + 12);
 }
 
-TEST_F(DeviceSdramTest, CountsModulesOnlyFromSuccessfulReads) {
-  EXPECT_EQ(adapter_.GetSDRAMCount(), 2U);
-  EXPECT_TRUE(adapter_.is_available());
-  device_.read_status[kCount] = kOwnCode;
-  device_.stored_on_failure[kCount] = 7;
-  EXPECT_EQ(adapter_.GetSDRAMCount(), 0U);
-  EXPECT_FALSE(adapter_.is_available());
-  EXPECT_EQ(adapter_.get_value_by_id(0x14190101, nullptr), IOT_STATUS_NOT_READY);
-}
-
-TEST_F(DeviceSdramTest, TakesModuleNumbersFromTheItemId) {
-  const std::pair<unsigned int, std::uint32_t> cases[] = {
-      {0, 0x00A00F05}, {1, 0x00A00005}, {17, 0x00A00005}, {18, 0x00A00105}, {255, 0x00A00E05}};
-  for (const auto& [number, code] : cases) {
-    device_.values = {{kCount, 1}, {code, 4}};
-    const JsonOwner value(json_integer(0));
-    EXPECT_EQ(adapter_.get_value_by_id(0x14180500 + number, value.get()), IOT_STATUS_SUCCESS);
-    EXPECT_EQ(json_integer_value(value.get()), 4) << number;
-  }
-}
-
-TEST_F(DeviceSdramTest, LeavesTheValueThatItCannotSet) {
-  device_.read_status[0x00A00005] = kOwnCode;
-  device_.values[0x00A00012] = 0xC3284142;  // no UTF-8
-  const std::pair<unsigned int, Status> cases[] = {
-      {0x14190101, IOT_STATUS_READ_FAILED},     // another family's
-      {0x14180D01, IOT_STATUS_UNDEFINED_ITEM},  // no such field
-      {0x14180501, kOwnCode},                   // cannot be read
-      {0x14180901, IOT_STATUS_SUCCESS},         // a real, for a string
-      {0x14181101, IOT_STATUS_SUCCESS}};
-  for (const auto& [id, status] : cases) {
-    const JsonOwner value(json_string("before"));
-    EXPECT_EQ(adapter_.get_value_by_id(id, value.get()), status) << std::hex << id;
-    EXPECT_STREQ(json_string_value(value.get()), "before") << std::hex << id;
-  }
+TEST_F(DeviceSdramTest, DecodesWithoutTheAdapterToo) {
+  const SdRamFunc decoder(&DeviceDouble::get);
+  std::string text;
+  EXPECT_EQ(decoder.GetRamIndexInfo(0, 0x14180101, text), IOT_STATUS_UNDEFINED_ITEM);
+  EXPECT_EQ(text, "N/A");
+  double volts = 9;
+  EXPECT_EQ(decoder.getVoltage(1, volts), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(volts, 1.1);
+  const SdRamFunc without_entry(nullptr);
+  EXPECT_FALSE(without_entry.IsAvailable());
+  EXPECT_EQ(without_entry.getSpecificData(0, text), IOT_STATUS_NOT_READY);
 }
 
 TEST_F(DeviceSdramTest, MakesElementsOnlyOfItsOwnUtf8Texts) {

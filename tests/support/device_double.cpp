@@ -32,7 +32,8 @@ void connect_families(ReadEntry get, WriteEntry set) {
 }  // namespace
 
 void PrintTo(const DeviceDouble::Call& call, std::ostream* out) {
-  *out << (call.kind == DeviceDouble::Call::kRead ? "read " : "write ") << std::hex << call.code;
+  *out << (call.kind == DeviceDouble::Call::kRead ? "read " : "write ") << std::hex
+       << std::uppercase << call.code << std::dec;
   if (call.kind == DeviceDouble::Call::kWrite) {
     *out << " = " << call.value;
   }
