@@ -1,0 +1,57 @@
+"""Runs the example hosts: on the simulated device, and with everything that can be wrong.
+
+Usage: examples_test.py MODULE PRELOAD C_HOST PYTHON_HOST
+PRELOAD is LD_PRELOAD's value with the simulated device library in it.
+"""
+import json
+import os
+import subprocess
+import sys
+import unittest
+
+MODULE, PRELOAD, C_HOST, PYTHON_HOST = sys.argv[1:]
+HOSTS = ([C_HOST], [sys.executable, PYTHON_HOST])
+RUNTIMES = PRELOAD.rpartition(":")[0]  # what stays preloaded when the simulator does not
+
+
+def run(host, *arguments, preload=PRELOAD):
+    # The interpreter keeps memory to its end, which is no leak of ours.
+    leaks = {} if host == [C_HOST] else {"ASAN_OPTIONS": "detect_leaks=0"}
+    environment = {**os.environ, **leaks, "LD_PRELOAD": preload, "KOVA_SIM_MACHINE": ""}
+    return subprocess.run([*host, *arguments], env=environment, capture_output=True, text=True,
+                          timeout=60)
+
+
+class Examples(unittest.TestCase):
+    def test_prints_the_document_and_reads_and_writes_an_item(self):
+        for host in HOSTS:
+            with self.subTest(host=host):
+                result = run(host, MODULE)
+                self.assertEqual((result.returncode, result.stderr), (0, ""))
+                document, _, rest = result.stdout.partition("\n}\n")
+                self.assertEqual(
+                    list(json.loads(document + "}")),
+                    ["SDRAM", "SMART BATTERY", "TRK-7000", "Hardware Monitor", "PoE", "PIC",
+                     "GSensor"])
+                # The simulated controller's first setting.
+                self.assertEqual(rest, "ignition delay on: 10 s\nwritten back\n")
+
+    def test_tells_on_one_line_what_is_wrong(self):
+        no_device = {"preload": RUNTIMES}
+        for arguments, options, reason in (
+            ([], {}, "usage: "),
+            ([MODULE, "more"], {}, "usage: "),
+            (["/nonexistent/module.so"], {}, "/nonexistent/module.so: cannot open"),
+            (["libm.so.6"], {}, "undefined symbol: KovaIoTInitialize"),
+            ([MODULE], no_device, "KovaIoTInitialize: status 0xFFFFFBFF"),
+        ):
+            for host in HOSTS:
+                with self.subTest(host=host, arguments=arguments):
+                    result = run(host, *arguments, **options)
+                    self.assertEqual((result.returncode, result.stdout), (1, ""))
+                    self.assertIn(reason, result.stderr)
+                    self.assertEqual(result.stderr.count("\n"), 1)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
