@@ -1,16 +1,20 @@
 """Runs the example hosts: on the simulated device, and with everything that can be wrong.
 
-Usage: examples_test.py MODULE PRELOAD C_HOST PYTHON_HOST
+Usage: examples_test.py MODULE PRELOAD C_HOST SOURCE_FOLDER
 PRELOAD is LD_PRELOAD's value with the simulated device library in it.
 """
 import json
 import os
+import pathlib
+import re
 import subprocess
 import sys
 import unittest
 
-MODULE, PRELOAD, C_HOST, PYTHON_HOST = sys.argv[1:]
-HOSTS = ([C_HOST], [sys.executable, PYTHON_HOST])
+MODULE, PRELOAD, C_HOST, SOURCE_FOLDER = sys.argv[1:]
+SOURCE = pathlib.Path(SOURCE_FOLDER)
+EXAMPLES = SOURCE / "examples"
+HOSTS = ([C_HOST], [sys.executable, str(EXAMPLES / "minimal_host.py")])
 RUNTIMES = PRELOAD.rpartition(":")[0]  # what stays preloaded when the simulator does not
 
 
@@ -51,6 +55,15 @@ class Examples(unittest.TestCase):
                     self.assertEqual((result.returncode, result.stdout), (1, ""))
                     self.assertIn(reason, result.stderr)
                     self.assertEqual(result.stderr.count("\n"), 1)
+
+    def test_the_guide_shows_the_examples_as_they_are(self):
+        guide = (SOURCE / "docs/host-guide.md").read_text()
+        for name, function in (("minimal_host.c", r"^static int use\(.*?^}$"),
+                               ("minimal_host.py", r"^def use\(.*?(?=\n\n\n)")):
+            with self.subTest(example=name):
+                text = (EXAMPLES / name).read_text()
+                excerpt = re.search(function, text, re.DOTALL | re.MULTILINE).group()
+                self.assertIn(f"\n{excerpt}\n```\n", guide)
 
 
 if __name__ == "__main__":
