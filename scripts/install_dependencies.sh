@@ -9,6 +9,8 @@ case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3" ;;
   check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter" ;;
+  package) packages="$build dpkg-dev lintian" ;;
+  package-test) packages="debootstrap debian-archive-keyring" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2
