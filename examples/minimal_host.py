@@ -13,9 +13,9 @@ IGNITION_DELAY_ON = 0x14160711
 
 
 def load(path):
-    """The module, jansson and the C library, with the types of what is called below."""
+    """The module, jansson and the C library in use, with the types of what is called below."""
     uint32, pointer = ctypes.c_uint32, ctypes.c_void_p
-    module, jansson, libc = (ctypes.CDLL(name) for name in (path, "libjansson.so.4", "libc.so.6"))
+    module, jansson, libc = (ctypes.CDLL(name) for name in (path, "libjansson.so.4", None))
     for function, result, arguments in (
         (module.KovaIoTInitialize, uint32, []),
         (module.KovaIoTUninitialize, uint32, []),
