@@ -17,36 +17,102 @@ namespace {
 
 constexpr unsigned int kPresenceCode = 0x200000;
 
+// How a kind of port item is published: a scaled real, a code, or an on/off switch.
+enum class Published { kNot, kReal, kCode, kSwitch };
+
 // What the kind of a port item settles. A port's device code is the base plus the port number.
 struct PortKind {
-  unsigned int group;
-  unsigned int code_base;
-  std::string_view word{};  // empty: not a published kind
+  unsigned int group = 1;  // of an empty place: groups have bits 7..0 clear
+  unsigned int code_base{};
+  Published as = Published::kNot;
+  std::string_view word{};
   std::string_view unit{};
   double max{};  // the lower bound of every kind is 0
+
+  [[nodiscard]] unsigned int code(unsigned int id) const {
+    return code_base + item_id::unit_number(id);
+  }
 };
 
-constexpr std::array kPortKinds{
-    PortKind{.group = poe::kDetect, .code_base = 0x21FFFF, .word = "detect", .max = 7},
-    PortKind{.group = poe::kClass, .code_base = 0x22FFFF, .word = "class", .max = 7},
-    PortKind{
-        .group = poe::kCurrent, .code_base = 0x23FFFF, .word = "current", .unit = "mA", .max = 600},
-    PortKind{
-        .group = poe::kVoltage, .code_base = 0x24FFFF, .word = "voltage", .unit = "V", .max = 100},
+constexpr std::array kRows{
+    PortKind{.group = poe::kDetect,
+             .code_base = 0x21FFFF,
+             .as = Published::kCode,
+             .word = "detect",
+             .max = 7},
+    PortKind{.group = poe::kClass,
+             .code_base = 0x22FFFF,
+             .as = Published::kCode,
+             .word = "class",
+             .max = 7},
+    PortKind{.group = poe::kCurrent,
+             .code_base = 0x23FFFF,
+             .as = Published::kReal,
+             .word = "current",
+             .unit = "mA",
+             .max = 600},
+    PortKind{.group = poe::kVoltage,
+             .code_base = 0x24FFFF,
+             .as = Published::kReal,
+             .word = "voltage",
+             .unit = "V",
+             .max = 100},
     PortKind{.group = poe::kPortProbe, .code_base = 0x25FFFF},
-    PortKind{.group = poe::kPower, .code_base = 0x26FFFF, .word = "power", .max = 1},
+    PortKind{.group = poe::kPower,
+             .code_base = 0x26FFFF,
+             .as = Published::kSwitch,
+             .word = "power",
+             .max = 1},
 };
+
+// The rows by bits 11..8 of the ID, in which the kinds differ.
+constexpr unsigned int place_of(unsigned int id) {
+  return (id >> 8) & 0xFU;
+}
+
+constexpr auto kPortKinds = [] {
+  std::array<PortKind, 16> kinds{};
+  for (const PortKind& row : kRows) {
+    kinds[place_of(row.group)] = row;
+  }
+  return kinds;
+}();
 
 const PortKind* port_kind(unsigned int id) {
-  const auto* const found = std::ranges::find(kPortKinds, item_id::group(id), &PortKind::group);
-  return found == kPortKinds.end() ? nullptr : found;
+  const PortKind& kind = kPortKinds[place_of(id)];
+  return kind.group == item_id::group(id) ? &kind : nullptr;
+}
+
+Published published_as(unsigned int id) {
+  const PortKind* kind = port_kind(id);
+  return kind != nullptr ? kind->as : Published::kNot;
 }
 
 // The kind of a published item of a numbered port, or null: headings (port 0) have neither unit
 // nor range.
 const PortKind* published_port_kind(unsigned int id) {
   const PortKind* kind = item_id::unit_number(id) != 0 ? port_kind(id) : nullptr;
-  return kind != nullptr && !kind->word.empty() ? kind : nullptr;
+  return kind != nullptr && kind->as != Published::kNot ? kind : nullptr;
+}
+
+void make_element(unsigned int id, const void* data, json_t** out) {
+  const auto byte = [data] { return *static_cast<const unsigned char*>(data); };
+  const std::string name = Device_PoE::get_name_by_id(id);
+  switch (published_as(id)) {
+    case Published::kReal:
+      IoTJsonUtility::create_json_element(
+          name, id, *static_cast<const unsigned int*>(data) * Device_PoE::FACTOR, "r", "label",
+          out);
+      break;
+    case Published::kCode:
+      IoTJsonUtility::create_json_element(name, id, int{byte()}, "r", "label", out);
+      break;
+    case Published::kSwitch:
+      IoTJsonUtility::create_json_element(name, id, byte() != 0, "rw", "checkbox", out);
+      break;
+    case Published::kNot:
+      break;
+  }
 }
 
 }  // namespace
@@ -58,7 +124,7 @@ unsigned int Device_PoE::getKovaID(unsigned int id) {
     return kPresenceCode;
   }
   const PortKind* kind = port_kind(id);
-  return kind != nullptr ? kind->code_base + item_id::unit_number(id) : kNoCode;
+  return kind != nullptr ? kind->code(id) : kNoCode;
 }
 
 Status Device_PoE::get_value_by_id(unsigned int id, unsigned int* raw) {
@@ -91,7 +157,7 @@ std::string Device_PoE::get_name_by_id(unsigned int id) {
     return "Available";
   }
   const PortKind* kind = port_kind(id);
-  if (kind == nullptr || kind->word.empty()) {
+  if (kind == nullptr || kind->as == Published::kNot) {
     return "";
   }
   const unsigned int port = item_id::unit_number(id);
@@ -105,7 +171,7 @@ std::string Device_PoE::get_unit_by_id(unsigned int id) {
 
 std::string Device_PoE::get_desc_by_id(unsigned int id) {
   const PortKind* kind = published_port_kind(id);
-  return kind != nullptr && kind->group == poe::kPower ? "0=Disable|1=Enable" : "";
+  return kind != nullptr && kind->as == Published::kSwitch ? "0=Disable|1=Enable" : "";
 }
 
 Range Device_PoE::get_range_by_id(unsigned int id) {
@@ -115,21 +181,11 @@ Range Device_PoE::get_range_by_id(unsigned int id) {
 
 Status Device_PoE::create_json_element(unsigned int id, void* data, json_t** out) {
   return build_element(out, [&] {
-    const unsigned int group = item_id::group(id);
-    const auto byte = [data] { return *static_cast<const unsigned char*>(data); };
-    if (group == poe::kVoltage || group == poe::kCurrent) {
-      const double value = *static_cast<const unsigned int*>(data) * FACTOR;
-      IoTJsonUtility::create_json_element(get_name_by_id(id), id, value, "r", "label", out);
-    } else if (group == poe::kDetect || group == poe::kClass) {
-      IoTJsonUtility::create_json_element(get_name_by_id(id), id, int{byte()}, "r", "label", out);
-    } else if (group == poe::kPower) {
-      IoTJsonUtility::create_json_element(get_name_by_id(id), id, byte() != 0, "rw", "checkbox",
-                                          out);
-    }
+    make_element(id, data, out);
     // Hosts know the switches by their checkbox: the option list is looked up for the heading,
     // which has none, and so never stands in an element.
     return end_element(out, {.range = get_range_by_id(id),
-                             .description = get_desc_by_id(group),
+                             .description = get_desc_by_id(item_id::group(id)),
                              .unit = get_unit_by_id(id)});
   });
 }
@@ -139,29 +195,28 @@ Status Device_PoE::get_value_by_id(unsigned int id, json_t* value) {
     return IOT_STATUS_NOT_READY;
   }
   unsigned int raw = 0;
-  if (const Status status = get_value_by_id(id, &raw); status != IOT_STATUS_SUCCESS) {
+  const PortKind* kind = port_kind(id);
+  if (kind == nullptr || kind->as == Published::kNot) {
+    const Status status = get_value_by_id(id, &raw);
+    return status == IOT_STATUS_SUCCESS ? IOT_STATUS_UNSUPPORTED : status;
+  }
+  if (const Status status = get_func(kind->code(id), &raw); status != IOT_STATUS_SUCCESS) {
     return status;
   }
-  switch (item_id::group(id)) {
-    case poe::kVoltage:
-    case poe::kCurrent:
-      json_real_set(value, raw * FACTOR);
-      return IOT_STATUS_SUCCESS;
-    case poe::kDetect:
-    case poe::kClass:
-    case poe::kPower:
-      json_integer_set(value, raw);
-      return IOT_STATUS_SUCCESS;
-    default:
-      return IOT_STATUS_UNSUPPORTED;
+  if (kind->as == Published::kReal) {
+    json_real_set(value, raw * FACTOR);
+  } else {
+    json_integer_set(value, raw);
   }
+  return IOT_STATUS_SUCCESS;
 }
 
 Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
   }
-  if (item_id::group(id) != poe::kPower) {
+  const PortKind* kind = port_kind(id);
+  if (kind == nullptr || kind->as != Published::kSwitch) {
     return IOT_STATUS_UNSUPPORTED;
   }
   if (!json_is_integer(value)) {
@@ -169,7 +224,7 @@ Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
   }
   const unsigned int wanted = json_integer_value(value) >= 1 ? 1 : 0;
   unsigned int current = 0;
-  if (const Status status = get_value_by_id(id, &current); status != IOT_STATUS_SUCCESS) {
+  if (const Status status = get_func(kind->code(id), &current); status != IOT_STATUS_SUCCESS) {
     return status;
   }
   return current == wanted ? IOT_STATUS_SUCCESS : set_value_by_id(id, wanted);

@@ -24,6 +24,7 @@ TEST(DevicePoE, CodesNamesUnitsAndRangesFollowFromTheId) {
       {0x14140B00, 0x26FFFF, "PoE power", "", "", -1},
       {0x14140301, 0xFFFFFFFF, "", "", "", -1},
       {0x14150801, 0xFFFFFFFF, "", "", "", -1},
+      {0xFFFF0001, 0xFFFFFFFF, "", "", "", -1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << std::hex << c.id);
