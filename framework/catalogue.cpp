@@ -16,6 +16,18 @@ StringMap text_column(std::span<const Row> rows, std::string_view Row::*column) 
   return map;
 }
 
+// Reads the items first..end-1 in turn and hands over the raw word of each that can be read.
+template <typename Visit>
+void visit_readable(const ReadEntry& get_func, RawMap& raw_ids, unsigned int first,
+                    unsigned int end, const Visit& visit) {
+  unsigned int raw = 0;
+  for (unsigned int id = first; id < end; ++id) {
+    if (get_func(raw_ids[id], &raw) == 0) {
+      visit(id, raw);
+    }
+  }
+}
+
 }  // namespace
 
 StringMap name_map(std::span<const Row> rows) {
@@ -75,8 +87,16 @@ void update_range(RangeMap& map, unsigned int id, double min, double max) {
 }
 
 bool is_available(ReadEntry get_func, RawMap& raw_ids, unsigned int presence_id) {
+  if (get_func == nullptr) {
+    return false;
+  }
+  // Asked before every read, so not searched for: it has the lowest ID of its family.
+  const auto lowest = raw_ids.begin();
+  const unsigned int code = lowest != raw_ids.end() && lowest->first == presence_id
+                                ? lowest->second
+                                : raw_ids[presence_id];
   unsigned int present = 0;
-  return read_raw(get_func, raw_ids, presence_id, &present) == IOT_STATUS_SUCCESS && present != 0;
+  return get_func(code, &present) == 0 && present != 0;
 }
 
 Status read_raw(ReadEntry get_func, RawMap& raw_ids, unsigned int id, unsigned int* value) {
@@ -97,12 +117,8 @@ void read_raw_range(const ReadEntry& get_func, RawMap& raw_ids, unsigned int pre
     return;
   }
   out->clear();
-  unsigned int raw = 0;
-  for (unsigned int id = first; id < end; ++id) {
-    if (get_func(raw_ids[id], &raw) == 0) {
-      (*out)[id] = raw;
-    }
-  }
+  visit_readable(get_func, raw_ids, first, end,
+                 [out](unsigned int id, unsigned int raw) { (*out)[id] = raw; });
 }
 
 Status read_texts(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
@@ -110,17 +126,21 @@ Status read_texts(const ReadEntry& get_func, RawMap& raw_ids, unsigned int prese
   if (get_func == nullptr) {
     return IOT_STATUS_NOT_READY;
   }
-  RawMap words;
-  read_raw_range(get_func, raw_ids, presence_id, first, end, &words);
-  if (words.empty()) {
+  if (!is_available(get_func, raw_ids, presence_id)) {
     return IOT_STATUS_READ_FAILED;
   }
-  out->clear();
-  for (const auto& [id, raw] : words) {
+  StringMap texts;
+  bool any_read = false;
+  visit_readable(get_func, raw_ids, first, end, [&](unsigned int id, unsigned int raw) {
+    any_read = true;
     if (std::string text = format(id, raw); !text.empty()) {
-      out->emplace(id, std::move(text));
+      texts.emplace(id, std::move(text));
     }
+  });
+  if (!any_read) {
+    return IOT_STATUS_READ_FAILED;
   }
+  *out = std::move(texts);
   return out->empty() ? IOT_STATUS_READ_FAILED : IOT_STATUS_SUCCESS;
 }
 

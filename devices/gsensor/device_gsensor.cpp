@@ -150,8 +150,8 @@ Status Device_GSensor::get_value_by_id(unsigned int id, json_t* value) {
     return status;
   }
   publish(id, raw, value);
-  // The size of anything but a non-empty object is 0.
-  return json_object_size(value) == 0 ? IOT_STATUS_READ_FAILED : IOT_STATUS_SUCCESS;
+  return json_is_object(value) && json_object_size(value) != 0 ? IOT_STATUS_SUCCESS
+                                                               : IOT_STATUS_READ_FAILED;
 }
 
 Status Device_GSensor::set_value_by_id(unsigned int id, json_t* value) {
