@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -52,7 +53,7 @@ double real_from_text(std::string_view text) {
   text = without_blanks_and_plus(text);
   double value = 0;
   std::from_chars(text.data(), text.data() + text.size(), value);
-  return value;
+  return std::isfinite(value) ? value : 0;  // "inf" and "nan" are numbers to from_chars only
 }
 
 int integer_from_text(std::string_view text) {

@@ -29,6 +29,8 @@ constexpr struct {
     {" +", 0, 0},
     {"+-5", 0, 0},
     {"N/A", 0, 0},
+    {"nAn", 0, 0},
+    {"-infinity", 0, 0},
 };
 
 void expect_conversions() {
