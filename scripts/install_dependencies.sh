@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a task needs and that are missing. Usage:
-#   scripts/install_dependencies.sh build|test|check|...
+#   scripts/install_dependencies.sh build|test|check|fuzz|coverage|valgrind
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
@@ -12,6 +12,9 @@ case "${1:-build}" in
   check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter" ;;
   package) packages="$build dpkg-dev lintian" ;;
   package-test) packages="debootstrap debian-archive-keyring" ;;
+  fuzz) packages="$build clang-14 libclang-rt-14-dev llvm-14" ;;
+  coverage) packages="$build libgtest-dev locales gcovr python3" ;;
+  valgrind) packages="$build libgtest-dev locales valgrind" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2
