@@ -32,7 +32,7 @@ std::string info_text(unsigned int id, unsigned int raw) {
     case trk7000::kEcType:
       return version_text(raw, 16);
     default:
-      return "";
+      return "";  // not reached: no other item is read with the group
   }
 }
 

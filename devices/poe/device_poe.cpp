@@ -232,9 +232,6 @@ Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
 
 template <typename Value>
 void Device_PoE::refresh(unsigned int kind, std::map<unsigned int, Value>* map) const {
-  if (get_func == nullptr) {
-    return;
-  }
   for (unsigned int port = 1; port <= port_count_; ++port) {
     unsigned int raw = 0;
     if (get_value_by_id(kind + port, &raw) == IOT_STATUS_SUCCESS) {
