@@ -1,6 +1,7 @@
 // Memory runs out at each single block that an entry point takes.
 #include <array>
 
+#include "devices/pic/device_pic.h"
 #include "tests/faults/allocation_faults.h"
 #include "tests/faults/faulty_machine.h"
 #include "tests/support/documents.h"
@@ -145,6 +146,17 @@ TEST_P(MemoryShortage, WriteReachesTheDeviceOrIsRefused) {
       EXPECT_EQ(write(), undisturbed) << n;
     });
   }
+}
+
+TEST_P(MemoryShortage, AControllerWhoseRangesCannotBeKeptIsStillThere) {
+  const auto construct = [] {
+    Device_PIC::bound_map.clear();
+    const Device_PIC controller;
+    return Device_PIC::bound_map.size();
+  };
+  const size_t all_ranges = construct();
+  const auto check = [&](unsigned int n, size_t ranges) { EXPECT_LE(ranges, all_ranges) << n; };
+  EXPECT_GT(refuse_each_block(GetParam(), construct, check), 50U);
 }
 
 TEST_P(MemoryShortage, TheOtherEntryPointsTakeNoMemory) {
