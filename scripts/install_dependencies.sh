@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that a task needs and that are missing. Usage:
-#   scripts/install_dependencies.sh build|test|check|fuzz|coverage|valgrind
+#   scripts/install_dependencies.sh TASK   (one of those below; build if none is named)
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 

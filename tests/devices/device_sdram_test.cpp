@@ -4,9 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "devices/sdram/sdram_func.h"
-#include "tests/support/comma_locale.h"
+#include "framework/json_owner.h"
 #include "tests/support/reference_machine.h"
-#include "tests/support/single_reads.h"
 
 namespace {
 
@@ -36,12 +35,6 @@ TEST_F(DeviceSdramTest, ReadsTheFieldsOfAModuleInOrder) {
   for (const auto& [id, text] : absent) {
     EXPECT_EQ(text, "N/A") << std::hex << id;
   }
-}
-
-// The second module carries neither vendor-specific data nor write protection.
-TEST_F(DeviceSdramTest, SingleReadsAgreeWithTheDocumentUnderAnyLocale) {
-  const CommaLocale locale;
-  expect_single_reads(adapter_, "SDRAM", 14 + 12);
 }
 
 TEST_F(DeviceSdramTest, DecodesWithoutTheAdapterToo) {

@@ -3,9 +3,7 @@
 
 #include "devices/sbattery/device_sbattery.h"
 #include "devices/sbattery/sbattery_items.h"
-#include "tests/support/comma_locale.h"
 #include "tests/support/reference_machine.h"
-#include "tests/support/single_reads.h"
 
 namespace {
 
@@ -29,14 +27,6 @@ TEST_F(BatteryTest, ReadsTheFieldsInOrder) {
     code += kBase;
   }
   EXPECT_EQ(device_.codes_read(), expected);
-}
-
-TEST_F(BatteryTest, SingleReadsAgreeWithTheDocumentUnderAnyLocale) {
-  const CommaLocale locale;
-  expect_single_reads(adapter_, "SMART BATTERY", 18 - 1);  // no time to full while discharging
-  const JsonOwner value(json_string("?"));
-  EXPECT_EQ(adapter_.get_value_by_id(0x14191201, value.get()), IOT_STATUS_SUCCESS);
-  EXPECT_STREQ(json_string_value(value.get()), "0x7");
 }
 
 TEST_F(BatteryTest, ReportsOnlyTheLastFieldOfAFullRead) {

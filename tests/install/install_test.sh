@@ -40,7 +40,7 @@ cc -std=c11 -Werror "$source/examples/minimal_host.c" -o "$work/host" \
 run_host "$work/host" "$(pkg-config --variable=plugin kova-iot)"
 
 configure() {
-  cmake -S "$source/tests/install/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" \
+  cmake -G Ninja -S "$source/tests/install/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$prefix" \
     -DEXAMPLE="$source/examples/minimal_host.c" -DWANTED="$1"
 }
 configure 99 >/dev/null 2>&1 && fail "find_package takes version 99"
