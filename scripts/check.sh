@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Checks what the tests do not: format, clang-tidy, shell scripts, a clang build, the exports and
-# hardening of the plug-in, metrics in a real Prometheus, docs/items.md, and the Debian packages.
-# Installs what is missing and prints only what is wrong.
+# Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
+# exports and hardening of the plug-in, metrics in a real Prometheus, docs/items.md, the Debian
+# packages, and the short forms of the fuzzers and of the benchmarks. Installs what is missing.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -12,9 +12,7 @@ clang-format-14 --dry-run --Werror "${sources[@]}"
 mapfile -t shell_scripts < <(git ls-files '*.sh' '.ci/run')
 shellcheck -x "${shell_scripts[@]}"
 
-echo "Building (clang) ..."
-build_preset clang
-scripts/check_binary.sh build/clang
+echo "Checking the plug-in, the metrics and docs/items.md ..."
 build_preset dev
 scripts/check_binary.sh build/dev
 scripts/metrics_check.sh build/dev
@@ -22,8 +20,13 @@ scripts/items.sh --check
 
 echo "Packaging ..."
 quietly scripts/package.sh
+scripts/check_binary.sh build/release
 
 echo "Running clang-tidy ..."
+quietly cmake --preset clang
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')
-quietly run-clang-tidy-14 -quiet -p build/clang "${units[@]/#/$repository/}"
+quietly run-clang-tidy-14 -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repository/}"
+
+scripts/fuzz.sh 3
+scripts/bench.sh --short
 echo "Format, clang-tidy, scripts, binaries, documents and packages are in order."
