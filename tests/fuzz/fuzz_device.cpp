@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <map>
+#include <set>
 
 namespace fuzz_device {
 namespace {
@@ -61,6 +63,13 @@ bool describe(std::string_view line) {
   parse(take_word(&line), &answer.status);
   answers[code] = answer;
   return true;
+}
+
+void limit(std::uint32_t code, std::uint32_t max) {
+  const auto known = answers.find(code);
+  if (known != answers.end()) {
+    known->second.word = std::min(known->second.word, max);
+  }
 }
 
 bool has_returned(std::uint32_t status) {

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <set>
 #include <string_view>
 
 /// Ends the run with a report of the input when a promise is broken.
@@ -26,10 +24,13 @@ void reset();
 /// writing it. A failing read stores the word all the same. False for any other line.
 bool describe(std::string_view line);
 
+/// Lowers the word that a code holds.
+void limit(std::uint32_t code, std::uint32_t max);
+
 /// True for a status that the device itself has returned since the reset.
 bool has_returned(std::uint32_t status);
 
-/// The fields of `line` up to its first blank, and the rest.
+/// The first word of `line`, which keeps the rest.
 std::string_view take_word(std::string_view* line);
 
 /// The next line of the input, without its end.
