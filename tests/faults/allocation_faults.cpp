@@ -1,4 +1,4 @@
-// The counted allocators: all replaceable forms of operator new and delete, and jansson's.
+// The counted allocators: operator new and delete, and jansson's.
 #include "tests/faults/allocation_faults.h"
 
 #include <jansson.h>
@@ -25,21 +25,12 @@ bool refuse_now() {
   return true;
 }
 
-void* take(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
+void* take(std::size_t size) {
   if (refuse_now()) {
     return nullptr;
   }
-  const std::size_t rounded = (size + alignment - 1) / alignment * alignment;
-  void* block = std::aligned_alloc(alignment, rounded != 0 ? rounded : alignment);
+  void* block = std::malloc(size != 0 ? size : 1);
   live += block != nullptr ? 1 : 0;
-  return block;
-}
-
-void* take_or_throw(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
-  void* block = take(size, alignment);
-  if (block == nullptr) {
-    throw std::bad_alloc();
-  }
   return block;
 }
 
@@ -50,7 +41,7 @@ void give_back(void* block) {
 
 // Installed before main, and so before any JSON value exists.
 const bool kJanssonCounted = [] {
-  json_set_alloc_funcs([](std::size_t size) { return take(size); }, give_back);
+  json_set_alloc_funcs(take, give_back);
   return true;
 }();
 
@@ -84,27 +75,18 @@ bool Scope::end() {
 
 using allocation_faults::give_back;
 using allocation_faults::take;
-using allocation_faults::take_or_throw;
 
-// clang-format off
-void* operator new(std::size_t size) { return take_or_throw(size); }
-void* operator new[](std::size_t size) { return take_or_throw(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return take(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return take(size); }
-void* operator new(std::size_t size, std::align_val_t to) { return take_or_throw(size, std::size_t(to)); }
-void* operator new[](std::size_t size, std::align_val_t to) { return take_or_throw(size, std::size_t(to)); }
-void* operator new(std::size_t size, std::align_val_t to, const std::nothrow_t&) noexcept { return take(size, std::size_t(to)); }
-void* operator new[](std::size_t size, std::align_val_t to, const std::nothrow_t&) noexcept { return take(size, std::size_t(to)); }
-void operator delete(void* block) noexcept { give_back(block); }
-void operator delete[](void* block) noexcept { give_back(block); }
-void operator delete(void* block, std::size_t) noexcept { give_back(block); }
-void operator delete[](void* block, std::size_t) noexcept { give_back(block); }
-void operator delete(void* block, const std::nothrow_t&) noexcept { give_back(block); }
-void operator delete[](void* block, const std::nothrow_t&) noexcept { give_back(block); }
-void operator delete(void* block, std::align_val_t) noexcept { give_back(block); }
-void operator delete[](void* block, std::align_val_t) noexcept { give_back(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { give_back(block); }
-void operator delete[](void* block, std::size_t, std::align_val_t) noexcept { give_back(block); }
-void operator delete(void* block, std::align_val_t, const std::nothrow_t&) noexcept { give_back(block); }
-void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noexcept { give_back(block); }
-// clang-format on
+// The forms that the code uses; the array forms of the C++ library call these.
+void* operator new(std::size_t size) {
+  void* block = take(size);
+  return block != nullptr ? block : throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t& /*nothrow*/) noexcept {
+  return take(size);
+}
+void operator delete(void* block) noexcept {
+  give_back(block);
+}
+void operator delete(void* block, std::size_t /*size*/) noexcept {
+  give_back(block);
+}

@@ -19,20 +19,6 @@ JsonOwner preset_for(const json_t* element) {
                                                              : json_integer(-77));
 }
 
-void collect_presets(json_t* json, std::map<uint32_t, JsonOwner>* presets) {
-  const char* key = nullptr;
-  json_t* member = nullptr;
-  json_object_foreach(json, key, member) {
-    collect_presets(member, presets);
-  }
-  size_t index = 0;
-  json_t* element = nullptr;
-  json_array_foreach(json, index, element) {
-    const auto id = static_cast<uint32_t>(json_integer_value(json_object_get(element, "id")));
-    (*presets)[id] = preset_for(element);
-  }
-}
-
 }  // namespace
 
 FaultyMachine::FaultyMachine() {
@@ -77,7 +63,8 @@ Reading read_item(uint32_t id, const json_t* preset) {
 const std::map<uint32_t, JsonOwner>& item_presets() {
   static const auto presets = [] {
     std::map<uint32_t, JsonOwner> all;
-    collect_presets(reference_document().get(), &all);
+    for_each_item(reference_document().get(),
+                  [&](uint32_t id, json_t* element) { all[id] = preset_for(element); });
     return all;
   }();
   return presets;

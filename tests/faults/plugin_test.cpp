@@ -46,19 +46,6 @@ class Plugin {
   void* handle_;
 };
 
-void collect_ids(json_t* json, std::vector<uint32_t>* ids) {
-  const char* key = nullptr;
-  json_t* member = nullptr;
-  json_object_foreach(json, key, member) {
-    collect_ids(member, ids);
-  }
-  size_t index = 0;
-  json_t* element = nullptr;
-  json_array_foreach(json, index, element) {
-    ids->push_back(static_cast<uint32_t>(json_integer_value(json_object_get(element, "id"))));
-  }
-}
-
 class PluginRounds : public ::testing::Test {
  public:
   PluginRounds() {
@@ -66,7 +53,7 @@ class PluginRounds : public ::testing::Test {
     // The simulator stands in for the device library, and stays mapped as that does.
     EXPECT_NE(dlopen(KOVA_SIMULATOR, RTLD_NOW | RTLD_GLOBAL), nullptr);
     reference = reference_document();
-    collect_ids(reference.get(), &ids);
+    for_each_item(reference.get(), [this](uint32_t id, json_t*) { ids.push_back(id); });
   }
 
  protected:

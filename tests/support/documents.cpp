@@ -44,6 +44,19 @@ void clear_base_times(json_t* document) {
   }
 }
 
+void for_each_item(const json_t* json, const std::function<void(std::uint32_t, json_t*)>& visit) {
+  const char* key = nullptr;
+  json_t* member = nullptr;
+  json_object_foreach(const_cast<json_t*>(json), key, member) {
+    for_each_item(member, visit);
+  }
+  size_t index = 0;
+  json_t* element = nullptr;
+  json_array_foreach(json, index, element) {
+    visit(static_cast<std::uint32_t>(json_integer_value(json_object_get(element, "id"))), element);
+  }
+}
+
 std::string first_difference(const json_t* made, const json_t* expected) {
   std::istringstream made_lines(dump(made));
   std::istringstream expected_lines(dump(expected));
