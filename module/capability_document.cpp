@@ -319,7 +319,11 @@ Status KovaDevice::update_IPSO_pkgs(RawMap values, PackageList* list, unsigned i
 
 Status KovaDevice::update_IPSO_pkgs(StringMap texts, PackageList* list, unsigned int id,
                                     const std::string& bn, const std::string& bu) {
-  return update_IPSO_pkgs(0, std::move(texts), list, id, bn, bu);
+  if (texts.empty()) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  JsonList elements(create_json_elements_v(std::move(texts)));
+  return append_elements_if_any(list, &elements, bn, bu, id);
 }
 
 Status KovaDevice::update_IPSO_pkgs(unsigned int base, StringMap texts, PackageList* list,
