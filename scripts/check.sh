@@ -25,7 +25,11 @@ scripts/check_binary.sh build/release
 echo "Running clang-tidy ..."
 quietly cmake --preset clang
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')
-quietly run-clang-tidy-14 -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repository/}"
+if ! run-clang-tidy-14 -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repository/}" \
+  >build/clang/tidy.log 2>&1; then
+  grep -A 4 'error:' build/clang/tidy.log >&2
+  exit 1
+fi
 
 scripts/fuzz.sh 3
 scripts/bench.sh --short

@@ -9,7 +9,7 @@ scripts/install_dependencies.sh test
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1
 
-ran=0
+counts=()
 for preset in dev asan; do
   echo "Building ($preset) ..."
   build_preset "$preset"
@@ -24,6 +24,7 @@ for preset in dev asan; do
     echo "test.sh: ${count:-0} tests ran, $skipped were skipped ($log)" >&2
     exit 1
   fi
-  ran=$((ran + count))
+  counts+=("$count")
 done
-echo "All $ran tests passed: $count plain and $count under AddressSanitizer, UBSan and LeakSanitizer."
+echo "All $((counts[0] + counts[1])) tests passed: ${counts[0]} plain and ${counts[1]} under" \
+  "AddressSanitizer, UBSan and LeakSanitizer."

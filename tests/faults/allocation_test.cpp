@@ -119,7 +119,7 @@ TEST_P(MemoryShortage, ReadIsWholeOrLeavesTheValue) {
     refuse_read(id, preset.get());
   }
   for (const uint32_t id :
-       {0x1414FF01, 0x1415074F, 0x1416075F, 0x141706FF, 0x1418FF01, 0x1419FF00}) {
+       {0x1414FF01U, 0x1415074FU, 0x1416075FU, 0x141706FFU, 0x1418FF01U, 0x1419FF00U}) {
     refuse_read(id, item_presets().at(kPowerSwitch).get());
   }
 }

@@ -147,7 +147,7 @@ class FailingCall : public FaultyMachine, public ::testing::WithParamInterface<b
   // The reads of the memory modules' and the battery's fields, in the order of a start.
   std::vector<Read> record_texts() {
     std::vector<Read> reads;
-    for (const uint32_t module : {1, 2}) {
+    for (const uint32_t module : {1U, 2U}) {
       for (const catalogue::Row& row : sdram::rows()) {
         reads.push_back(record(row.id + module));
       }

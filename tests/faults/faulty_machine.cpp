@@ -24,7 +24,7 @@ JsonOwner preset_for(const json_t* element) {
 FaultyMachine::FaultyMachine() {
   load_reference_machine(&device);
   device.lenient = true;  // other codes fail, as they do on a machine
-  for (const uint32_t code : {0x270000, 0x420000, 0x430000, 0x450000, 0x680000, 0x680005}) {
+  for (const uint32_t code : {0x270000U, 0x420000U, 0x430000U, 0x450000U, 0x680000U, 0x680005U}) {
     device.write_status[code] = 0;
   }
   device.calls.reserve(10'000);  // recording a call takes no memory

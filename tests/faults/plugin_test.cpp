@@ -67,7 +67,7 @@ class PluginRounds : public ::testing::Test {
     for (const uint32_t id : ids) {
       plugin.call<uint32_t>("KovaIoTGetMDValue", id, value.get());
     }
-    for (const uint32_t id : {0x14140B01, 0x14150711, 0x14160711, 0x14170111}) {
+    for (const uint32_t id : {0x14140B01U, 0x14150711U, 0x14160711U, 0x14170111U}) {
       plugin.call<uint32_t>("KovaIoTSetMDValue", id, value.get());
     }
     ASSERT_EQ(plugin.call<uint32_t>("KovaIoTUninitialize"), IOT_STATUS_SUCCESS);
