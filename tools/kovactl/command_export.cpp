@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -23,6 +24,11 @@ double now_seconds() {
 }
 
 SuccessTimes times_in_file(const std::string& file) {
+  // Reading a pipe or a device would wait, for ever perhaps, before it is refused as the output.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) {
+    return {};
+  }
   std::ifstream stream(file);
   std::ostringstream text;
   text << stream.rdbuf();
