@@ -1,0 +1,185 @@
+"""Metrics and SenML: the formats' own rules, and the numbers in them."""
+import os
+import re
+import resource
+import signal
+import stat
+import unittest
+
+from program import FAKE_MODULE, TestCase, run
+
+
+class Exposition:
+    """Types and units by family, values by name and labels, of a text in either format.
+
+    Lines that neither allows fail the test, and so does a sample outside its family's block.
+    """
+    HEADER = re.compile(r"# (TYPE|UNIT|HELP) ([a-z0-9_]+) (.+)")
+    SAMPLE = re.compile(r'([a-z0-9_]+)(\{(?:[a-z]+="(?:[^"\\]|\\.)*",?)+\}) (-?[0-9.e+-]+)')
+
+    def __init__(self, test, text):
+        self.types, self.units, self.values = {}, {}, {}
+        family = None
+        test.assertTrue(text.endswith("\n"))
+        for line in text.removesuffix("# EOF\n").splitlines():
+            if header := self.HEADER.fullmatch(line):
+                key, name, rest = header.groups()
+                if key == "TYPE":
+                    test.assertNotIn(name, self.types, "a split block")
+                    family = name
+                test.assertEqual(name, family)
+                {"TYPE": self.types, "UNIT": self.units, "HELP": {}}[key][name] = rest
+            else:
+                sample = self.SAMPLE.fullmatch(line)
+                test.assertTrue(sample, line)
+                suffix = "_info" if self.types[family] == "info" else ""
+                test.assertEqual(sample[1], family + suffix)
+                test.assertNotIn(sample[1] + sample[2], self.values)
+                self.values[sample[1] + sample[2]] = sample[3]
+
+
+class Export(TestCase):
+    def export(self, *arguments, **options):
+        machine = self.machine(clock={"step_ms": 0}, codes={
+            "0x00240001": {"fail_read": 5}, "0x00250000": 12100, "0x0062000A": 1})
+        result = run([*machine, *arguments], options)
+        self.assertEqual(result.exit_code, 1, result.err)  # for the item that cannot be read
+        return result
+
+
+class Metrics(Export):
+    def test_carry_the_modules_numbers_once_each(self):
+        text = self.export("metrics").out
+        values = Exposition(self, text).values
+        for name, family, package, item, rest, value in (
+            ("voltage_volts", "PoE", "PoE 1", "PoE 1 voltage", '0x14140201"', "12.1"),
+            ("state", "PoE", "PoE 1", "PoE 1 power", '0x14140B01"', "1"),
+            ("value", "PoE", "PoE 1", "PoE 1 class", '0x14140901"', "4"),
+            ("item_read_success", "PoE", "PoE 2", "PoE 2 current", '0x14140402"', "0"),
+            ("current_milliampere", "PoE", "PoE 2", "PoE 2 current", '0x14140402"', None),
+            ("item_read_success", "PoE", "PoE 1", "PoE 1 power", '0x14140B01"', "1"),
+            ("fan_speed_rpm", "TRK-7000", "Onboard fan speeds", "TRK7K OB fan 7", '0x14170317"',
+             "1480"),
+            ("voltage_millivolt", "SMART BATTERY", "SMART BATTERY", "Design Voltage",
+             '0x14190500"', "11100"),
+            ("item_info", "PIC", "Information", "V/P mode", '0x14160603",value="Vehicle mode"',
+             "1"),
+        ):
+            sample = f'kova_{name}{{family="{family}",package="{package}",item="{item}",id="{rest}}}'
+            with self.subTest(sample=sample):
+                self.assertEqual(values.get(sample), value)
+        self.assertIn("IGN status, 48V output: 0=OFF, 1=ON.", text)
+
+    def test_openmetrics_names_end_in_their_units(self):
+        text = self.export("metrics", "--openmetrics").out
+        self.assertTrue(text.endswith("\n# EOF\n"))
+        metrics = Exposition(self, text)
+        self.assertEqual(metrics.types["kova_item"], "info")
+        self.assertEqual(metrics.units["kova_temperature_celsius"], "celsius")
+        for family, unit in metrics.units.items():
+            self.assertTrue(family.endswith("_" + unit), family)
+
+
+class OutputFile(Export):
+    BEFORE = r'''
+kova_item_last_success_timestamp_seconds{item="id=\"0x14140201\"",id="0x14140402"} 1700000000.5
+kova_item_last_success_timestamp_seconds{item="PoE 1 voltage",id="0x14140201"} 1700000000
+kova_item_last_success_timestamp_seconds{id="0x1"} NaN
+kova_item_last_success_timestamp_seconds{id= 1
+'''
+
+    def setUp(self):
+        super().setUp()
+        self.place = self.folder / "collected"
+        self.place.mkdir()
+        self.file = self.place / "kova.prom"
+        self.file.write_text(self.BEFORE)
+
+    def test_is_replaced_whole_and_remembers_the_last_success(self):
+        link = self.place / "link"
+        link.symlink_to("kova.prom")
+        self.export("metrics", "--output", str(link))
+        self.assertTrue(link.is_symlink())
+        text = self.file.read_text()
+        self.assertIn('id="0x14140402"} 1700000000.5\n', text)  # failed now
+        self.assertNotIn('id="0x14140201"} 1700000000\n', text)  # read well now
+        self.assertEqual(stat.S_IMODE(self.file.stat().st_mode), 0o644)
+        self.assertEqual(sorted(os.listdir(self.place)), ["kova.prom", "link"])
+
+    def test_failure_leaves_the_old_file_and_nothing_else(self):
+        os.mkfifo(self.place / "pipe")
+
+        def fill_the_disk():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (4, 4))
+
+        for name, options, reason in (
+            ("no/such", {}, "No such file or directory"),
+            ("pipe", {}, "no plain file"),
+            (".", {}, "no plain file"),
+            ("kova.prom", {"preexec_fn": fill_the_disk}, "File too large"),
+        ):
+            with self.subTest(name=name):
+                result = self.export("metrics", "--output", str(self.place / name), **options)
+                self.assert_one_line(result.err)
+                self.assertIn(reason, result.err)
+        self.assertEqual(run(["--module", "/none", "metrics", "--output", str(self.file)]).exit_code,
+                         2)
+        self.assertEqual(self.file.read_text(), self.BEFORE)
+        self.assertEqual(sorted(os.listdir(self.place)), ["kova.prom", "pipe"])
+
+
+class Senml(Export):
+    # Symbols of the registry, and what one of the module's units is in them.
+    UNITS = {
+        "V": ("V", 1), "mV": ("V", 1e-3), "mA": ("A", 1e-3), "mAh": ("C", 3.6), "Cel": ("Cel", 1),
+        "Celsuis": ("Cel", 1), "RPM": ("1/min", 1), "sec(s)": ("s", 1), "min": ("s", 60),
+        "time(s)": ("count", 1), "cycles": ("count", 1), "G": ("m/s2", 9.80665), "GB": ("B", 2**30),
+        "%": ("/", 0.01), "Ranks": (None, 1), "MT/s": (None, 1), "unit": (None, 1), None: (None, 1),
+    }
+
+    def check_pack(self, pack, items):
+        """Every item that has a value is there once, by the standard's rules for records."""
+        records = {record["n"].rpartition("/")[2]: record for record in pack}
+        self.assertEqual(len(records), len(pack))
+        good = {item["id"][2:]: item for item in items if item["ok"] and item["value"] is not None}
+        self.assertEqual(set(records), set(good))
+        for key, item in good.items():
+            record = records[key]
+            with self.subTest(item=item):
+                self.assertRegex(record["n"], r"\A[A-Za-z0-9][-A-Za-z0-9:./_]*\Z")
+                symbol, factor = self.UNITS[item.get("unit")]
+                if isinstance(item["value"], str):
+                    self.assertEqual(record["vs"], item["value"])
+                elif item["kind"] == "boolean":
+                    self.assertIs(record["vb"], item["value"] != 0)
+                else:
+                    self.assertEqual(record.get("u"), symbol)
+                    self.assertAlmostEqual(record["v"], item["value"] * factor)
+                self.assertEqual(len(record.keys() & {"v", "vs", "vb"}), 1)
+                self.assertEqual(len(record.keys() & {"bn", "bt"}), 2 if record is pack[0] else 0)
+
+    def test_has_the_readings_in_the_registrys_units(self):
+        items = self.export("list", "--json").json["items"]
+        self.assertGreater(len(items), 100)
+        self.assertEqual({item.get("unit") for item in items} | {"unit"}, set(self.UNITS))
+        base = "urn:dev:ow:10e2073a01080063:"
+        pack = self.export("senml", "--base-name", base).json
+        self.check_pack(pack, items)
+        self.assertEqual(pack[0]["bn"], base)
+        self.assertNotIn("14140402", str(pack))  # could not be read
+        charge = next(record for record in pack if record.get("u") == "C")
+        self.assertIsInstance(charge["v"], int)  # no 18720.000000000004
+
+    def test_leaves_out_units_that_nobody_knows(self):
+        fake = f"--module {FAKE_MODULE} "
+        self.check_pack(run(fake + "senml").json, run(fake + "list --json").json["items"])
+
+    def test_takes_one_line_and_the_machines_own_name_if_wanted(self):
+        result = self.export("senml", "--compact")
+        self.assert_one_line(result.out)
+        self.assertRegex(result.json[0]["bn"], r"\A[A-Za-z0-9][-A-Za-z0-9:./_]*:\Z")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,125 @@
+"""Runs the built kovactl, with its output in pipes or on a terminal of its own.
+
+The environment names it: KOVACTL is the program, KOVACTL_VERSION what it should be, and
+KOVACTL_FAKE_MODULE a module that misbehaves.
+"""
+import json
+import os
+import pathlib
+import pty
+import re
+import signal
+import subprocess
+import tempfile
+import termios
+import unittest
+
+PROGRAM = os.environ["KOVACTL"]
+VERSION = os.environ["KOVACTL_VERSION"]
+FAKE_MODULE = os.environ["KOVACTL_FAKE_MODULE"]
+
+
+class Result:
+    def __init__(self, exit_code, out, err):
+        self.exit_code, self.out, self.err = exit_code, out.decode(), err.decode()
+
+    @property
+    def json(self):
+        """stdout, which has to be one JSON document that says nothing twice."""
+        def unique(pairs):
+            if len(dict(pairs)) < len(pairs):
+                raise ValueError(f"a key twice in {pairs}")
+            return dict(pairs)
+        return json.loads(self.out, object_pairs_hook=unique)
+
+
+def run(arguments, options=None, **environment):
+    """Runs the program to its end. `arguments` is a list, or a text that is split at blanks.
+
+    `options` are subprocess.run's own; `environment` is added to the test's.
+    """
+    words = arguments.split() if isinstance(arguments, str) else arguments
+    done = subprocess.run([PROGRAM, *words], env={**os.environ, **environment},
+                          capture_output=True, **(options or {}))
+    return Result(done.returncode, done.stdout, done.stderr)
+
+
+class Terminal:
+    """The program on a pseudo-terminal, 10 rows of 80 columns, for stdin, stdout and stderr.
+
+    A session whose leader ends loses what its terminal has not handed over. So the leader is a
+    process in between, which stays until it is killed. The exit code comes as the last text on the
+    terminal: whoever has seen it has seen all that was shown before.
+    """
+    END = re.compile(rb"\0ended with (-?\d+)\0")
+
+    def __init__(self, *arguments, **environment):
+        self._seen = b""
+        self._leader, self._descriptor = pty.fork()
+        if self._leader == 0:
+            try:
+                self._lead([PROGRAM, *arguments], {**os.environ, **environment})
+            finally:
+                os._exit(1)
+
+    @classmethod
+    def _lead(cls, command, environment):
+        signal.signal(signal.SIGINT, lambda *_: None)  # unlike SIG_IGN not inherited
+        termios.tcsetwinsize(0, (10, 80))
+        exit_code = subprocess.call(command, env=environment)
+        # A terminal drops what is queued for it just after it has sent the signal of a Ctrl-C, and
+        # answers nothing in between: after this answer the end is safe from that.
+        termios.tcgetattr(1)
+        os.write(1, b"\0ended with %d\0" % exit_code)
+        while True:
+            signal.pause()
+
+    @property
+    def screen(self):
+        return self.END.sub(b"", self._seen).decode(errors="replace")
+
+    def _read(self):
+        self._seen += os.read(self._descriptor, 4096)
+
+    def wait_for(self, text):
+        """Reads until `text` has been seen since the start."""
+        while text.encode() not in self._seen:
+            if self.END.search(self._seen):
+                raise AssertionError(f"ended without {text!r}: {self.screen!r}")
+            self._read()
+
+    def press_control_c(self):
+        os.write(self._descriptor, b"\x03")
+
+    def finish(self):
+        """Reads the rest and gives the exit code, or a signal's number, negative."""
+        while not (end := self.END.search(self._seen)):
+            self._read()
+        return int(end[1])
+
+    def close(self):
+        os.close(self._descriptor)  # which hangs up a program that still runs
+        os.kill(self._leader, signal.SIGKILL)
+        os.waitpid(self._leader, 0)
+
+
+class TestCase(unittest.TestCase):
+    """A test with a folder of its own, and terminals that do not outlive it."""
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="kovactl.")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def machine(self, **description):
+        """A description of the built-in machine with changes, and the option that names it."""
+        file = self.folder / "machine.json"
+        file.write_text(json.dumps({"base": "builtin", **description}))
+        return ["--simulate", str(file)]
+
+    def terminal(self, *arguments, **environment):
+        terminal = Terminal(*arguments, **environment)
+        self.addCleanup(terminal.close)
+        return terminal
+
+    def assert_one_line(self, text):
+        self.assertRegex(text, r"\A[^\n]+\n\Z")
