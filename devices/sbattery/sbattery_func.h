@@ -1,5 +1,5 @@
-// SBatteryFunc: the registers of the smart battery (the command set of the Smart Battery Data
-// Specification), turned into texts.
+// SBatteryFunc: the registers of the smart battery, turned into texts. The commands are those of
+// the Smart Battery Data Specification, revision 1.1.
 #pragma once
 
 #include <string>
