@@ -67,9 +67,6 @@ class Terminal:
         signal.signal(signal.SIGINT, lambda *_: None)  # unlike SIG_IGN not inherited
         termios.tcsetwinsize(0, (10, 80))
         exit_code = subprocess.call(command, env=environment)
-        # A terminal drops what is queued for it just after it has sent the signal of a Ctrl-C, and
-        # answers nothing in between: after this answer the end is safe from that.
-        termios.tcgetattr(1)
         os.write(1, b"\0ended with %d\0" % exit_code)
         while True:
             signal.pause()

@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -49,12 +48,6 @@ size_t terminal_rows() {
     return 24;
   }
   return size.ws_row;
-}
-
-void wait_for_terminal() {
-  termios settings{};
-  // The kernel answers only when it is not in the middle of a signal; the answer is not needed.
-  (void)tcgetattr(STDOUT_FILENO, &settings);
 }
 
 bool prefers_utf8() {

@@ -14,10 +14,6 @@ bool is_terminal(int descriptor);
 // Rows of the terminal on stdout; 24 if it does not tell.
 size_t terminal_rows();
 
-// Returns once the terminal is done with a Ctrl-C. It drops what is queued for the screen just
-// after it has sent the signal, which a program that answers at once would lose.
-void wait_for_terminal();
-
 // True if the user's locale encodes text as UTF-8. The environment is looked at, never set.
 bool prefers_utf8();
 

@@ -57,7 +57,6 @@ WatchView::WatchView(std::vector<Item> items, const Painter& paint, bool utf8)
 
 WatchView::~WatchView() {
   if (drawn_lines_ > 0) {
-    wait_for_terminal();
     write_if_possible(STDOUT_FILENO, kShowCursorAndWrapLines);
   }
 }
