@@ -39,13 +39,18 @@ class Watch(TestCase):
         self.assertRegex(program.screen, r"\x1b\[\?7h\x1b\[\?25h(\^C)?\Z", "cursor given back")
 
     def test_shows_what_fits_and_says_so(self):
-        program = self.terminal("--simulate", "watch", "--count", "2", "--interval", "0.05",
-                                NO_COLOR="1", LC_ALL="C")
-        self.assertEqual(program.finish(), 0)
-        self.assertIn("more do not fit", program.screen)
-        self.assertIn("\x1b[9A", program.screen, "one row less than the terminal has")
-        self.assertNotRegex(program.screen, r"\x1b\[[0-9;]*m", "colour")
-        self.assertNotIn("▁", program.screen, "UTF-8 where the user has none")
+        # The title and the cursor take two of the ten rows, the note another.
+        ids = [f"0x14140{kind}{port:02}" for kind in ("2", "4", "B") for port in (1, 2, 3, 4)]
+        for items, note in ((ids[:8], None), (ids[:9], "\r2 more do not fit"),
+                            ([], "more do not fit")):
+            program = self.terminal("--simulate", "watch", *items, "--count", "2", "--interval",
+                                    "0.05", NO_COLOR="1", LC_ALL="C")
+            self.assertEqual(program.finish(), 0)
+            self.assertIn(note or "", program.screen)
+            self.assertEqual("more do not fit" in program.screen, note is not None)
+            self.assertIn("\x1b[9A", program.screen, "one row less than the terminal has")
+            self.assertNotRegex(program.screen, r"\x1b\[[0-9;]*m", "colour")
+            self.assertNotIn("▁", program.screen, "UTF-8 where the user has none")
 
 
 class OnTerminal(TestCase):
