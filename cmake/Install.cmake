@@ -7,7 +7,7 @@ set(build_support ${CMAKE_CURRENT_LIST_DIR})
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/KovaIoT)
 set(generated_folder ${PROJECT_BINARY_DIR}/install)
 
-install(FILES module/kova_iot.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(FILES include/kova_iot.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 
 # find_package(KovaIoT)
 set(include_folder ${CMAKE_INSTALL_INCLUDEDIR})

@@ -5,9 +5,9 @@
 #include <cmath>
 
 #include "commands.h"
+#include "include/kova_iot.h"
 #include "json_report.h"
 #include "json_writer.h"
-#include "module/kova_iot.h"
 #include "output.h"
 #include "set_value.h"
 #include "status_text.h"

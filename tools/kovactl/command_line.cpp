@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "errors.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "text_value.h"
 
 namespace kovactl {

@@ -7,8 +7,8 @@
 #include <cstdlib>
 
 #include "errors.h"
+#include "include/kova_iot.h"
 #include "locations.h"
-#include "module/kova_iot.h"
 #include "progress.h"
 #include "status_text.h"
 
