@@ -28,6 +28,27 @@ void visit_readable(const ReadEntry& get_func, RawMap& codes, unsigned int first
   }
 }
 
+// The same for the items' texts. A family's texts are read together, one for any of them, after its
+// presence; an empty one counts as none.
+template <typename Visit>
+Status visit_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                   const Visit& visit) {
+  if (get_func == nullptr) {
+    return IOT_STATUS_NOT_READY;
+  }
+  if (!is_available(get_func, codes, table.rows().front().id)) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  Status status = IOT_STATUS_READ_FAILED;
+  visit_readable(get_func, codes, texts.first, texts.end, [&](unsigned int id, unsigned int raw) {
+    if (std::string text = table.find(id)->text(raw); !text.empty()) {
+      status = IOT_STATUS_SUCCESS;
+      visit(id, std::move(text));
+    }
+  });
+  return status;
+}
+
 }  // namespace
 
 StringMap name_map(std::span<const Row> rows) {
@@ -120,27 +141,35 @@ void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int prese
                  [out](unsigned int id, unsigned int raw) { (*out)[id] = raw; });
 }
 
-Status read_texts(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
-                  unsigned int first, unsigned int end, TextFormat format, StringMap* out) {
-  if (get_func == nullptr) {
-    return IOT_STATUS_NOT_READY;
+Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                  StringMap* out) {
+  StringMap made;
+  const Status status =
+      visit_texts(get_func, codes, table, texts,
+                  [&](unsigned int id, std::string&& text) { made.emplace(id, std::move(text)); });
+  if (status == IOT_STATUS_SUCCESS) {
+    *out = std::move(made);
   }
-  if (!is_available(get_func, codes, presence_id)) {
-    return IOT_STATUS_READ_FAILED;
+  return status;
+}
+
+Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                    unsigned int id, json_t* value) {
+  std::string wanted;
+  const Status status =
+      visit_texts(get_func, codes, table, texts, [&](unsigned int read, std::string&& text) {
+        if (read == id) {
+          wanted = std::move(text);
+        }
+      });
+  if (status != IOT_STATUS_SUCCESS) {
+    return status;
   }
-  StringMap texts;
-  bool any_read = false;
-  visit_readable(get_func, codes, first, end, [&](unsigned int id, unsigned int raw) {
-    any_read = true;
-    if (std::string text = format(id, raw); !text.empty()) {
-      texts.emplace(id, std::move(text));
-    }
-  });
-  if (!any_read) {
-    return IOT_STATUS_READ_FAILED;
+  if (wanted.empty()) {
+    return IOT_STATUS_NOT_FOUND;
   }
-  *out = std::move(texts);
-  return out->empty() ? IOT_STATUS_READ_FAILED : IOT_STATUS_SUCCESS;
+  json_string_set(value, wanted.c_str());
+  return IOT_STATUS_SUCCESS;
 }
 
 }  // namespace catalogue

@@ -136,7 +136,8 @@ struct Sheet {
       packages{};  ///< in the document's order; none of a family with instances
   std::optional<Instances> instances{};
   std::string_view second_family{};  ///< where the document shows packages again
-  std::string_view note{};           ///< for docs/items.md
+  unsigned int second_family_id = 0;
+  std::string_view note{};  ///< for docs/items.md
 };
 
 }  // namespace catalogue

@@ -11,7 +11,7 @@
 namespace {
 
 text_item::Family items() {
-  return {.family_id = item_id::kSmartBattery,
+  return {.family_id = sbattery::kFamily,
           .rows = sbattery::rows(),
           .names = Device_SBATTERY::device_name_map,
           .units = Device_SBATTERY::unit_map,
@@ -57,7 +57,7 @@ Status Device_SBATTERY::get_value_by_id(const unsigned int& id, json_t* value) c
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
   }
-  if (item_id::family(id) != item_id::kSmartBattery) {
+  if (item_id::family(id) != sbattery::kFamily) {
     return IOT_STATUS_READ_FAILED;
   }
   std::string text;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "devices/sbattery/sbattery_items.h"
 #include "framework/catalogue.h"
 #include "framework/device_library.h"
 #include "framework/status.h"
@@ -17,6 +18,9 @@ class SBatteryFunc;
 /// ignored by single reads and elements.
 class Device_SBATTERY {
  public:
+  static constexpr unsigned int kFamily = sbattery::kFamily;
+  static const catalogue::Sheet& sheet() { return sbattery::kSheet; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static StringMap device_name_map;
   static StringMap unit_map;
@@ -43,6 +47,12 @@ class Device_SBATTERY {
   /// Reads the battery afresh and returns a copy of its 18 fields by item ID. A field that cannot
   /// be read is "N/A".
   StringMap get_info_map();
+
+  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
+  template <typename Visit>
+  void visit_packages(const Visit& visit) {
+    visit(kFamily, get_info_map());
+  }
 
   /// Adds one field to `*map`, "N/A" when it cannot be read; an entry already there stays. The
   /// decoder's status.

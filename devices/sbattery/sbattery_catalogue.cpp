@@ -4,7 +4,6 @@
 
 #include "devices/sbattery/device_sbattery.h"
 #include "devices/sbattery/sbattery_items.h"
-#include "framework/item_id.h"
 
 namespace {
 
@@ -155,20 +154,7 @@ constexpr std::array kRows{
         .note = "error bits 3..0 of BatteryStatus: 0x7"},
 };
 
-constexpr std::array kPackages{Package{.id = item_id::kSmartBattery, .span = 0x10000}};
-
-constexpr catalogue::Sheet kSheet{
-    .name = "SMART BATTERY",
-    .title = "Smart battery",
-    .id = item_id::kSmartBattery,
-    .presence_code = 0xB00000,
-    .present_when_readable = true,
-    .rows = kRows,
-    .packages = kPackages,
-    .note =
-        R"(A field that cannot be read is "N/A" in the document, or 0 where it is a number. Codes are `0xB00000`
-and the Smart Battery Data command, except those of the manufacturer's name and the state of
-health.)"};
+constexpr std::array kPackages{Package{.id = sbattery::kFamily, .span = 0x10000}};
 
 void assign_each(const StringMap& from, StringMap* to) {
   for (const auto& [id, text] : from) {
@@ -183,9 +169,18 @@ StringMap Device_SBATTERY::device_name_map;
 StringMap Device_SBATTERY::unit_map;
 RangeMap Device_SBATTERY::bound_map;
 
-const catalogue::Sheet& sbattery::sheet() {
-  return kSheet;
-}
+constinit const catalogue::Sheet sbattery::kSheet{
+    .name = "SMART BATTERY",
+    .title = "Smart battery",
+    .id = sbattery::kFamily,
+    .presence_code = 0xB00000,
+    .present_when_readable = true,
+    .rows = kRows,
+    .packages = kPackages,
+    .note =
+        R"(A field that cannot be read is "N/A" in the document, or 0 where it is a number. Codes are `0xB00000`
+and the Smart Battery Data command, except those of the manufacturer's name and the state of
+health.)"};
 
 std::span<const Row> sbattery::rows() {
   return kRows;

@@ -7,6 +7,8 @@
 
 namespace sbattery {
 
+inline constexpr unsigned int kFamily = 0x14190000;
+
 inline constexpr unsigned int kBatteryStatus = 0x14190100;
 inline constexpr unsigned int kManufacturerName = 0x14190200;
 inline constexpr unsigned int kManufacturerDate = 0x14190300;
@@ -29,6 +31,6 @@ inline constexpr unsigned int kErrorCodes = 0x14191200;
 /// All fields, in the order in which they are read.
 std::span<const catalogue::Row> rows();
 
-const catalogue::Sheet& sheet();
+extern const catalogue::Sheet kSheet;
 
 }  // namespace sbattery

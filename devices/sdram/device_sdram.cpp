@@ -11,7 +11,7 @@
 namespace {
 
 text_item::Family items() {
-  return {.family_id = item_id::kSdram,
+  return {.family_id = sdram::kFamily,
           .rows = sdram::rows(),
           .names = Device_SDRAM::device_name_map,
           .units = Device_SDRAM::unit_map,
@@ -61,11 +61,11 @@ Status Device_SDRAM::get_value_by_id(unsigned int id, json_t* value) const {
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
   }
-  if (item_id::family(id) != item_id::kSdram) {
+  if (item_id::family(id) != sdram::kFamily) {
     return IOT_STATUS_READ_FAILED;
   }
   // Module number 0 wraps to an index whose low four bits name module 15.
-  const unsigned int module = item_id::unit_number(id) - 1;
+  const unsigned int module = item_id::instance(id) - 1;
   std::string text;
   const Status status = decoder_->GetRamIndexInfo(module, item_id::group(id), text);
   if (status == IOT_STATUS_SUCCESS) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "devices/sdram/sdram_items.h"
 #include "framework/catalogue.h"
 #include "framework/device_library.h"
 #include "framework/status.h"
@@ -19,6 +20,9 @@ class SdRamFunc;
 /// device library.
 class Device_SDRAM {
  public:
+  static constexpr unsigned int kFamily = sdram::kFamily;
+  static const catalogue::Sheet& sheet() { return sdram::kSheet; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static StringMap device_name_map;
   static StringMap unit_map;

@@ -4,7 +4,6 @@
 
 #include "devices/sdram/device_sdram.h"
 #include "devices/sdram/sdram_items.h"
-#include "framework/item_id.h"
 #include "framework/load_time.h"
 
 namespace {
@@ -102,10 +101,15 @@ constexpr std::array kRows{
 constexpr std::array kModuleCounts{Count{.code = kModuleCount}};
 
 // The module number has eight bits in an item ID; the library tells sixteen modules apart.
-constexpr catalogue::Sheet kSheet{
+
+}  // namespace
+
+ReadEntry Device_SDRAM::get_func = nullptr;
+
+constinit const catalogue::Sheet sdram::kSheet{
     .name = "SDRAM",
     .title = "Memory modules",
-    .id = item_id::kSdram,
+    .id = sdram::kFamily,
     .presence_code = kModuleCount,
     .rows = kRows,
     .instances = catalogue::Instances{.word = "module",
@@ -116,14 +120,6 @@ constexpr catalogue::Sheet kSheet{
     .note =
         R"(The library tells sixteen modules apart. A field that cannot be read is "N/A" in the document, or
 0 where it is a number.)"};
-
-}  // namespace
-
-ReadEntry Device_SDRAM::get_func = nullptr;
-
-const catalogue::Sheet& sdram::sheet() {
-  return kSheet;
-}
 
 std::span<const Row> sdram::rows() {
   return kRows;

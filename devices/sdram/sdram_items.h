@@ -7,6 +7,8 @@
 
 namespace sdram {
 
+inline constexpr unsigned int kFamily = 0x14180000;
+
 inline constexpr unsigned int kMemoryType = 0x14180100;
 inline constexpr unsigned int kModuleType = 0x14180200;
 inline constexpr unsigned int kModuleSize = 0x14180300;
@@ -25,6 +27,6 @@ inline constexpr unsigned int kSpecificData = 0x14182100;
 /// All fields, in the order in which they are read.
 std::span<const catalogue::Row> rows();
 
-const catalogue::Sheet& sheet();
+extern const catalogue::Sheet kSheet;
 
 }  // namespace sdram

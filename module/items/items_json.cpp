@@ -254,7 +254,7 @@ json_t* family_of(const Sheet& sheet) {
 std::string items_json() {
   const JsonOwner document(
       json_pack("{s:i, s:s, s:[]}", "format", 1, "release", KOVA_IOT_VERSION, "families"));
-  for (const Sheet* sheet : family_sheets()) {
+  for (const Sheet* sheet : families::sheets()) {
     json_array_append_new(json_object_get(document.get(), "families"), family_of(*sheet));
   }
   const std::unique_ptr<char, decltype(&std::free)> text(

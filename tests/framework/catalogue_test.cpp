@@ -85,26 +85,34 @@ TEST(Catalogue, BulkReadSkipsWhatFailsAndAsksForPresenceFirst) {
   EXPECT_EQ(out, (RawMap{{99, 99}}));
 }
 
+std::string text_unless_zero(unsigned int word) {
+  return word != 0 ? "text" : "";
+}
+
 TEST(Catalogue, TextsOfInformationItems) {
+  using catalogue::Row;
+  static constexpr catalogue::Shape kText{.role = catalogue::Role::kIdentity,
+                                          .kind = catalogue::Kind::kText};
+  static constexpr std::array kRows{
+      Row{.id = kPresence, .code = 0x600008},
+      Row{.id = kPresence + 1, .code = 0x10, .as = kText, .text = text_unless_zero},
+      Row{.id = kPresence + 2, .code = 0x11, .as = kText, .text = text_unless_zero}};
+  static constexpr catalogue::RowTable kTable(kRows);
+  constexpr catalogue::Ids kTexts{.first = kPresence + 1, .end = kPresence + 3};
   DeviceDouble device;
   device.values = {{0x600008, 1}, {0x10, 1}, {0x11, 0}};
-  RawMap raw_ids{{kPresence, 0x600008}, {1, 0x10}, {2, 0x11}};
-  const auto format = [](unsigned int, unsigned int raw) {
-    return raw != 0 ? std::string("text") : std::string();
-  };
-  const ReadEntry none = nullptr;
-  const ReadEntry entry = &DeviceDouble::get;
+  RawMap codes = catalogue::code_map(kRows);
   StringMap out{{9, "kept"}};
-  EXPECT_EQ(catalogue::read_texts(none, raw_ids, kPresence, 1, 3, format, &out),
-            IOT_STATUS_NOT_READY);
+  const auto read = [&](ReadEntry entry) {
+    return catalogue::read_texts(entry, codes, kTable, kTexts, &out);
+  };
+  EXPECT_EQ(read(nullptr), IOT_STATUS_NOT_READY);
   device.values[0x600008] = 0;
-  EXPECT_EQ(catalogue::read_texts(entry, raw_ids, kPresence, 1, 3, format, &out),
-            IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(read(&DeviceDouble::get), IOT_STATUS_READ_FAILED);
   EXPECT_EQ(out, (StringMap{{9, "kept"}}));
   device.values[0x600008] = 1;
-  EXPECT_EQ(catalogue::read_texts(entry, raw_ids, kPresence, 1, 3, format, &out),
-            IOT_STATUS_SUCCESS);
-  EXPECT_EQ(out, (StringMap{{1, "text"}}));  // an empty text is not stored
+  EXPECT_EQ(read(&DeviceDouble::get), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(out, (StringMap{{kPresence + 1, "text"}}));  // an empty text is not stored
 }
 
 // Relations that a mistyped row breaks, over all families with catalogue maps.

@@ -54,7 +54,8 @@ TEST(IoTJsonUtility, WhatJanssonRefusesMakesNoElement) {
 TEST(IoTJsonUtility, KeysAreAddedOnlyToAnObjectThatHasSome) {
   const JsonOwner empty(json_object());
   EXPECT_EQ(IoTJsonUtility::update_json_object(empty.get(), "u", "mA"), IOT_STATUS_JSON_ERROR);
-  EXPECT_EQ(IoTJsonUtility::extend_json_object(empty.get(), "{s:o}", "k", json_string("v")),
+  const JsonOwner kept(json_string("v"));  // a refusal takes over no reference
+  EXPECT_EQ(IoTJsonUtility::extend_json_object(empty.get(), "{s:o}", "k", kept.get()),
             IOT_STATUS_JSON_ERROR);
   EXPECT_EQ(json_object_size(empty.get()), 0U);
   EXPECT_EQ(IoTJsonUtility::update_json_object(nullptr, "u", 1), IOT_STATUS_JSON_ERROR);
