@@ -1,6 +1,7 @@
 // Catalogue maps and the lookups and raw reads over them.
 #include "framework/catalogue.h"
 
+#include <bit>
 #include <utility>
 
 namespace catalogue {
@@ -61,11 +62,15 @@ StringMap option_map(std::span<const Row> rows) {
   return text_column(rows, &Row::options);
 }
 
+// Searched at every read, so inserted level by level, which makes a balanced tree: in ascending
+// order the last items, the busiest ones, would come to lie deepest.
 RawMap code_map(std::span<const Row> rows) {
   RawMap map;
-  for (const Row& row : rows) {
-    if (row.code) {
-      map.emplace(row.id, *row.code);
+  for (std::size_t step = std::bit_ceil(rows.size()); step != 0; step /= 2) {
+    for (std::size_t at = step - 1; at < rows.size(); at += 2 * step) {
+      if (rows[at].code) {
+        map.emplace(rows[at].id, *rows[at].code);
+      }
     }
   }
   return map;

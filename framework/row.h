@@ -17,7 +17,7 @@ struct Bounds {
 };
 
 /// What an item is to its reader.
-enum class Role {
+enum class Role : std::uint8_t {
   kNone,      ///< not published: a heading, the presence item, a view that only the module uses
   kIdentity,  ///< fixed for the machine: versions, serial numbers, module data
   kReading,   ///< measured, moves by itself
@@ -27,10 +27,10 @@ enum class Role {
 };
 
 /// The JSON kind: "bv", or "v" with an integer or a real, or "sv".
-enum class Kind { kNone, kSwitch, kInteger, kReal, kText };
+enum class Kind : std::uint8_t { kNone, kSwitch, kInteger, kReal, kText };
 
 /// Which part of the raw word counts.
-enum class Word {
+enum class Word : std::uint8_t {
   kWhole,              ///< 32 bits, unsigned
   kSigned,             ///< 32 bits in two's complement
   kLowByteInDocument,  ///< the document takes bits 7..0, a single read all

@@ -21,7 +21,8 @@ struct Ids {
 /// each other do not compile.
 class RowTable {
  public:
-  explicit consteval RowTable(std::span<const Row> rows) : rows_(rows) {
+  explicit consteval RowTable(std::span<const Row> rows)
+      : rows_(rows), base_(rows.front().id & ~kKeyMask) {
     check(rows);
     places_.fill(kNone);
     for (std::uint8_t place = 0; place < rows.size(); ++place) {
@@ -42,7 +43,7 @@ class RowTable {
   /// The row by which the family treats `id`: its own, or that of the heading in whose block it
   /// lies. Null when no item of this kind is known.
   [[nodiscard]] constexpr const Row* find(unsigned int id) const {
-    const bool in_reach = (id & ~kKeyMask) == (rows_.front().id & ~kKeyMask);
+    const bool in_reach = (id & ~kKeyMask) == base_;
     const std::uint8_t place = in_reach ? places_[key(id)] : kNone;
     return place != kNone ? &rows_[place] : nullptr;
   }
@@ -70,6 +71,7 @@ class RowTable {
   static constexpr unsigned int key(unsigned int id) { return id & kKeyMask; }
 
   std::span<const Row> rows_;
+  unsigned int base_;  // bits 31..12 of the IDs
   std::array<std::uint8_t, kKeyMask + 1> places_{};
 };
 

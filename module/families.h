@@ -41,7 +41,13 @@ constexpr void visit_all(const Visit& visit) {
   std::apply([&](const auto&... family) { (visit(family), ...); }, kAll);
 }
 
-/// The same in the order of `rank(family)`: 1, 2, ...
+/// Asks the families in the order of the document until `take(family)` is true of one.
+template <typename Take>
+constexpr bool any_of(const Take& take) {
+  return std::apply([&](const auto&... family) { return (take(family) || ...); }, kAll);
+}
+
+/// Calls `visit` with each family in the order of `rank(family)`: 1, 2, ...
 template <typename Rank, typename Visit>
 constexpr void visit_by(const Rank& rank, const Visit& visit) {
   for (unsigned int next = 1; next <= kCount; ++next) {

@@ -46,11 +46,13 @@ bool KovaDevice::is_available() {
 template <typename Call>
 Status KovaDevice::route(unsigned int id, const Call& call) {
   Status status = IOT_STATUS_UNSUPPORTED;
-  families::visit_all([&](const auto& family) {
+  families::any_of([&](const auto& family) {
     using Device = AdapterOf<decltype(family)>;
-    if (item_id::family(id) == Device::kFamily) {
+    const bool is_its = item_id::family(id) == Device::kFamily;
+    if (is_its) {
       status = call(adapter<Device>());
     }
+    return is_its;
   });
   return status;
 }

@@ -44,15 +44,11 @@ constexpr Row fan_speed(unsigned int id, std::string_view name, unsigned int cod
 // A version word holds a letter in bits 23..16, the major number in 15..8 and the minor in 7..0:
 // 0x00560102 is V1.2. The EC type's middle number is hexadecimal.
 std::string version_text(unsigned int word, int major_base) {
-  std::array<char, 8> digits{};
-  std::string text(1, static_cast<char>((word >> 16U) & 0xFFU));
-  const auto major =
-      std::to_chars(digits.begin(), digits.end(), (word >> 8U) & 0xFFU, major_base).ptr;
-  text.append(digits.begin(), major);
-  text += '.';
-  const auto minor = std::to_chars(digits.begin(), digits.end(), word & 0xFFU).ptr;
-  text.append(digits.begin(), minor);
-  return text;
+  std::array<char, 8> text{static_cast<char>((word >> 16U) & 0xFFU)};
+  char* end = std::to_chars(&text[1], text.end(), (word >> 8U) & 0xFFU, major_base).ptr;
+  *end = '.';
+  end = std::to_chars(end + 1, text.end(), word & 0xFFU).ptr;
+  return {text.begin(), end};
 }
 
 std::string version(unsigned int word) {
