@@ -8,11 +8,6 @@
 namespace catalogue {
 namespace {
 
-double real_of(const Shape& as, unsigned int raw) {
-  const double word = as.word == Word::kSigned ? static_cast<int>(raw) : double{0} + raw;
-  return word * as.scale + as.offset;
-}
-
 // The largest temperature word, 429,496,729.5 K, still fits an int.
 int truncated_of(const Shape& as, unsigned int raw) {
   return static_cast<int>(real_of(as, raw));

@@ -1,32 +1,82 @@
-// Items whose reading is a text: the family's rows say whether it is published as a string, an
-// integer or a real.
+// Items whose reading is a text: the family's rows say which words it is decoded from, and whether
+// it is published as a string, an integer or a real.
 #pragma once
 
 #include <jansson.h>
 
+#include <array>
+#include <cstdint>
 #include <span>
 #include <string>
 
 #include "framework/catalogue.h"
 #include "framework/status.h"
+#include "framework/word_reader.h"
 
 namespace text_item {
 
-/// What stands in a map of readings for one that could not be made.
+/// What stands for a text that could not be made.
 inline constexpr const char* kNotAvailable = "N/A";
 
-/// A family of such items. Rows and maps are keyed by item ID with bits 7..0 clear.
+/// Where the row of a group (bits 15..8 of an ID) stands, or 255.
+using Places = std::array<std::uint8_t, 256>;
+
+/// A family of such items, or fields. Rows and maps are keyed by field ID: an item ID with bits
+/// 7..0 clear. There is one row a group.
 struct Family {
-  unsigned int family_id;
-  std::span<const catalogue::Row> rows;
-  StringMap& names;  ///< an unknown ID gains an empty name
+  const catalogue::Sheet& sheet;
+  Places places;         ///< of the sheet's rows
+  Status no_such_field;  ///< what a field ID without a row reads as
+  StringMap& names;      ///< an unknown ID gains an empty name
   const StringMap& units;
   const RangeMap& bounds;
 };
 
-/// Sets the caller's value from an item's text: numbers as text_number.h reads them, strings up to
-/// the first NUL. A value of another JSON type, and a string that is not UTF-8, leave it as it is.
-void set_value(const Family& family, unsigned int id, const std::string& text, json_t* value);
+constexpr Places places_of(std::span<const catalogue::Row> rows) {
+  Places places{};
+  places.fill(UINT8_MAX);
+  for (std::size_t place = 0; place < rows.size(); ++place) {
+    places.at((rows[place].id >> 8) & 0xFFU) = static_cast<std::uint8_t>(place);
+  }
+  return places;
+}
+
+/// True when each row tells how it is read: a code, and for a text of several words its decoder.
+constexpr bool are_readable(std::span<const catalogue::Row> rows) {
+  for (const catalogue::Row& row : rows) {
+    const bool is_text = row.as.kind == catalogue::Kind::kText;
+    const bool is_number =
+        row.as.kind == catalogue::Kind::kInteger || row.as.kind == catalogue::Kind::kReal;
+    const bool takes_more = row.words != 1 || row.asks_first.has_value();
+    if (!row.code || !(is_text || is_number) || takes_more != (row.decode != nullptr) ||
+        (is_number && (takes_more || row.text != nullptr))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Decodes a field of the family to its text. A failed read gives the device library's own code
+/// and leaves `out`.
+Status decode(const Family& family, const WordReader& device, unsigned int field_id,
+              std::string& out);
+
+/// As above, with "N/A" where there is no text.
+Status read_text(const Family& family, const WordReader& device, unsigned int field_id,
+                 std::string& out);
+
+/// Adds a field's text to `*map`, "N/A" when it cannot be read; an entry already there stays.
+Status add_text(const Family& family, const WordReader& device, unsigned int field_id,
+                StringMap* map);
+
+/// Reads a field that is a real. IOT_STATUS_UNDEFINED_ITEM for another; `*number` is then, and
+/// after a failed read, as it was.
+Status read_real(const Family& family, const WordReader& device, unsigned int field_id,
+                 double* number);
+
+/// Reads an item into the caller's value: a number as its text would read, a string up to its first
+/// NUL. A value of another JSON type, and a string that is not UTF-8, leave it as it is.
+Status read_value(const Family& family, const WordReader& device, unsigned int id, json_t* value);
 
 /// Makes the read-only element of an item, its ending included. `text` is looked at only for an ID
 /// of this family. `*out` receives the caller's reference, or null with IOT_STATUS_JSON_ERROR

@@ -49,6 +49,14 @@ std::string To_String(double value) {
   return written(value, std::chars_format::general, kSignificantDigits);
 }
 
+std::string hexadecimal(unsigned int value, std::size_t least) {
+  NumberBuffer buffer{};
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, 16);
+  std::string text(buffer.data(), result.ptr);
+  text.insert(0, least - std::min(least, text.size()), '0');
+  return text;
+}
+
 double to_six_digits(double value) {
   if (value == 0) {
     return value;

@@ -2,8 +2,6 @@
 // chosen one that writes decimal commas.
 #pragma once
 
-#include <array>
-#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -18,13 +16,8 @@ std::string To_String(short value);
 template <>
 std::string To_String(double value);
 
-/// Unsigned numbers by a printf format, 31 characters at most.
-template <typename... Numbers>
-std::string formatted(const char* format, Numbers... numbers) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), format, numbers...);
-  return text.data();
-}
+/// Hexadecimal digits, at least so many: "05".
+std::string hexadecimal(unsigned int value, std::size_t least = 1);
 
 /// The decimal number at the start of `text`, after blanks and a sign; what follows it is ignored.
 /// 0 when there is none ("N/A"), or when it lies beyond the range of double.

@@ -1,24 +1,10 @@
 // The smart-battery adapter: the decoder's texts as a map, single values and elements.
 #include "devices/sbattery/device_sbattery.h"
 
-#include <utility>
-
 #include "devices/sbattery/sbattery_func.h"
 #include "devices/sbattery/sbattery_items.h"
 #include "framework/item_id.h"
 #include "framework/text_item.h"
-
-namespace {
-
-text_item::Family items() {
-  return {.family_id = sbattery::kFamily,
-          .rows = sbattery::rows(),
-          .names = Device_SBATTERY::device_name_map,
-          .units = Device_SBATTERY::unit_map,
-          .bounds = Device_SBATTERY::bound_map};
-}
-
-}  // namespace
 
 Device_SBATTERY::Device_SBATTERY() : decoder_(std::make_unique<SBatteryFunc>(get_func)) {
   init_device_name_map();
@@ -34,7 +20,7 @@ bool Device_SBATTERY::is_available() const {
 
 Status Device_SBATTERY::update_info() {
   Status status = IOT_STATUS_SUCCESS;
-  for (const catalogue::Row& row : sbattery::rows()) {
+  for (const catalogue::Row& row : sbattery::kSheet.rows) {
     status = get_info_to_map_single(&info_, row.id);
   }
   return status;
@@ -47,10 +33,7 @@ StringMap Device_SBATTERY::get_info_map() {
 }
 
 Status Device_SBATTERY::get_info_to_map_single(StringMap* map, const unsigned int& id) const {
-  std::string text;
-  const Status status = decoder_->GetBatteryInfo(id, text);
-  map->emplace(id, status == IOT_STATUS_SUCCESS ? std::move(text) : text_item::kNotAvailable);
-  return status;
+  return text_item::add_text(sbattery::kItems, decoder_->device(), id, map);
 }
 
 Status Device_SBATTERY::get_value_by_id(const unsigned int& id, json_t* value) const {
@@ -60,16 +43,12 @@ Status Device_SBATTERY::get_value_by_id(const unsigned int& id, json_t* value) c
   if (item_id::family(id) != sbattery::kFamily) {
     return IOT_STATUS_READ_FAILED;
   }
-  std::string text;
-  const Status status = decoder_->GetBatteryInfo(item_id::group(id), text);
-  if (status == IOT_STATUS_SUCCESS) {
-    text_item::set_value(items(), id, text, value);
-  }
-  return status;
+  return text_item::read_value(sbattery::kItems, decoder_->device(), id, value);
 }
 
 Status Device_SBATTERY::create_json_element(const unsigned int& id, void* data, json_t** out) {
-  return text_item::create_element(items(), id, static_cast<const std::string*>(data), out);
+  return text_item::create_element(sbattery::kItems, id, static_cast<const std::string*>(data),
+                                   out);
 }
 
 std::string Device_SBATTERY::get_name_by_id(const unsigned int& id) {

@@ -124,8 +124,8 @@ void add_range(json_t* item, const Row& row) {
 }
 
 void add_conversion(json_t* item, const Row& row) {
-  if (row.as.scale != 1) {
-    add_number(item, "scale", row.as.scale);
+  if (step_of(row.as) != 1) {
+    add_number(item, "scale", step_of(row.as));
   }
   if (row.as.offset != 0) {
     add_number(item, "offset", row.as.offset);

@@ -148,11 +148,11 @@ class FailingCall : public FaultyMachine, public ::testing::WithParamInterface<b
   std::vector<Read> record_texts() {
     std::vector<Read> reads;
     for (const uint32_t module : {1U, 2U}) {
-      for (const catalogue::Row& row : sdram::rows()) {
+      for (const catalogue::Row& row : sdram::kSheet.rows) {
         reads.push_back(record(row.id + module));
       }
     }
-    for (const catalogue::Row& row : sbattery::rows()) {
+    for (const catalogue::Row& row : sbattery::kSheet.rows) {
       reads.push_back(record(row.id));
     }
     return reads;

@@ -10,7 +10,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   word_stream::use(data, size);
   const SBatteryFunc decoder(word_stream::read);
-  for (const catalogue::Row& row : sbattery::rows()) {
+  for (const catalogue::Row& row : sbattery::kSheet.rows) {
     std::string text = "what an earlier field has left";
     const Status status = decoder.GetBatteryInfo(row.id, text);
     FUZZ_EXPECT(status == IOT_STATUS_SUCCESS || status == IOT_STATUS_NOT_FOUND ||

@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   word_stream::use(data, size);
   const unsigned int module = word_stream::take_byte();
   const SdRamFunc decoder(word_stream::read);
-  for (const catalogue::Row& row : sdram::rows()) {
+  for (const catalogue::Row& row : sdram::kSheet.rows) {
     std::string text;
     const Status status = decoder.GetRamIndexInfo(module, row.id, text);
     check(row, status, text);
