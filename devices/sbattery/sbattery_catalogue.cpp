@@ -52,7 +52,7 @@ Status charging_state(const Row& row, const WordReader& device, std::string& out
     out = "AC Power";  // nothing flows: the machine runs on external power
     return IOT_STATUS_SUCCESS;
   }
-  word = 0;
+  // Into the variable of the current, which stands for a status that is not stored.
   const Status status = device.read(*row.code, &word);
   if (status == IOT_STATUS_SUCCESS) {
     out = (word & kDischarging) != 0 ? "Discharging" : "Charging";

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "devices/sbattery/device_sbattery.h"
+#include "devices/sbattery/sbattery_func.h"
 #include "devices/sbattery/sbattery_items.h"
 #include "tests/support/reference_machine.h"
 
@@ -45,6 +46,23 @@ TEST_F(BatteryTest, IsPresentWhenTheProbeIsAnswered) {
   EXPECT_EQ(adapter_.get_value_by_id(0x14180101, nullptr), IOT_STATUS_NOT_READY);
   Device_SBATTERY::get_func = nullptr;
   EXPECT_FALSE(Device_SBATTERY().is_available());
+}
+
+// Of -1 mA bit 6 is set, of -200 mA it is not.
+TEST_F(BatteryTest, AStatusThatIsNotStoredIsTheCurrents) {
+  static std::uint32_t current;
+  const SBatteryFunc decoder([](std::uint32_t code, std::uint32_t* word) {
+    *word = code == kBase + 0x0A ? current : *word;
+    return IOT_STATUS_SUCCESS;
+  });
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {0xFFFF, "Discharging"}, {0xFF38, "Charging"}, {0, "AC Power"}};
+  for (const auto& [word, state] : cases) {
+    current = word;
+    std::string text;
+    EXPECT_EQ(decoder.getBatteryStatus(text), IOT_STATUS_SUCCESS);
+    EXPECT_EQ(text, state) << word;
+  }
 }
 
 TEST_F(BatteryTest, ASecondAdapterKeepsTheCatalogue) {
