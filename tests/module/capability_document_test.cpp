@@ -1,6 +1,7 @@
 // The capability document of the reference machine and of machines that lack something.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
 
 #include "framework/json_owner.h"
@@ -123,6 +124,8 @@ TEST_F(CapabilityDocument, AGarbledModuleCountCannotHangTheStart) {
   const auto modules = keys(json_object_get(made.get(), "SDRAM"));
   ASSERT_EQ(modules.size(), 255U);
   EXPECT_EQ(modules.back(), "SDRAM254");
+  // Asked twice for presence, before every pass, and once more before the limit ends it.
+  EXPECT_EQ(std::ranges::count(device.codes_read(), 0xA00000U), 2 + 255 + 1);
 }
 
 }  // namespace
