@@ -32,28 +32,35 @@ struct Family {
   const RangeMap& bounds;
 };
 
-constexpr Places places_of(std::span<const catalogue::Row> rows) {
-  Places places{};
-  places.fill(UINT8_MAX);
-  for (std::size_t place = 0; place < rows.size(); ++place) {
-    places.at((rows[place].id >> 8) & 0xFFU) = static_cast<std::uint8_t>(place);
+/// Refuses a row that does not tell how it is read. What it throws ends the compilation.
+consteval void check_field(const catalogue::Row& row) {
+  using catalogue::Kind;
+  if (!row.code) {
+    throw "a field without a code";
   }
-  return places;
+  if (row.as.kind != Kind::kText && row.as.kind != Kind::kInteger && row.as.kind != Kind::kReal) {
+    throw "a field that is no text, integer or real (column `as`)";
+  }
+  if ((row.words != 1 || row.asks_first) != (row.decode != nullptr)) {
+    throw "a field of several words without its decoder, or another field with one";
+  }
+  if (row.as.kind != Kind::kText && (row.text != nullptr || row.decode != nullptr)) {
+    throw "a number with a function for its text";
+  }
 }
 
-/// True when each row tells how it is read: a code, and for a text of several words its decoder.
-constexpr bool are_readable(std::span<const catalogue::Row> rows) {
-  for (const catalogue::Row& row : rows) {
-    const bool is_text = row.as.kind == catalogue::Kind::kText;
-    const bool is_number =
-        row.as.kind == catalogue::Kind::kInteger || row.as.kind == catalogue::Kind::kReal;
-    const bool takes_more = row.words != 1 || row.asks_first.has_value();
-    if (!row.code || !(is_text || is_number) || takes_more != (row.decode != nullptr) ||
-        (is_number && (takes_more || row.text != nullptr))) {
-      return false;
+consteval Places places_of(std::span<const catalogue::Row> rows) {
+  Places places{};
+  places.fill(UINT8_MAX);
+  for (std::uint8_t place = 0; place < rows.size(); ++place) {
+    check_field(rows[place]);
+    std::uint8_t& taken = places.at((rows[place].id >> 8) & 0xFFU);
+    if (taken != UINT8_MAX) {
+      throw "two fields in one group";
     }
+    taken = place;
   }
-  return true;
+  return places;
 }
 
 /// Decodes a field of the family to its text. A failed read gives the device library's own code

@@ -227,7 +227,6 @@ constexpr std::array kRows{
         .text = error_code,
         .note = "error bits 3..0 of BatteryStatus: 0x7"},
 };
-static_assert(text_item::are_readable(kRows));
 
 constexpr std::array kPackages{Package{.id = sbattery::kFamily, .span = 0x10000}};
 

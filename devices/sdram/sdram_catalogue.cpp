@@ -191,7 +191,6 @@ constexpr std::array kRows{
         .as = kCelsius,
         .note = "raw is hundredths of a kelvin"},
 };
-static_assert(text_item::are_readable(kRows));
 
 constexpr std::array kModuleCounts{Count{.code = kModuleCount}};
 
