@@ -52,13 +52,13 @@ consteval void check_field(const catalogue::Row& row) {
 consteval Places places_of(std::span<const catalogue::Row> rows) {
   Places places{};
   places.fill(UINT8_MAX);
-  for (std::uint8_t place = 0; place < rows.size(); ++place) {
+  for (std::size_t place = 0; place < rows.size(); ++place) {
     check_field(rows[place]);
     std::uint8_t& taken = places.at((rows[place].id >> 8) & 0xFFU);
     if (taken != UINT8_MAX) {
       throw "two fields in one group";
     }
-    taken = place;
+    taken = static_cast<std::uint8_t>(place);
   }
   return places;
 }

@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       FUZZ_EXPECT(text.size() == 20);
     } else if (status != IOT_STATUS_SUCCESS) {
       FUZZ_EXPECT(text == "N/A");
-    } else if (row.kind == catalogue::TextKind::kString) {
+    } else if (row.as.kind == catalogue::Kind::kText) {
       FUZZ_EXPECT(!text.empty() && text.find('\0') == std::string::npos);
     } else {
       FUZZ_EXPECT(text.find_first_not_of("0123456789.e+-") == std::string::npos);

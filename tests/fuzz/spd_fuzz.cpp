@@ -20,7 +20,7 @@ void check(const catalogue::Row& row, Status status, const std::string& text) {
     FUZZ_EXPECT(text.size() == 20);
   } else if (row.id == sdram::kSpecificData) {
     FUZZ_EXPECT(text.size() == 32);
-  } else if (row.kind != catalogue::TextKind::kString) {
+  } else if (row.as.kind != catalogue::Kind::kText) {
     FUZZ_EXPECT(text.find_first_not_of("0123456789.e+-") == std::string::npos);
   }
 }
