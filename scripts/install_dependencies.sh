@@ -15,6 +15,7 @@ case "${1:-build}" in
   fuzz) packages="$build clang-14 libclang-rt-14-dev llvm-14" ;;
   coverage) packages="$build libgtest-dev locales gcovr python3" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
+  mutation) packages="$build libgtest-dev locales python3 ccache git" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2
