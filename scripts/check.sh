@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
-# exports and hardening of the plug-in, metrics in a real Prometheus, docs/items.md, the Debian
-# packages, and the short forms of the fuzzers and of the benchmarks. Installs what is missing.
+# exports and hardening of the plug-in, metrics in a real Prometheus, docs/items.md, the packages,
+# and the short forms of the fuzzers and of the benchmarks. Installs what is missing.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -20,6 +20,7 @@ scripts/items.sh --check
 
 echo "Packaging ..."
 quietly scripts/package.sh
+scripts/package_check.sh
 scripts/check_binary.sh build/release
 
 echo "Running clang-tidy ..."
