@@ -8,7 +8,7 @@ set -euo pipefail
 scripts/install_dependencies.sh check
 
 mapfile -t sources < <(git ls-files '*.h' '*.c' '*.cpp')
-clang-format-14 --dry-run --Werror "${sources[@]}"
+clang-format --dry-run --Werror "${sources[@]}"
 mapfile -t shell_scripts < <(git ls-files '*.sh' '.ci/run')
 shellcheck -x "${shell_scripts[@]}"
 
@@ -18,6 +18,9 @@ scripts/check_binary.sh build/dev
 scripts/metrics_check.sh build/dev
 scripts/items.sh --check
 
+echo "Running the documentation's commands ..."
+scripts/docs_test.sh
+
 echo "Packaging ..."
 quietly scripts/package.sh
 scripts/package_check.sh
@@ -26,7 +29,7 @@ scripts/check_binary.sh build/release
 echo "Running clang-tidy ..."
 quietly cmake --preset clang
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')
-if ! run-clang-tidy-14 -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repository/}" \
+if ! run-clang-tidy -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repository/}" \
   >build/clang/tidy.log 2>&1; then
   grep -A 4 'error:' build/clang/tidy.log >&2
   exit 1
