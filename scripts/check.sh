@@ -7,8 +7,13 @@ set -euo pipefail
 . "$(dirname "$0")/common.sh"
 scripts/install_dependencies.sh check
 
-mapfile -t sources < <(git ls-files '*.h' '*.c' '*.cpp')
-clang-format --dry-run --Werror "${sources[@]}"
+# Each version of clang-format has its own idea of some lines. The source has version 14's.
+if clang-format --version | grep -q ' version 14\.'; then
+  mapfile -t sources < <(git ls-files '*.h' '*.c' '*.cpp')
+  clang-format --dry-run --Werror "${sources[@]}"
+else
+  echo "The layout is not checked: it is that of clang-format 14, of Debian 12."
+fi
 mapfile -t shell_scripts < <(git ls-files '*.sh' '.ci/run')
 shellcheck -x "${shell_scripts[@]}"
 
