@@ -1,4 +1,4 @@
-// The smart battery: the order of its reads, presence, and its catalogue.
+// The smart battery: the status of a full read, presence, and its catalogue.
 #include <gtest/gtest.h>
 
 #include "devices/sbattery/device_sbattery.h"
@@ -18,17 +18,6 @@ class BatteryTest : public testing::Test {
   DeviceDouble device_;
   Device_SBATTERY adapter_;
 };
-
-TEST_F(BatteryTest, ReadsTheFieldsInOrder) {
-  EXPECT_EQ(adapter_.get_info_map().size(), 18U);
-  std::vector<std::uint32_t> expected = {0x0A, 0x16, 0x24, 0x25, 0x26, 0x27, 0x28, 0x1B, 0x1C,
-                                         0x19, 0x18, 0x09, 0x0A, 0x0D, 0x0E, 0x4F, 0x10, 0x0F,
-                                         0x0A, 0x12, 0x0A, 0x13, 0x17, 0x08, 0x16};
-  for (std::uint32_t& code : expected) {
-    code += kBase;
-  }
-  EXPECT_EQ(device_.codes_read(), expected);
-}
 
 TEST_F(BatteryTest, ReportsOnlyTheLastFieldOfAFullRead) {
   device_.read_status = {{kBase + 0x09, kOwnCode}};

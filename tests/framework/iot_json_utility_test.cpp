@@ -79,6 +79,10 @@ TEST(IoTJsonUtility, FreeingSetsThePointerToNull) {
   value = json_pack("{s:i}", "a", 1);
   EXPECT_EQ(IoTJsonUtility::free_json_obj(&value), IOT_STATUS_SUCCESS);
   EXPECT_EQ(value, nullptr);
+  value = json_pack("{s:i}", "a", 1);
+  const JsonOwner another_holder(json_incref(value));  // keeps the object, but empty
+  EXPECT_EQ(IoTJsonUtility::free_json_obj(&value), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(json_object_size(another_holder.get()), 0U);
   value = json_array();
   EXPECT_EQ(IoTJsonUtility::free_json_obj(&value), IOT_STATUS_NOT_READY);
   EXPECT_EQ(value, nullptr);
