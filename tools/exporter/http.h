@@ -36,9 +36,9 @@ struct HttpResponse {
   std::string content_type = "application/json";
   // Owns the text, or points to one that lives as long as the program; shared between answers.
   std::shared_ptr<const std::string> body;
-  std::string_view built_in;                              // a file of the page, instead of a body
+  std::string_view built_in;                               // a file of the page, instead of a body
   std::vector<std::pair<std::string, std::string>> extra;  // headers besides the usual ones
-  bool event_stream = false;                              // no body: the sweeps follow, one by one
+  bool event_stream = false;                               // no body: the sweeps follow, one by one
 
   std::string_view text() const { return body ? std::string_view(*body) : built_in; }
 };

@@ -90,8 +90,9 @@ bool is_abandoned(const ListenAddress& address) {
   }
   const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   const bool refused =
-      probe >= 0 && connect(probe, reinterpret_cast<const sockaddr*>(&address.address),
-                            address.length) != 0 && errno == ECONNREFUSED;
+      probe >= 0 &&
+      connect(probe, reinterpret_cast<const sockaddr*>(&address.address), address.length) != 0 &&
+      errno == ECONNREFUSED;
   if (probe >= 0) {
     close(probe);
   }

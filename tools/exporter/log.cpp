@@ -43,9 +43,8 @@ void log_line(LogLevel level, std::string message) {
       [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
   const Level& row = kLevels[static_cast<size_t>(level)];
   const bool to_journal = std::getenv("JOURNAL_STREAM") != nullptr;
-  const std::string line =
-      to_journal ? fmt::format("{}{}\n", row.journal, message)
-                 : fmt::format("kova-exporter: {}: {}\n", row.name, message);
+  const std::string line = to_journal ? fmt::format("{}{}\n", row.journal, message)
+                                      : fmt::format("kova-exporter: {}: {}\n", row.name, message);
   // One write a line: lines of two threads do not mix. There is nobody to tell of a failure.
   (void)!write(STDERR_FILENO, line.data(), line.size());
 }

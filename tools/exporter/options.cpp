@@ -61,8 +61,8 @@ Options checked(const RawTexts& raw, Options options) {
   options.interval = checked_interval(raw.interval);
   const auto level = parse_log_level(raw.log_level);
   if (!level) {
-    throw std::invalid_argument(fmt::format(
-        "--log.level: '{}' is none of debug, info, warn, error", raw.log_level));
+    throw std::invalid_argument(
+        fmt::format("--log.level: '{}' is none of debug, info, warn, error", raw.log_level));
   }
   options.log_level = *level;
   if (options.host.simulate) {
@@ -88,12 +88,15 @@ void add_options(CLI::App& app, RawTexts& raw, Options& options) {
                  "or a shipped one by its name")
       ->type_name("[MACHINE]")
       ->expected(0, 1);
-  app.add_option("--log.level", raw.log_level, "Least level that is logged: debug, info, warn, error")
+  app.add_option("--log.level", raw.log_level,
+                 "Least level that is logged: debug, info, warn, error")
       ->type_name("LEVEL")
       ->capture_default_str();
-  app.set_version_flag("--version", "kova-exporter " KOVA_IOT_VERSION, "Print the version and exit");
-  app.footer("Exit codes: 0 ended by a signal, 1 cannot serve, 2 wrong arguments.\n"
-             "Example:\n  kova-exporter --simulate");
+  app.set_version_flag("--version", "kova-exporter " KOVA_IOT_VERSION,
+                       "Print the version and exit");
+  app.footer(
+      "Exit codes: 0 ended by a signal, 1 cannot serve, 2 wrong arguments.\n"
+      "Example:\n  kova-exporter --simulate");
 }
 
 }  // namespace
@@ -101,9 +104,10 @@ void add_options(CLI::App& app, RawTexts& raw, Options& options) {
 ParsedOptions parse_options(std::vector<std::string> arguments) {
   ParsedOptions parsed;
   RawTexts raw;
-  CLI::App app("Serves this machine's hardware-monitoring items: a live page, Prometheus metrics, "
-               "JSON.",
-               "kova-exporter");
+  CLI::App app(
+      "Serves this machine's hardware-monitoring items: a live page, Prometheus metrics, "
+      "JSON.",
+      "kova-exporter");
   add_options(app, raw, parsed.options);
   std::reverse(arguments.begin(), arguments.end());  // the order that the parser takes
   try {

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "tools/exporter/log.h"
 
@@ -71,9 +72,15 @@ void add_headers(MHD_Response* raw, const HttpResponse& response) {
   MHD_add_response_header(raw, MHD_HTTP_HEADER_CONTENT_TYPE, response.content_type.c_str());
 }
 
+bool has_body(MHD_Connection* connection) {
+  return MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_CONTENT_LENGTH) !=
+             nullptr ||
+         MHD_lookup_connection_value(connection, MHD_HEADER_KIND,
+                                     MHD_HTTP_HEADER_TRANSFER_ENCODING) != nullptr;
+}
+
 MHD_Result queue(MHD_Connection* connection, int status, MHD_Response* raw) {
-  const MHD_Result result =
-      MHD_queue_response(connection, static_cast<unsigned>(status), raw);
+  const MHD_Result result = MHD_queue_response(connection, static_cast<unsigned>(status), raw);
   MHD_destroy_response(raw);  // which the queue still holds
   return result;
 }
@@ -89,6 +96,7 @@ struct Server::Connection {
 // One request on it.
 struct Server::Exchange {
   std::string target;
+  bool has_headers = false;
 };
 
 // A client that waits for events. At most one event is under way to it; what comes while it is
@@ -106,18 +114,17 @@ struct Server::Stream {
 Server::Server(const Listener& listener, Site& site, ServerLimits limits)
     : site_(site), limits_(limits), was_up_(site.state().up) {
   announce(site.newest_event());
-  constexpr unsigned kFlags =
-      MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_NO_THREAD_SAFETY;
-  daemon_ = MHD_start_daemon(
-      kFlags, 0, nullptr, nullptr, &on_request, this,                             //
-      MHD_OPTION_LISTEN_SOCKET, listener.descriptor(),                            //
-      MHD_OPTION_CONNECTION_LIMIT, limits.connections,                            //
-      MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits.connection_memory,               //
-      MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(limits.next_request.count()),  //
-      MHD_OPTION_STRICT_FOR_CLIENT, 1,                                            //
-      MHD_OPTION_URI_LOG_CALLBACK, &on_target, this,                              //
-      MHD_OPTION_NOTIFY_CONNECTION, &on_connection, this,                         //
-      MHD_OPTION_NOTIFY_COMPLETED, &on_completed, this, MHD_OPTION_END);
+  constexpr unsigned kFlags = MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
+  daemon_ = MHD_start_daemon(kFlags, 0, nullptr, nullptr, &on_request, this,                //
+                             MHD_OPTION_LISTEN_SOCKET, listener.descriptor(),               //
+                             MHD_OPTION_CONNECTION_LIMIT, limits.connections,               //
+                             MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits.connection_memory,  //
+                             MHD_OPTION_CONNECTION_TIMEOUT,
+                             static_cast<unsigned>(limits.next_request.count()),  //
+                             MHD_OPTION_STRICT_FOR_CLIENT, 1,                     //
+                             MHD_OPTION_URI_LOG_CALLBACK, &on_target, this,       //
+                             MHD_OPTION_NOTIFY_CONNECTION, &on_connection, this,  //
+                             MHD_OPTION_NOTIFY_COMPLETED, &on_completed, this, MHD_OPTION_END);
   if (daemon_ == nullptr) {
     throw std::runtime_error("cannot start the HTTP server");
   }
@@ -207,12 +214,14 @@ void Server::on_connection(void* self, MHD_Connection* connection, void** contex
 
 void* Server::on_target(void* /*self*/, const char* target, MHD_Connection* /*connection*/) {
   try {
-    return new Exchange{target};
+    return new Exchange{.target = target};
   } catch (const std::bad_alloc&) {
     return nullptr;
   }
 }
 
+// The library calls once when it has the headers and again at the end of the request. An answer to
+// the first call closes the connection: right for a request with a body, which nobody wants.
 MHD_Result Server::on_request(void* self, MHD_Connection* connection, const char* /*path*/,
                               const char* method, const char* version, const char* /*upload*/,
                               size_t* /*upload_size*/, void** exchange) {
@@ -220,8 +229,11 @@ MHD_Result Server::on_request(void* self, MHD_Connection* connection, const char
     return MHD_NO;
   }
   try {
-    return static_cast<Server*>(self)->answer(connection, *static_cast<Exchange*>(*exchange),
-                                              method, version);
+    auto& request = *static_cast<Exchange*>(*exchange);
+    if (!std::exchange(request.has_headers, true) && !has_body(connection)) {
+      return MHD_YES;
+    }
+    return static_cast<Server*>(self)->answer(connection, request, method, version);
   } catch (const std::exception& error) {
     log(LogLevel::error, "a request failed: {}", error.what());
     return MHD_NO;
@@ -239,8 +251,8 @@ void Server::on_completed(void* self, MHD_Connection* connection, void** exchang
   }
 }
 
-MHD_Result Server::answer(MHD_Connection* connection, const Exchange& exchange,
-                          const char* method, const char* version) {
+MHD_Result Server::answer(MHD_Connection* connection, const Exchange& exchange, const char* method,
+                          const char* version) {
   HttpRequest request;
   request.method = method;
   request.target = exchange.target;

@@ -17,13 +17,13 @@ namespace kova_exporter {
 // Bounds of what clients can make the exporter hold. A client that is too slow is cut off.
 struct ServerLimits {
   unsigned connections = 128;
-  unsigned streams = 16;                     // of events; more are answered 503
-  size_t connection_memory = 24 * 1024;      // bytes of request and headers
-  std::chrono::seconds first_request{10};    // from the connection to the end of its headers
-  std::chrono::seconds answer{30};           // from there until the client has the whole answer
-  std::chrono::seconds next_request{120};    // from one answer to the end of the next headers
-  std::chrono::seconds event{15};            // until a stream's client has taken an event
-  std::chrono::seconds quiet{10};            // a stream with no sweep for so long gets a status
+  unsigned streams = 16;                   // of events; more are answered 503
+  size_t connection_memory = 24 * 1024;    // bytes of request and headers
+  std::chrono::seconds first_request{10};  // from the connection to the end of its headers
+  std::chrono::seconds answer{30};         // from there until the client has the whole answer
+  std::chrono::seconds next_request{120};  // from one answer to the end of the next headers
+  std::chrono::seconds event{15};          // until a stream's client has taken an event
+  std::chrono::seconds quiet{10};          // a stream with no sweep for so long gets a status
 };
 
 // Serves on the caller's thread: whenever descriptor() is readable, and at least every second,

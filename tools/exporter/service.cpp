@@ -93,8 +93,9 @@ void serve_until_signal(const EndSignals& signals, const Store& store, const Sit
   descriptors[kStore] = {store.descriptor(), POLLIN, 0};
   descriptors[kServer] = {server.descriptor(), POLLIN, 0};
   while (store.failure().empty()) {
-    if (poll(descriptors.data(), descriptors.size(),
-             static_cast<int>(server.patience().count())) < 0 && errno != EINTR) {
+    if (poll(descriptors.data(), descriptors.size(), static_cast<int>(server.patience().count())) <
+            0 &&
+        errno != EINTR) {
       throw std::system_error(errno, std::generic_category(), "cannot wait for clients");
     }
     if ((descriptors[kSignal].revents & POLLIN) != 0) {

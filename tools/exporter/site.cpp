@@ -152,7 +152,8 @@ HttpResponse Site::metrics(const HttpRequest& request) {
     const auto format =
         open ? kova_host::MetricsFormat::openmetrics : kova_host::MetricsFormat::prometheus;
     cached = {snapshot, state.up,
-              std::make_shared<const std::string>(snapshot_metrics(*snapshot, state, format))};
+              std::make_shared<const std::string>(kova_host::metrics_text(
+                  snapshot->list->items, snapshot->readings, format, 0, {}))};
   }
   HttpResponse response;
   response.content_type = open ? "application/openmetrics-text; version=1.0.0; charset=utf-8"
@@ -208,16 +209,14 @@ HttpResponse Site::history(const Target& target) const {
     }
     since = *time;
   }
-  const size_t at_most =
-      names.empty() ? kSamplesOfAllItems : std::numeric_limits<size_t>::max();
+  const size_t at_most = names.empty() ? kSamplesOfAllItems : std::numeric_limits<size_t>::max();
   return json_response(history_document(
       store_.history(names.empty() ? store_.history_ids() : ids, since, at_most), state));
 }
 
 std::string Site::newest_event() const {
   const auto [snapshot, state] = current();
-  return snapshot->number == 0 ? kova_exporter::status_event(state)
-                               : sweep_event(*snapshot, state);
+  return snapshot->number == 0 ? kova_exporter::status_event(state) : sweep_event(*snapshot, state);
 }
 
 std::string Site::status_event() const {

@@ -15,7 +15,7 @@ namespace kova_exporter {
 
 // What a started module offers. A restart makes a new list with a new number.
 struct ItemList {
-  uint32_t number = 0;                  // 0 only for the empty list before the first start
+  uint32_t number = 0;                 // 0 only for the empty list before the first start
   std::vector<kova_host::Item> items;  // the document's order; an ID may stand there twice
 };
 
