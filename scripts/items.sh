@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Writes docs/items.md from the families' rows. Usage: scripts/items.sh [--check]
-# --check writes nothing, and fails when the file is not what would be written.
+# Writes docs/items.md and docs/metrics.md from the families' rows. Usage: scripts/items.sh [--check]
+# --check writes nothing, and fails when a file is not what would be written.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -15,14 +15,21 @@ esac
 
 scripts/install_dependencies.sh test
 quietly cmake --preset dev
-quietly cmake --build build/dev --parallel "$(nproc)" --target items_document
+quietly cmake --build build/dev --parallel "$(nproc)" --target items_document metrics_document
 made=$(mktemp)
 trap 'rm -f "$made"' EXIT
-build/dev/module/items/items_document --markdown >"$made"
 
-if [ "$check" = no ]; then
-  cat "$made" >docs/items.md
-elif ! diff -u docs/items.md "$made" >&2; then
-  echo "docs/items.md is stale: run scripts/items.sh" >&2
-  exit 1
-fi
+# document FILE PROGRAM...
+document() {
+  local file=$1
+  shift
+  "$@" >"$made"
+  if [ "$check" = no ]; then
+    cat "$made" >"$file"
+  elif ! diff -u "$file" "$made" >&2; then
+    echo "$file is stale: run scripts/items.sh" >&2
+    exit 1
+  fi
+}
+document docs/items.md build/dev/module/items/items_document --markdown
+document docs/metrics.md build/dev/tools/host/metrics_document
