@@ -4,7 +4,7 @@
 const kSpans = [[60, "1 min"], [300, "5 min"], [1800, "30 min"], [null, "All"]];
 
 function clock(time) {
-  return new Date(kMilliseconds * time).toLocaleTimeString();
+  return new Date(kMilliseconds * time).toLocaleTimeString([], {hourCycle: "h23"});
 }
 
 function rounded(number) {

@@ -37,6 +37,7 @@ class Item {
     this.max = entry.max;
     this.labels = new Map((entry.options ?? []).map(({value, label}) => [value, label]));
     this.numeric = entry.kind !== "text" && entry.kind !== undefined;
+    this.moves = this.numeric && !["identity", "setting", "default"].includes(entry.role);
     this.rows = [];
     this.recent = [];  // the newest samples, null where there was no value
     this.value = null;
@@ -102,21 +103,24 @@ class Row {
     this.button = item.numeric ? name : null;
     this.value = element("span", {"class": "value"});
     this.node = element("li", {"class": "item", "data-id": item.id, "title": `${item.path}  ${item.id}`},
-                        name, this.value, this.makeRange(), this.makeSpark());
+                        name, this.value);
+    if (item.numeric && !item.state && item.min < item.max) {
+      this.node.append(this.makeRange());
+    }
+    if (item.moves) {
+      this.node.append(this.makeSpark());
+    }
   }
 
   makeRange() {
-    const {min, max, numeric} = this.item;
-    const range = element("span", {"class": "range"});
-    if (numeric && !this.item.state && min < max) {
-      this.fill = element("span", {"class": "fill"});
-      range.append(element("span", {"class": "hidden-text"}, "range "),
-                   element("span", {"class": "end"}, String(min)),
+    const {min, max} = this.item;
+    this.fill = element("span", {"class": "fill"});
+    return element("span", {"class": "range"},
+                   element("span", {"class": "hidden-text"}, "range "),
+                   element("span", {}, String(min)),
                    element("span", {"class": "hidden-text"}, " to "),
                    element("span", {"class": "bar", "aria-hidden": "true"}, this.fill),
-                   element("span", {"class": "end"}, String(max)));
-    }
-    return range;
+                   element("span", {}, String(max)));
   }
 
   makeSpark() {
@@ -125,10 +129,8 @@ class Row {
     spark.setAttribute("viewBox", `0 0 ${kSparkWidth} ${kSparkHeight}`);
     spark.setAttribute("preserveAspectRatio", "none");
     spark.setAttribute("aria-hidden", "true");
-    if (this.item.numeric) {
-      this.path = document.createElementNS(kSvg, "path");
-      spark.append(this.path);
-    }
+    this.path = document.createElementNS(kSvg, "path");
+    spark.append(this.path);
     return spark;
   }
 

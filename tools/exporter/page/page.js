@@ -26,10 +26,10 @@ class Page {
   }
 
   async takeItems(answer) {
-    const ids = answer.items.map((item) => item.id).join();
-    if (this.ids !== ids || this.listNumber !== answer.sweep.list) {
-      this.ids = ids;
-      this.listNumber = answer.sweep.list;
+    const list = JSON.stringify(answer.items.map(
+      ({id, path, unit, min, max, options}) => [id, path, unit, min, max, options]));
+    if (this.known !== list) {
+      this.known = list;
       this.list.build(answer.items);
       this.showFamilies();
       this.search();
@@ -43,7 +43,7 @@ class Page {
     this.showMachine(answer);
     this.takeStatus(answer.sweep);
     const recent = await this.source.history().catch(() => null);
-    if (recent !== null && this.ids === ids) {
+    if (recent !== null && this.known === list) {
       this.list.recall(recent);
       this.attention.recall(this.source.report, recent, this.list.items);
       this.refresh();
@@ -137,7 +137,8 @@ class Page {
     this.part("age").title = when;
     if (live && !this.up) {
       const wait = Math.max(0, Math.ceil((this.retry - performance.now()) / 1000));
-      setText(this.part("age"), `read ${duration(seconds)} ago, trying again in ${wait} s`);
+      const next = wait > 0 ? `trying again in ${wait} s` : "connecting";
+      setText(this.part("age"), `read ${duration(seconds)} ago, ${next}`);
     }
   }
 
@@ -279,7 +280,9 @@ class Attention {
 
   update(problems) {
     const items = [...new Set([...problems, ...this.past.keys()])];
-    if (items.length !== this.reasons.size || !items.every((item) => this.reasons.has(item))) {
+    const shown = items.map((item) => `${item.id} ${item.failure !== ""}`).join();
+    if (this.shown !== shown) {
+      this.shown = shown;
       this.reasons = new Map(items.map((item) => [item, element("span", {"class": "reason"})]));
       this.list.replaceChildren(...items.map((item) => this.makeLine(item)));
       this.root.hidden = items.length === 0;

@@ -10,7 +10,8 @@
 "use strict";
 
 const kSilenceSeconds = 15;  // the exporter sends something every 10 s
-const kLongestWaitSeconds = 30;
+const kLongestWaitSeconds = 15;
+const kAnswerSeconds = 10;
 
 class LiveSource {
   constructor() {
@@ -39,7 +40,7 @@ class LiveSource {
   }
 
   static async get(path) {
-    const answer = await fetch(path, {cache: "no-store"});
+    const answer = await fetch(path, {cache: "no-store", signal: AbortSignal.timeout(1000 * kAnswerSeconds)});
     if (!answer.ok) {
       throw new Error(`${path}: HTTP status ${answer.status}`);
     }
