@@ -167,10 +167,10 @@ class Chart {
     };
   }
 
-  // Items by what stands at their axis.
+  // Items by what stands at their axis; none before there are samples.
   groups() {
     const groups = new Map();
-    if (this.loaded === this.asked) {
+    if (this.loaded === this.asked && this.samples.times.length > 0) {
       for (const item of this.items.values()) {
         const unit = item.state ? kStates : item.unit || "Numbers";
         groups.set(unit, [...(groups.get(unit) ?? []), item]);

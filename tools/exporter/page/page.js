@@ -3,6 +3,7 @@
 "use strict";
 
 const kTitle = "KOVA machine";
+const kFirstPlotted = 4;
 
 class Page {
   constructor(source) {
@@ -44,9 +45,22 @@ class Page {
     this.takeStatus(answer.sweep);
     const recent = await this.source.history().catch(() => null);
     if (recent !== null && this.known === list) {
-      this.list.recall(recent);
-      this.attention.recall(this.source.report, recent, this.list.items);
+      this.list.recall(recent, !this.source.live);
+      if (!this.source.live) {
+        this.takeReport(recent);
+      }
       this.refresh();
+    }
+  }
+
+  // Nobody is there to choose: what went wrong is plotted, or else what moved.
+  takeReport(recent) {
+    this.attention.recall(this.source.report, recent, this.list.items);
+    if (this.chart.items.size === 0) {
+      const wrong = [...this.attention.past.keys()].filter(
+        ({id}) => recent.series[id]?.some((value) => value !== null));
+      const chosen = new Set([...wrong, ...this.list.liveliest(recent, kFirstPlotted)]);
+      this.chart.choose([...chosen].slice(0, kFirstPlotted));
     }
   }
 
@@ -104,7 +118,7 @@ class Page {
     setText(this.part("about"), `${simulated}KOVA IoT module ${release}`);
     if (!this.source.live) {
       const {made, source} = this.source.report;
-      setText(this.part("links"), `Report of ${new Date(1000 * made).toLocaleString()}: ${source}`);
+      setText(this.part("links"), `Report of ${dateAndTime(made)}: ${source}`);
     }
   }
 
@@ -130,7 +144,7 @@ class Page {
     if (sweep === null || sweep.time === null) {
       return;
     }
-    const when = new Date(1000 * sweep.time).toLocaleString();
+    const when = dateAndTime(sweep.time);
     const seconds = Math.max(0, Math.round((performance.now() - this.swept) / 1000));
     setText(this.part("age"), live ? `read ${duration(seconds)} ago, every ${duration(sweep.interval)}`
                                    : `read ${when}`);
@@ -260,7 +274,7 @@ class Attention {
 
   recall(report, {times, series}, items) {
     this.past.clear();
-    for (const item of report === undefined ? [] : items.values()) {
+    for (const item of items.values()) {
       const failures = report.failures[item.id];
       const outside = (series[item.id] ?? []).filter(
         (value) => value !== null && (value < item.min || value > item.max)).length;
@@ -289,7 +303,9 @@ class Attention {
       setText(this.title, `Needs attention (${items.length})`);
     }
     for (const [item, reason] of this.reasons) {
-      setText(reason, [item.problem, this.past.get(item) ?? ""].filter((t) => t !== "").join("; "));
+      // A failure of the last sweep is in the past ones too.
+      const now = item.failure !== "" && this.past.has(item) ? "" : item.problem;
+      setText(reason, [now, this.past.get(item) ?? ""].filter((text) => text !== "").join("; "));
     }
   }
 
@@ -303,6 +319,13 @@ class Attention {
 
 function sentence(text) {
   return `${text[0].toUpperCase()}${text.slice(1)}${/[.!?]$/.test(text) ? "" : "."}`;
+}
+
+// With the time zone: a report may be read far from the machine.
+function dateAndTime(time) {
+  return new Date(1000 * time).toLocaleString([], {
+    year: "numeric", month: "2-digit", day: "2-digit", hour: "2-digit", minute: "2-digit",
+    second: "2-digit", hourCycle: "h23", timeZoneName: "short"});
 }
 
 function duration(seconds) {
