@@ -133,7 +133,7 @@ ListenAddress parse_listen_address(std::string_view text) {
     return unix_address(text.substr(kUnix.size()));
   }
   const size_t colon = text.rfind(':');
-  if (colon == std::string_view::npos) {
+  if (colon == std::string_view::npos || text.ends_with(']')) {
     throw std::invalid_argument(fmt::format("'{}' has no port", text));
   }
   const in_port_t port = parse_port(text.substr(colon + 1));

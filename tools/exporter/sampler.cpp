@@ -7,6 +7,7 @@
 
 #include "tools/exporter/log.h"
 #include "tools/host/errors.h"
+#include "tools/host/unix_time.h"
 
 namespace kova_exporter {
 namespace {
@@ -14,12 +15,6 @@ namespace {
 using kova_host::Item;
 using kova_host::Reading;
 using kova_host::Readings;
-
-double unix_time() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return static_cast<double>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count()) /
-         1000;
-}
 
 History::Row numbers_of(const Readings& readings) {
   History::Row row;
@@ -144,7 +139,7 @@ void Sampler::publish(Readings readings, std::string error, Clock::time_point be
   auto snapshot = std::make_shared<Snapshot>();
   snapshot->list = list_;
   snapshot->number = before->number + 1;
-  snapshot->time = unix_time();
+  snapshot->time = kova_host::unix_time();
   snapshot->ended = Clock::now();
   snapshot->duration = std::chrono::duration<double>(snapshot->ended - began).count();
   snapshot->error = std::move(error);

@@ -5,11 +5,14 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
+#include <iterator>
 #include <limits>
+#include <set>
 
 #include "tools/exporter/page/page_files.h"
+#include "tools/host/metrics.h"
 #include "tools/host/text_value.h"
+#include "tools/host/unix_time.h"
 
 namespace kova_exporter {
 namespace {
@@ -52,10 +55,6 @@ HttpResponse file_response(const kova_page::PageFile& file, const std::string& k
   return response;
 }
 
-double unix_now() {
-  return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
-
 // Unix time; negative numbers count back from now. Nothing for a text that is no number.
 std::optional<double> since_time(std::string_view text) {
   const auto number = kova_host::parse_number(text);
@@ -63,7 +62,7 @@ std::optional<double> since_time(std::string_view text) {
     return std::nullopt;
   }
   const double seconds = std::visit([](auto v) { return static_cast<double>(v); }, *number);
-  return seconds < 0 ? unix_now() + seconds : seconds;
+  return seconds < 0 ? kova_host::unix_time() + seconds : seconds;
 }
 
 bool offers(const ItemList& list, uint32_t id) {
@@ -73,6 +72,29 @@ bool offers(const ItemList& list, uint32_t id) {
 
 HttpResponse no_such_item(std::string_view text) {
   return error_response(404, fmt::format("this machine has no item '{}'", text));
+}
+
+std::vector<kova_host::Item> distinct_items(const ItemList& list) {
+  std::set<uint32_t> seen;
+  std::vector<kova_host::Item> items;
+  std::copy_if(list.items.begin(), list.items.end(), std::back_inserter(items),
+               [&seen](const kova_host::Item& item) { return seen.insert(item.id).second; });
+  return items;
+}
+
+std::string items_metrics(const Snapshot& snapshot, kova_host::MetricsFormat format) {
+  const kova_host::EarlierMetrics earlier{.last_success = snapshot.last_success, .labels = {}};
+  return kova_host::items_text(distinct_items(*snapshot.list), snapshot.readings, snapshot.time,
+                               earlier, format);
+}
+
+kova_host::Sweep sweep_of(const SweepState& state) {
+  return {.up = state.up,
+          .time = state.time,
+          .duration = state.duration,
+          .age = state.age,
+          .interval = state.interval,
+          .number_so_far = state.number};
 }
 
 // Nothing to object to, or the answer that says what.
@@ -145,21 +167,21 @@ HttpResponse Site::route(const HttpRequest& request, const Target& target) {
 }
 
 HttpResponse Site::metrics(const HttpRequest& request) {
+  using kova_host::MetricsFormat;
   const bool open = prefers_openmetrics(request.accept);
+  const auto format = open ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
   const auto [snapshot, state] = current();
   CachedMetrics& cached = open ? openmetrics_ : plain_;
-  if (cached.snapshot != snapshot || cached.up != state.up) {
-    const auto format =
-        open ? kova_host::MetricsFormat::openmetrics : kova_host::MetricsFormat::prometheus;
-    cached = {snapshot, state.up,
-              std::make_shared<const std::string>(kova_host::metrics_text(
-                  snapshot->list->items, snapshot->readings, format, 0, {}))};
+  if (cached.snapshot != snapshot) {
+    cached = {snapshot, items_metrics(*snapshot, format)};
   }
   HttpResponse response;
   response.content_type = open ? "application/openmetrics-text; version=1.0.0; charset=utf-8"
                                : "text/plain; version=0.0.4; charset=utf-8";
-  response.body = cached.text;
-  response.extra.emplace_back("Vary", "Accept");
+  response.body = std::make_shared<const std::string>(
+      fmt::format("{}{}{}", kova_host::sweep_text(sweep_of(state), format), cached.text,
+                  kova_host::end_of_metrics(format)));
+  response.extra = {{"Vary", "Accept"}, {"Cache-Control", "no-store"}};
   return response;
 }
 

@@ -44,11 +44,10 @@ class Site {
   };
   Current current() const;
 
-  // The metrics of one snapshot, made once however many scrape it.
+  // The items' metrics of one snapshot, made once however many scrape it.
   struct CachedMetrics {
     std::shared_ptr<const Snapshot> snapshot;
-    bool up = false;
-    std::shared_ptr<const std::string> text;
+    std::string text;
   };
 
   const Store& store_;

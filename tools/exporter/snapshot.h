@@ -3,12 +3,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tools/host/metrics.h"
 #include "tools/host/reading.h"
 
 namespace kova_exporter {
@@ -20,11 +20,11 @@ struct ItemList {
 };
 
 struct Snapshot {
-  std::shared_ptr<const ItemList> list;  // never null
-  kova_host::Readings readings;          // one for each ID of the list
-  kova_host::SuccessTimes last_success;  // Unix time of the last good read, by item ID
-  uint64_t number = 0;                   // sweeps that have ended, this one included
-  double time = 0;                       // Unix time of its end, to the millisecond
+  std::shared_ptr<const ItemList> list;     // never null
+  kova_host::Readings readings;             // one for each ID of the list
+  std::map<uint32_t, double> last_success;  // Unix time of the last good read, by item ID
+  uint64_t number = 0;                      // sweeps that have ended, this one included
+  double time = 0;                          // Unix time of its end, to the millisecond
   std::chrono::steady_clock::time_point ended;
   double duration = 0;  // seconds
   std::string error;    // why there are no fresh readings; "" if the device answered
