@@ -3,13 +3,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 
 #include "module/kova_iot.h"
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
-#include "tools/host/value_text.h"
+#include "tools/host/status_text.h"
 
 namespace kova_exporter {
 namespace {
@@ -50,7 +51,7 @@ JsonPtr json_machine(const Machine& machine) {
 
 JsonPtr json_failure(const Reading& reading) {
   JsonPtr failure = own(json_object());
-  put(failure, "failure", json_text(kova_host::failure_text(reading)));
+  put(failure, "failure", json_text(kova_host::read_failure(reading.status)));
   kova_host::put_status(failure, reading.status);
   return failure;
 }
@@ -78,7 +79,10 @@ void append_numbers(std::string& text, const std::vector<double>& numbers) {
 std::string items_document(const Machine& machine, const Snapshot& snapshot,
                            const std::vector<kova_host::Item>& items, const SweepState& state) {
   JsonPtr document = kova_host::json_items(items, snapshot.readings);
-  const bool all_read = json_is_true(json_object_get(document.get(), "ok"));
+  const bool all_read =
+      std::none_of(items.begin(), items.end(), [&snapshot](const kova_host::Item& item) {
+        return snapshot.readings.at(item.id).state == Reading::State::failed;
+      });
   put(document, "ok", own(json_boolean(all_read && state.up)));
   put(document, "machine", json_machine(machine));
   put(document, "release", json_text(KOVA_IOT_VERSION));

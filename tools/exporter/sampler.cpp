@@ -7,6 +7,8 @@
 
 #include "tools/exporter/log.h"
 #include "tools/host/errors.h"
+#include "tools/host/inventory.h"
+#include "tools/host/selection.h"
 #include "tools/host/unix_time.h"
 
 namespace kova_exporter {
@@ -81,6 +83,8 @@ void Sampler::work_once(const std::stop_token& stop) {
   try {
     if (session_ == nullptr) {
       start_module();
+    } else {
+      look_for_new_items();
     }
     sweep(stop);
   } catch (const kova_host::HostError& error) {
@@ -97,20 +101,38 @@ void Sampler::work_once(const std::stop_token& stop) {
 
 void Sampler::start_module() {
   auto session = std::make_unique<kova_host::Session>(options_);
-  const auto catalogue = kova_host::Catalogue::from_document(session->capability().get());
   auto list = std::make_shared<ItemList>();
   list->number = list_->number + 1;
-  list->items = catalogue.items();
-  distinct_ = catalogue.distinct_items();
+  list->items = kova_host::Inventory::of(*session).items();
   list_ = std::move(list);
   session_ = std::move(session);
   has_started_ = true;
-  log(LogLevel::info, "the device offers {} items", distinct_.size());
+  last_look_ = Clock::now();
+  log(LogLevel::info, "the device has {} items", kova_host::distinct(list_->items).size());
+}
+
+// A family that comes later, such as a battery that is put in, is in the document of a new start
+// only. Items that are gone stay: their reads fail.
+void Sampler::look_for_new_items() {
+  constexpr std::chrono::minutes kBetweenLooks{1};
+  if (Clock::now() - last_look_ < kBetweenLooks) {
+    return;
+  }
+  last_look_ = Clock::now();
+  const auto found = kova_host::Inventory::of(*session_);
+  const auto is_new = [this](const Item& item) {
+    return std::none_of(list_->items.begin(), list_->items.end(),
+                        [&item](const Item& known) { return known.id == item.id; });
+  };
+  if (std::any_of(found.items().begin(), found.items().end(), is_new)) {
+    session_.reset();
+    start_module();
+  }
 }
 
 void Sampler::sweep(const std::stop_token& stop) {
   const auto began = Clock::now();
-  auto readings = kova_host::read_items(*session_, distinct_,
+  auto readings = kova_host::read_items(*session_, list_->items,
                                         [&stop](const Item&) { return !stop.stop_requested(); });
   if (!readings) {
     return;

@@ -36,6 +36,7 @@ class Sampler {
   void run(const std::stop_token& stop);
   void work_once(const std::stop_token& stop);
   void start_module();
+  void look_for_new_items();
   void sweep(const std::stop_token& stop);
   void publish_failure(const std::string& error);
   void publish(kova_host::Readings readings, std::string error, Clock::time_point began);
@@ -44,8 +45,8 @@ class Sampler {
   Store& store_;
   std::unique_ptr<kova_host::Session> session_;
   std::shared_ptr<const ItemList> list_;
-  std::vector<kova_host::Item> distinct_;  // of the list, each ID once
   bool has_started_ = false;
+  Clock::time_point last_look_;
 
   std::atomic<Clock::rep> busy_since_{0};
   std::mutex mutex_;

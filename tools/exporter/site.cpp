@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <limits>
-#include <set>
+#include <variant>
 
 #include "tools/exporter/page/page_files.h"
+#include "tools/host/errors.h"
 #include "tools/host/metrics.h"
+#include "tools/host/selection.h"
 #include "tools/host/text_value.h"
 #include "tools/host/unix_time.h"
 
@@ -65,27 +66,26 @@ std::optional<double> since_time(std::string_view text) {
   return seconds < 0 ? kova_host::unix_time() + seconds : seconds;
 }
 
-bool offers(const ItemList& list, uint32_t id) {
-  return std::any_of(list.items.begin(), list.items.end(),
-                     [id](const kova_host::Item& item) { return item.id == id; });
-}
-
-HttpResponse no_such_item(std::string_view text) {
+// The items that a client asks for by ID, name, path or pattern, or the answer that there are none.
+std::variant<std::vector<kova_host::Item>, HttpResponse> items_named(const Snapshot& snapshot,
+                                                                     std::string_view text) {
+  try {
+    auto items = kova_host::named_items(snapshot.list->items, std::string(text));
+    if (std::all_of(items.begin(), items.end(), [&snapshot](const kova_host::Item& item) {
+          return snapshot.readings.contains(item.id);
+        })) {
+      return items;
+    }
+  } catch (const kova_host::HostError& error) {
+    return error_response(404, error.what());
+  }
   return error_response(404, fmt::format("this machine has no item '{}'", text));
-}
-
-std::vector<kova_host::Item> distinct_items(const ItemList& list) {
-  std::set<uint32_t> seen;
-  std::vector<kova_host::Item> items;
-  std::copy_if(list.items.begin(), list.items.end(), std::back_inserter(items),
-               [&seen](const kova_host::Item& item) { return seen.insert(item.id).second; });
-  return items;
 }
 
 std::string items_metrics(const Snapshot& snapshot, kova_host::MetricsFormat format) {
   const kova_host::EarlierMetrics earlier{.last_success = snapshot.last_success, .labels = {}};
-  return kova_host::items_text(distinct_items(*snapshot.list), snapshot.readings, snapshot.time,
-                               earlier, format);
+  return kova_host::items_text(kova_host::distinct(snapshot.list->items), snapshot.readings,
+                               snapshot.time, earlier, format);
 }
 
 kova_host::Sweep sweep_of(const SweepState& state) {
@@ -198,30 +198,31 @@ HttpResponse Site::items() const {
   return json_response(items_document(options_.machine, *snapshot, snapshot->list->items, state));
 }
 
-HttpResponse Site::item(std::string_view id_text) const {
+HttpResponse Site::item(std::string_view name) const {
   const auto [snapshot, state] = current();
-  const auto id = kova_host::parse_item_id(id_text);
-  for (const kova_host::Item& item : snapshot->list->items) {
-    if (item.id == id) {
-      return json_response(items_document(options_.machine, *snapshot, {item}, state));
-    }
+  const auto found = items_named(*snapshot, name);
+  if (const auto* refusal = std::get_if<HttpResponse>(&found)) {
+    return *refusal;
   }
-  return no_such_item(id_text);
+  return json_response(items_document(options_.machine, *snapshot,
+                                      std::get<std::vector<kova_host::Item>>(found), state));
 }
 
 HttpResponse Site::history(const Target& target) const {
-  const auto names = target.values("item");
-  if (names.size() > kHistoryItems) {
-    return error_response(400, fmt::format("at most {} items at once", kHistoryItems));
-  }
   const auto [snapshot, state] = current();
   std::vector<uint32_t> ids;
+  const auto names = target.values("item");
   for (const std::string_view name : names) {
-    const auto id = kova_host::parse_item_id(name);
-    if (!id || !offers(*snapshot->list, *id)) {
-      return no_such_item(name);
+    const auto found = items_named(*snapshot, name);
+    if (const auto* refusal = std::get_if<HttpResponse>(&found)) {
+      return *refusal;
     }
-    ids.push_back(*id);
+    for (const kova_host::Item& item : std::get<std::vector<kova_host::Item>>(found)) {
+      ids.push_back(item.id);
+    }
+  }
+  if (ids.size() > kHistoryItems) {
+    return error_response(400, fmt::format("at most {} items at once", kHistoryItems));
   }
   double since = -std::numeric_limits<double>::infinity();
   if (const auto values = target.values("since"); !values.empty()) {
@@ -231,9 +232,10 @@ HttpResponse Site::history(const Target& target) const {
     }
     since = *time;
   }
-  const size_t at_most = names.empty() ? kSamplesOfAllItems : std::numeric_limits<size_t>::max();
-  return json_response(history_document(
-      store_.history(names.empty() ? store_.history_ids() : ids, since, at_most), state));
+  const bool all = names.empty();
+  const size_t at_most = all ? kSamplesOfAllItems : std::numeric_limits<size_t>::max();
+  return json_response(
+      history_document(store_.history(all ? store_.history_ids() : ids, since, at_most), state));
 }
 
 std::string Site::newest_event() const {

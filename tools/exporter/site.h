@@ -34,7 +34,7 @@ class Site {
   HttpResponse metrics(const HttpRequest& request);
   HttpResponse health() const;
   HttpResponse items() const;
-  HttpResponse item(std::string_view id_text) const;
+  HttpResponse item(std::string_view name) const;
   HttpResponse history(const Target& target) const;
 
   // The newest snapshot and how it stands now.

@@ -13,23 +13,29 @@
 namespace kova_host {
 namespace {
 
-enum class Subject { state, identity, quantity, code };
+enum class Subject {
+  state,     // one of the item's options, or on and off
+  word,      // a state that the device tells as a text, or as a number in a text
+  identity,  // a text that does not change
+  quantity,
+  code,  // a number without a unit
+};
 
 // Settings and defaults have metrics of their own: an alert on a reading must not see them.
 struct Group {
-  std::string_view access;
+  Role role;
   std::string_view prefix;
   std::string_view help;
 };
 constexpr Group kGroups[] = {
-    {"rw", "kova_setting_", "Setting: "},
-    {"w", "kova_default_", "Factory default: "},
-    {"", "kova_", ""},
+    {Role::setting, "kova_setting_", "Setting: "},
+    {Role::factory_default, "kova_default_", "Factory default: "},
+    {Role::reading, "kova_", ""},
 };
 
 const Group& group_of(const Item& item) {
   return *std::find_if(std::begin(kGroups), std::end(kGroups) - 1,
-                       [&item](const Group& group) { return item.access == group.access; });
+                       [&item](const Group& group) { return item.facts.role == group.role; });
 }
 
 Subject subject_of(const Item& item) {
@@ -40,7 +46,7 @@ Subject subject_of(const Item& item) {
     return Subject::quantity;
   }
   if (item.kind == ValueKind::text) {
-    return Subject::identity;
+    return item.facts.role == Role::state ? Subject::word : Subject::identity;
   }
   return Subject::code;
 }
@@ -62,7 +68,7 @@ Metric quantity_metric(const Item& item, std::string_view part) {
   const Group& group = group_of(item);
   Metric metric;
   metric.name = group.prefix;
-  if (subject_of(item) == Subject::code) {
+  if (item.unit.empty()) {
     metric.name += "code";
     metric.help = "Number that stands for something, such as a class or a set of bits.";
   } else if (quantity == nullptr) {
@@ -133,16 +139,34 @@ void add_range(Exposition& exposition, const Item& item, const std::string& labe
   }
 }
 
+void add_text(Exposition& exposition, const Metric& metric, std::string_view label,
+              const Reading& reading, const std::string& labels) {
+  if (const auto* text = std::get_if<std::string>(&reading.value)) {
+    exposition.add(metric, labels + "," + metric_label(label, field_text(*text)), 1);
+  }
+}
+
+void add_number(Exposition& exposition, const Item& item, std::optional<double> number,
+                const std::string& labels) {
+  if (number) {
+    exposition.add(quantity_metric(item, ""), labels, in_base_unit(item, *number));
+  }
+}
+
 void add_value(Exposition& exposition, const Item& item, const Reading& reading,
                const std::string& labels) {
-  const Subject subject = subject_of(item);
-  if (subject == Subject::state) {
-    add_states(exposition, item, reading, labels);
-  } else if (subject == Subject::identity) {
-    const std::string text = field_text(std::get<std::string>(reading.value));
-    exposition.add(value_metric(item), labels + "," + metric_label("value", text), 1);
-  } else if (const auto number = published_value(item, reading)) {
-    exposition.add(value_metric(item), labels, in_base_unit(item, *number));
+  const auto code = number_in(reading);
+  switch (subject_of(item)) {
+    case Subject::state:
+      return add_states(exposition, item, reading, labels);
+    case Subject::word:
+      return code ? add_number(exposition, item, code, labels)
+                  : add_text(exposition, value_metric(item), value_metric(item).name, reading,
+                             labels);
+    case Subject::identity:
+      return add_text(exposition, value_metric(item), "value", reading, labels);
+    default:
+      return add_number(exposition, item, published_value(item, reading), labels);
   }
 }
 
@@ -182,6 +206,7 @@ enum SweepStatus { kUp, kBuild, kDuration, kTime, kAge, kInterval, kSweeps };
 Metric value_metric(const Item& item) {
   switch (subject_of(item)) {
     case Subject::state:
+    case Subject::word:
       return state_metric(item);
     case Subject::identity:
       return {"kova_identity_info", MetricType::info, "",
@@ -193,7 +218,8 @@ Metric value_metric(const Item& item) {
 
 std::optional<RangeMetrics> range_metrics(const Item& item) {
   // A factory default has the range of its setting.
-  if (subject_of(item) != Subject::quantity || item.access == "w" || (!item.min && !item.max)) {
+  if (subject_of(item) != Subject::quantity || item.facts.role == Role::factory_default ||
+      (!item.min && !item.max)) {
     return std::nullopt;
   }
   return RangeMetrics{range_metric(item, "minimum", "Least"),

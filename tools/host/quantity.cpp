@@ -61,12 +61,6 @@ std::optional<double> minutes_of(std::string_view text) {
              : std::nullopt;
 }
 
-std::optional<double> number_in(std::string_view text) {
-  const auto number = parse_number(text);
-  return number ? std::optional(std::visit([](auto v) { return static_cast<double>(v); }, *number))
-                : minutes_of(text);
-}
-
 }  // namespace
 
 const Quantity* find_quantity(std::string_view unit) {
@@ -83,7 +77,21 @@ double in_base_unit(const Item& item, double published) {
 
 std::optional<double> published_value(const Item& item, const Reading& reading) {
   const auto* text = std::get_if<std::string>(&reading.value);
-  return text != nullptr && !item.unit.empty() ? number_in(*text) : reading.number();
+  if (text == nullptr || item.unit.empty()) {
+    return reading.number();
+  }
+  const auto number = number_in(reading);
+  return number ? number : minutes_of(*text);
+}
+
+std::optional<double> number_in(const Reading& reading) {
+  if (const auto* text = std::get_if<std::string>(&reading.value)) {
+    const auto number = parse_number(*text);
+    return number
+               ? std::optional(std::visit([](auto v) { return static_cast<double>(v); }, *number))
+               : std::nullopt;
+  }
+  return reading.number();
 }
 
 }  // namespace kova_host

@@ -30,4 +30,7 @@ double in_base_unit(const Item& item, double published);
 // "2 h 5 m" is 125 min. Nothing for other texts and for readings without a value.
 std::optional<double> published_value(const Item& item, const Reading& reading);
 
+// A number, or a text that is one: "0x7" is 7.
+std::optional<double> number_in(const Reading& reading);
+
 }  // namespace kova_host

@@ -16,6 +16,7 @@ namespace kovactl {
 namespace {
 
 struct Options {
+  Selection selection;
   bool openmetrics = false;
   std::string output;  // file to replace; "" for stdout
 };
@@ -35,7 +36,7 @@ EarlierMetrics metrics_in_file(const std::string& file) {
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const auto session = open_session(globals);
   const std::vector<Item> items =
-      Catalogue::from_document(session->capability().get()).distinct_items();
+      select_distinct(Inventory::of(*session).items(), options.selection);
   const double began = unix_time();
   const Readings readings = read_with_progress(*session, items);
   const double now = unix_time();
@@ -51,7 +52,7 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   } else {
     print(text);
   }
-  return verdict(readings);
+  return verdict(items, readings);
 }
 
 }  // namespace
@@ -62,6 +63,7 @@ void add_metrics(CommandLine& line) {
       line.add({"metrics", "Print all readings in Prometheus text format",
                 "kovactl metrics --output /var/lib/prometheus/node-exporter/kova.prom"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
   command.add_flag("--openmetrics", options->openmetrics, "Print OpenMetrics 1.0 instead");
   command.add_option("--output", options->output, "Replace this file, as a whole or not at all")
       ->type_name("FILE");
