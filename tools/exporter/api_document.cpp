@@ -7,7 +7,7 @@
 #include <cmath>
 #include <iterator>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
 #include "tools/host/status_text.h"

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/text_value.h"
 
 namespace kova_exporter {

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/plain_text.h"
 #include "tools/host/quantity.h"
 

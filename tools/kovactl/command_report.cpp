@@ -94,9 +94,9 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   check_writable(options.file);
   InterruptGuard guard;
   const auto session = open_session(globals);
-  const auto catalogue = Catalogue::from_document(session->capability().get());
-  ReportDocument document(catalogue.items());
-  const std::vector<Item> items = catalogue.distinct_items();
+  const Inventory inventory = Inventory::of(*session);
+  ReportDocument document(inventory.items());
+  const std::vector<Item> items = distinct(inventory.items());
   watch(*session, items, duration, interval, guard, document);
   if (document.sweeps() == 0) {
     report("stopped before the first sweep was whole; nothing is written");

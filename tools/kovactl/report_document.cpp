@@ -6,7 +6,7 @@
 
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
-#include "tools/host/value_text.h"
+#include "tools/host/status_text.h"
 
 namespace kovactl {
 
@@ -33,7 +33,7 @@ void ReportDocument::add(double time, Readings readings) {
       Failure& failure = failures_[id];
       ++failure.count;
       failure.last_time = time;
-      failure.last = reading;
+      failure.last_status = reading.status;
     }
   }
   ++last_.number;
@@ -47,8 +47,8 @@ JsonPtr ReportDocument::failures() const {
     JsonPtr entry = own(json_object());
     put(entry, "count", own(json_integer(static_cast<json_int_t>(failure.count))));
     put(entry, "last", own(json_real(failure.last_time)));
-    put(entry, "failure", json_text(failure_text(failure.last)));
-    put_status(entry, failure.last.status);
+    put(entry, "failure", json_text(read_failure(failure.last_status)));
+    put_status(entry, failure.last_status);
     put(object, id_text(id).c_str(), std::move(entry));
   }
   return object;

@@ -37,7 +37,7 @@ class ReportDocument {
   struct Failure {
     size_t count = 0;
     double last_time = 0;
-    kova_host::Reading last;
+    uint32_t last_status = 0;
   };
 
   kova_host::JsonPtr failures() const;

@@ -33,7 +33,7 @@ class Legend {
     remove.addEventListener("click", () => this.chart.toggle(item));
     const cells = Array.from({length: 4}, () => element("td"));
     this.cells.set(item.id, cells);
-    return element("tr", {}, element("th", {"scope": "row", "title": item.path}, swatch, item.title),
+    return element("tr", {}, element("th", {"scope": "row", "title": item.place}, swatch, item.title),
                    ...cells, element("td", {}, remove));
   }
 

@@ -31,7 +31,7 @@ class Item {
   constructor(entry) {
     this.id = entry.id;
     this.name = entry.name ?? entry.id;
-    this.path = entry.path ?? [...new Set([entry.family, entry.package, this.name])].join("/");
+    this.place = [...new Set([entry.family, entry.package, this.name])].join(" › ");
     this.unit = kUnits[entry.unit] ?? entry.unit ?? "";
     this.min = entry.min;
     this.max = entry.max;
@@ -107,7 +107,7 @@ class Row {
     name.textContent = item.name;
     this.button = item.numeric ? name : null;
     this.value = element("span", {"class": "value"});
-    this.node = element("li", {"class": "item", "data-id": item.id, "title": `${item.path}  ${item.id}`},
+    this.node = element("li", {"class": "item", "data-id": item.id, "title": `${item.place}  ${item.id}`},
                         name, this.value);
     if (item.numeric && !item.state && item.min < item.max) {
       this.node.append(this.makeRange());

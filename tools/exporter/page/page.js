@@ -28,7 +28,8 @@ class Page {
 
   async takeItems(answer) {
     const list = JSON.stringify(answer.items.map(
-      ({id, path, unit, min, max, options}) => [id, path, unit, min, max, options]));
+      ({id, family, package: group, name, unit, min, max, options}) =>
+        [id, family, group, name, unit, min, max, options]));
     if (this.known !== list) {
       this.known = list;
       this.list.build(answer.items);
@@ -129,14 +130,15 @@ class Page {
     const lost = live && !this.up;
     setText(this.part("state"), !live ? "Report" : lost ? "Not connected" : device ? "No device" : "Live");
     document.body.dataset.state = lost ? "lost" : device && live ? "down" : "up";
-    const old = this.list.order.length > 0 ? " These are the last readings." : "";
+    const empty = this.list.order.length === 0;
+    const old = empty ? "" : " These are the last readings.";
     const text = lost ? `No connection to the exporter; trying again.${old}`
-                      : device ? `${sentence(device)}${old}` : "";
+                      : device ? `${sentence(device)} It is looked for at every interval.${old}` : "";
     setText(this.part("alert"), text);
     this.part("alert").hidden = text === "";
-    const empty = this.part("empty");
-    empty.hidden = sweep === null || this.list.order.length > 0;
-    setText(empty, live ? "No items yet. They appear here as soon as a device answers." : "No items.");
+    this.part("chart").hidden = empty;
+    this.part("empty").hidden = sweep === null || !empty;
+    setText(this.part("empty"), live ? "No items yet. They appear here as soon as a device answers." : "No items.");
   }
 
   showAge() {
@@ -310,7 +312,7 @@ class Attention {
   }
 
   makeLine(item) {
-    const name = element("button", {"type": "button"}, item.path.split("/").join(" › "));
+    const name = element("button", {"type": "button"}, item.place);
     name.addEventListener("click", () => this.show(item));
     return element("li", {"class": item.failure !== "" ? "failed" : "outside"}, name, " ",
                    this.reasons.get(item));
