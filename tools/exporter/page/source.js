@@ -12,6 +12,7 @@
 const kSilenceSeconds = 15;  // the exporter sends something every 10 s
 const kLongestWaitSeconds = 15;
 const kAnswerSeconds = 10;
+const kHiddenSeconds = 60;
 
 class LiveSource {
   constructor() {
@@ -28,8 +29,27 @@ class LiveSource {
     this.listener = listener;
     // A laptop that wakes up, a phone that is unlocked: no reason to wait any longer.
     window.addEventListener("online", () => this.hurry());
-    document.addEventListener("visibilitychange", () => document.hidden || this.hurry());
+    document.addEventListener("visibilitychange", () => this.rest(document.hidden));
+    // A browser keeps a page that was left, for the way back, with its connection.
+    window.addEventListener("pagehide", () => this.pause());
+    window.addEventListener("pageshow", () => this.hurry());
     this.connect();
+  }
+
+  // A browser has six connections for one machine; a page that nobody sees gives its own back.
+  rest(hidden) {
+    clearTimeout(this.resting);
+    if (hidden) {
+      this.resting = setTimeout(() => this.pause(), 1000 * kHiddenSeconds);
+    } else {
+      this.hurry();
+    }
+  }
+
+  pause() {
+    this.stream?.close();
+    this.stream = null;
+    clearTimeout(this.timer);
   }
 
   // Resolves to /api/v1/history's answer: of `ids`, all that is kept; of all items without them, a
@@ -112,11 +132,7 @@ class LiveSource {
   }
 
   lose() {
-    if (this.stream !== null) {
-      this.stream.close();
-      this.stream = null;
-    }
-    clearTimeout(this.timer);
+    this.pause();
     // Spread, so that fifty pages do not come back in the same moment.
     const wait = Math.min(kLongestWaitSeconds, 2 ** this.attempts) * (0.75 + Math.random() / 2);
     this.attempts += 1;
