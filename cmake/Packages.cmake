@@ -1,10 +1,11 @@
 # Debian packages, one a component, made by scripts/package.sh: kova-iot has the plug-in,
-# kova-iot-dev what host programmers need, kova-iot-tools kovactl and the simulator.
+# kova-iot-dev what host programmers need, kova-iot-tools kovactl and the simulator, kova-iot-exporter
+# kova-exporter and its unit.
 set(KOVA_MAINTAINER "KOVA IoT module maintainers <maintainers@kova-iot.invalid>" CACHE STRING
     "Maintainer of the Debian packages, name and address")
 
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL runtime dev tools)
+set(CPACK_COMPONENTS_ALL runtime dev tools exporter)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT ${KOVA_MAINTAINER})
@@ -56,5 +57,17 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 kovactl loads the KOVA IoT module as an agent does, and lists, reads, writes
 and watches its items. A simulated device library lets both run on a machine
 without the hardware.")
+
+set(CPACK_DEBIAN_EXPORTER_PACKAGE_NAME kova-iot-exporter)
+set(CPACK_DEBIAN_EXPORTER_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_EXPORTER_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_EXPORTER_PACKAGE_DEPENDS "kova-iot (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_EXPORTER_PACKAGE_SUGGESTS kova-iot-tools)
+set(CPACK_DEBIAN_EXPORTER_DESCRIPTION
+"hardware-monitoring plug-in for an IoT agent (exporter)
+kova-exporter loads the KOVA IoT module and serves what it reads over HTTP:
+metrics for Prometheus, a live page with charts, and JSON. It listens on the
+machine itself only unless told otherwise, and cannot write to the device.
+Its systemd service is not enabled by the installation.")
 
 include(CPack)

@@ -4,7 +4,7 @@
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
-build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs"
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libsystemd-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3" ;;

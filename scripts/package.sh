@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the Debian packages kova-iot, kova-iot-dev and kova-iot-tools in build/packages/ and holds
-# them to lintian, whose warnings are shown and whose errors fail. Installs what is missing.
+# Makes the Debian packages kova-iot, kova-iot-dev, kova-iot-tools and kova-iot-exporter in
+# build/packages/ and holds them to lintian, whose warnings are shown and whose errors fail. Installs what is missing.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"

@@ -112,7 +112,7 @@ struct Server::Stream {
 };
 
 Server::Server(const Listener& listener, Site& site, ServerLimits limits)
-    : site_(site), limits_(limits), was_up_(site.state().up) {
+    : site_(site), limits_(limits) {
   announce(site.newest_event());
   constexpr unsigned kFlags = MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
   daemon_ = MHD_start_daemon(kFlags, 0, nullptr, nullptr, &on_request, this,                //
@@ -154,11 +154,9 @@ std::chrono::milliseconds Server::patience() const {
 
 void Server::serve() {
   // A device that hangs publishes nothing: the sweep just grows old.
-  const bool up = site_.state().up;
-  if (up != was_up_ || Clock::now() - event_time_ >= limits_.quiet) {
+  if (site_.state().up != was_up_ || Clock::now() - event_time_ >= limits_.quiet) {
     announce(site_.status_event());
   }
-  was_up_ = up;
   cut_off_slow_clients();
   MHD_run(daemon_);
 }
@@ -167,6 +165,7 @@ void Server::announce(std::string event) {
   event_ = std::make_shared<const std::string>(std::move(event));
   event_number_ += 1;
   event_time_ = Clock::now();
+  was_up_ = site_.state().up;
   resume_streams();
 }
 

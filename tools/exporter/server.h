@@ -76,7 +76,7 @@ class Server {
   std::shared_ptr<const std::string> event_;  // the newest
   uint64_t event_number_ = 0;
   Clock::time_point event_time_;
-  bool was_up_;
+  bool was_up_ = false;  // as the newest event tells
   bool closing_ = false;
   MHD_Daemon* daemon_ = nullptr;
 };

@@ -17,7 +17,7 @@ SweepState sweep_state(const Snapshot& snapshot, double interval,
   state.error = snapshot.error;
   if (snapshot.number == 0) {
     if (state.error.empty()) {
-      state.error = "no sweep has ended yet";
+      state.error = "the first sweep has not ended yet";
     }
     return state;
   }
