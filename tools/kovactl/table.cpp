@@ -1,12 +1,13 @@
 // Aligned tables of items, in the manner of hardware-monitoring tools.
-#include "table.h"
+#include "tools/kovactl/table.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
 
-#include "value_text.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/value_text.h"
 
 namespace kovactl {
 namespace {
