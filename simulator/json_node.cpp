@@ -31,7 +31,8 @@ bool find_value(const json_t* at, const json_t* container, std::size_t index, Pl
   };
   if (json_is_array(at)) {
     for (std::size_t element = 0; element < json_array_size(at); ++element) {
-      if (step(json_array_get(at, element), "[" + std::to_string(element) + "]")) {
+      if (step(json_array_get(at, element),
+               std::string("[").append(std::to_string(element)).append("]"))) {
         return true;
       }
     }
@@ -42,7 +43,7 @@ bool find_value(const json_t* at, const json_t* container, std::size_t index, Pl
        member = json_object_iter_next(object, member)) {
     ++place.tokens;
     if (step(json_object_iter_value(member),
-             (length == 0 ? "" : ".") + std::string(json_object_iter_key(member)))) {
+             std::string(length == 0 ? "" : ".").append(json_object_iter_key(member)))) {
       return true;
     }
   }
