@@ -148,6 +148,17 @@ KOVA_RECORDER_EXPORT const char* KovaRecorderError(void) {
   return recorder == nullptr ? "out of memory" : recorder->error();
 }
 
+KOVA_RECORDER_EXPORT uint32_t KovaRecorderHasLibrary(void) {
+  Recorder* recorder = kova_recorder::recorder();
+  return recorder != nullptr && recorder->library().get != nullptr ? 1 : 0;
+}
+
+KOVA_RECORDER_EXPORT void KovaRecorderDiscard(void) {
+  if (Recorder* recorder = kova_recorder::recorder()) {
+    recorder->discard();
+  }
+}
+
 KOVA_RECORDER_EXPORT void KovaRecorderSetTime(uint64_t milliseconds) {
   if (Recorder* recorder = kova_recorder::recorder()) {
     recorder->set_time(milliseconds);

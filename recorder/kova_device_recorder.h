@@ -33,6 +33,9 @@ extern "C" {
 uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value);
 uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value);
 
+/* 1 if there is a device library that calls are forwarded to, or else 0. */
+uint32_t KovaRecorderHasLibrary(void);
+
 /* Null while calls are recorded, or the one-line reason why they are not, or no more. The text
  * stays until the process ends. */
 const char* KovaRecorderError(void);
@@ -47,6 +50,9 @@ void KovaRecorderSetTime(uint64_t milliseconds);
  * this call the file is finished when the process exits, or when a file of the same name with
  * ".stop" behind it appears. */
 uint32_t KovaRecorderFinish(void);
+
+/* Ends the recording and leaves the file of that name as it was. */
+void KovaRecorderDiscard(void);
 
 #ifdef __cplusplus
 }

@@ -221,6 +221,14 @@ bool Recorder::finish() noexcept {
   return !has_failed_;
 }
 
+void Recorder::discard() noexcept {
+  {
+    const Lock lock(mutex_);
+    is_discarded_ = true;
+  }
+  finish();
+}
+
 void Recorder::after_fork_in_child() noexcept {
   // The thread is the parent's, and so is the file, which is in whatever state that thread had it.
   if (file_) {
@@ -286,10 +294,15 @@ void Recorder::write_pending(Lock& lock) {
 void Recorder::close_file(Lock& lock) noexcept {
   try {
     written_.ending = has_failed_ ? "it stopped early" : "";
+    const bool is_discarded = is_discarded_;
     lock.unlock();
-    file_->write_note(written_);
-    file_->sync();
-    file_->finish();
+    if (is_discarded) {
+      file_->remove();
+    } else {
+      file_->write_note(written_);
+      file_->sync();
+      file_->finish();
+    }
     lock.lock();
   } catch (const std::exception& error) {
     lock_again(lock);

@@ -39,6 +39,9 @@ class Recorder {
   /// Ends the recording; true if all of it is in its file.
   bool finish() noexcept;
 
+  /// Ends the recording; the file of that name stays as it was.
+  void discard() noexcept;
+
   /// Why nothing is recorded, or no more; null while all is well. The host that asks is told
   /// here, and stderr is no longer.
   const char* error() noexcept;
@@ -78,6 +81,7 @@ class Recorder {
   std::condition_variable wake_;
   bool is_recording_ = false;
   bool has_failed_ = false;
+  bool is_discarded_ = false;
   bool is_told_ = false;
   std::string error_;
   ChangeFilter filter_{{}};

@@ -166,6 +166,10 @@ void RecordingFile::sync() {
   }
 }
 
+void RecordingFile::remove() {
+  unlink(part_.c_str());
+}
+
 void RecordingFile::finish() {
   if (std::rename(part_.c_str(), file_.c_str()) != 0) {
     fail("cannot be replaced");

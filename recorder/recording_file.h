@@ -45,6 +45,9 @@ class RecordingFile {
   /// Moves the file to its own name, in place of what was there.
   void finish();
 
+  /// Takes it away again, and leaves alone what it was to replace.
+  void remove();
+
   std::uint64_t size() const { return size_; }
 
   /// Lets go of it without another look at it: it is the parent process's.
