@@ -21,18 +21,18 @@ class Lists(TestCase):
   ID          NAME           VALUE       RANGE     ACCESS
 
 PoE: PoE 1
-  0x14140B01  PoE 1 power    1 (Enable)  0 .. 1    rw
-  0x14140801  PoE 1 detect   4           0 .. 7    r
-  0x14140901  PoE 1 class    4           0 .. 7    r
-  0x14140401  PoE 1 current  412.002 mA  0 .. 600  r
-  0x14140201  PoE 1 voltage  12.1 V      0 .. 100  r
+  0x14140B01  PoE 1 power    1 (Enable)   0 .. 1    rw
+  0x14140801  PoE 1 detect   4            0 .. 7    r
+  0x14140901  PoE 1 class    4            0 .. 7    r
+  0x14140401  PoE 1 current  412.002 mA   0 .. 600  r
+  0x14140201  PoE 1 voltage  12.1 V       0 .. 100  r
 
 PoE: PoE 2
-  0x14140B02  PoE 2 power    1 (Enable)  0 .. 1    rw
-  0x14140802  PoE 2 detect   4           0 .. 7    r
-  0x14140902  PoE 2 class    2           0 .. 7    r
+  0x14140B02  PoE 2 power    1 (Enable)   0 .. 1    rw
+  0x14140802  PoE 2 detect   4            0 .. 7    r
+  0x14140902  PoE 2 class    2            0 .. 7    r
   0x14140402  PoE 2 current  unreadable: the device did not answer (0x5)  0 .. 600  r
-  0x14140202  PoE 2 voltage  48.247 V    0 .. 100  r""")
+  0x14140202  PoE 2 voltage  48.247 V     0 .. 100  r""")
         board = run([*self.worn, "list", "--family", "trk-7000"]).out
         self.assertIn("150 Cel   0 .. 100   r  OUT OF RANGE\n", board)
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 
 namespace {
 

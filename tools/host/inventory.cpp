@@ -7,7 +7,7 @@
 #include <set>
 #include <tuple>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/device_library.h"
 #include "tools/host/document.h"
 

@@ -133,10 +133,10 @@ FamilyData family_from(const json_t* json) {
   return family;
 }
 
-// `text` with the number of the instance in the place of "{n}" or "{n-1}".
+// `text` with the number of the instance in the place of "{n}" or "{i}".
 std::string numbered(std::string text, uint32_t number) {
   const std::array<std::pair<std::string_view, uint32_t>, 2> marks = {
-      {{"{n}", number}, {"{n-1}", number - 1}}};
+      {{"{n}", number}, {"{i}", number - 1}}};
   for (const auto& [mark, value] : marks) {
     if (const size_t at = text.find(mark); at != std::string::npos) {
       text.replace(at, mark.size(), std::to_string(value));

@@ -15,7 +15,8 @@ namespace kova_host {
 
 struct PackageData {
   uint32_t id = 0;
-  std::string name;  // of a family with instances: with "{n}" or "{n-1}" for the number
+  // Of a family with instances: with "{n}" for the number from 1, or "{i}" for it from 0.
+  std::string name;
   std::vector<Item> items;
 };
 

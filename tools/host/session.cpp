@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/diagnosis.h"
 #include "tools/host/errors.h"
 #include "tools/host/locations.h"

@@ -3,30 +3,17 @@
 
 #include <fmt/format.h>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 
 namespace kova_host {
 
 std::string_view status_name(uint32_t status) {
   switch (status) {
-    case IOT_STATUS_SUCCESS:
-      return "IOT_STATUS_SUCCESS";
-    case IOT_STATUS_NOT_READY:
-      return "IOT_STATUS_NOT_READY";
-    case IOT_STATUS_NOT_FOUND:
-      return "IOT_STATUS_NOT_FOUND";
-    case IOT_STATUS_UNSUPPORTED:
-      return "IOT_STATUS_UNSUPPORTED";
-    case IOT_STATUS_READ_FAILED:
-      return "IOT_STATUS_READ_FAILED";
-    case IOT_STATUS_WRITE_FAILED:
-      return "IOT_STATUS_WRITE_FAILED";
-    case IOT_STATUS_INVALID_PARAMETER:
-      return "IOT_STATUS_INVALID_PARAMETER";
-    case IOT_STATUS_JSON_ERROR:
-      return "IOT_STATUS_JSON_ERROR";
-    case IOT_STATUS_UNDEFINED_ITEM:
-      return "IOT_STATUS_UNDEFINED_ITEM";
+#define NAME(code, meaning) \
+  case code:                \
+    return #code;
+    KOVA_IOT_STATUSES(NAME)
+#undef NAME
     default:
       return "";
   }

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
 #include "tools/host/status_text.h"
