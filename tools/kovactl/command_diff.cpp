@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "tools/host/comparison.h"
@@ -109,53 +110,117 @@ Listing listing_of(const GlobalOptions& globals, const std::string& name) {
   return is_listing(text) ? parse_listing(text, name) : play(globals, name);
 }
 
-std::string value_text(const Change& change, const std::optional<ListedItem>& listed) {
-  if (!listed) {
-    return "-";
-  }
-  const bool is_range = change.kind == ChangeKind::range;
-  const std::string text =
-      is_range ? range_text(listed->item) : value_with_unit(listed->item, listed->reading);
-  return printable(text.empty() ? "-" : text);
+// Memory modules pad their texts with blanks.
+std::string shown(const Change& change, const ListedItem& listed) {
+  std::string text =
+      printable(change.kind == ChangeKind::range ? range_text(listed.item)
+                                                 : value_with_unit(listed.item, listed.reading));
+  text.erase(text.find_last_not_of(' ') + 1);
+  return text.empty() ? "-" : text;
 }
 
-// "reads again  PIC/Settings/Low battery cut-off  unreadable: ... -> 10.5 V"
-std::string change_lines(const std::vector<Change>& changes) {
-  size_t kind_width = 0;
-  size_t path_width = 0;
-  for (const Change& change : changes) {
-    kind_width = std::max(kind_width, change_name(change.kind).size());
-    path_width = std::max(path_width, display_width(printable(path_of(change.item()))));
+std::string values_text(const Change& change) {
+  if (!change.before) {
+    return shown(change, *change.after);
+  }
+  if (!change.after) {
+    return "was " + shown(change, *change.before);
+  }
+  return shown(change, *change.before) + " -> " + shown(change, *change.after);
+}
+
+// A line of output: what has happened, where, and the values.
+struct Line {
+  std::string_view what;
+  std::string where;
+  std::string values;
+};
+
+std::string lines_text(const std::vector<Line>& lines) {
+  size_t what_width = 0;
+  size_t where_width = 0;
+  for (const Line& line : lines) {
+    what_width = std::max(what_width, line.what.size());
+    where_width = std::max(where_width, display_width(line.where));
   }
   std::string text;
-  for (const Change& change : changes) {
-    text += padded(std::string(change_name(change.kind)), kind_width) + "  " +
-            padded(printable(path_of(change.item())), path_width) + "  " +
-            value_text(change, change.before) + " -> " + value_text(change, change.after) + "\n";
+  for (const Line& line : lines) {
+    text += padded(std::string(line.what), what_width) + "  " + padded(line.where, where_width) +
+            "  " + line.values + "\n";
   }
   return text;
 }
 
-// One line for a family of which everything has come or gone.
-std::string family_lines(std::vector<Change>& changes, const Listing& listing, ChangeKind kind) {
-  std::map<std::string, size_t> sizes;
+// How many items a listing has in each family and in each of its packages.
+using Sizes = std::map<std::string, size_t>;
+
+Sizes sizes_of(const Listing& listing) {
+  Sizes sizes;
   for (const ListedItem& listed : listing) {
     ++sizes[listed.item.family];
+    ++sizes[listed.item.family + "/" + listed.item.package];
   }
-  std::map<std::string, size_t> changed;
+  return sizes;
+}
+
+// Families and packages of which all items have come, or gone, get one line instead of one each.
+class Groups {
+ public:
+  Groups(const std::vector<Change>& changes, const Listing& before, const Listing& after)
+      : before_(sizes_of(before)), after_(sizes_of(after)) {
+    Listing gone;
+    Listing come;
+    for (const Change& change : changes) {
+      if (!change.after) {
+        gone.push_back(*change.before);
+      } else if (!change.before) {
+        come.push_back(*change.after);
+      }
+    }
+    gone_ = sizes_of(gone);
+    come_ = sizes_of(come);
+  }
+
+  // "PoE", "SDRAM/SDRAM2", or "" for an item that stands for itself.
+  std::string group_of(const Change& change) const {
+    const Sizes& all = change.after ? after_ : before_;
+    const Sizes& changed = change.after ? come_ : gone_;
+    const Item& item = change.item();
+    for (const std::string& group : {item.family, item.family + "/" + item.package}) {
+      const auto found = changed.find(group);
+      if (found != changed.end() && found->second == all.at(group)) {
+        return group;
+      }
+    }
+    return "";
+  }
+
+  size_t size(const Change& change, const std::string& group) const {
+    return (change.after ? after_ : before_).at(group);
+  }
+
+ private:
+  Sizes before_;
+  Sizes after_;
+  Sizes gone_;
+  Sizes come_;
+};
+
+std::string changes_text(const std::vector<Change>& changes, const Groups& groups) {
+  std::vector<Line> lines;
+  std::set<std::string> told;
   for (const Change& change : changes) {
-    changed[change.item().family] += change.kind == kind ? 1 : 0;
-  }
-  std::string text;
-  for (const auto& [family, size] : sizes) {
-    if (changed[family] == size) {
-      text += fmt::format("{}  {}, all {} items\n", change_name(kind), printable(family), size);
+    const bool is_both = change.before && change.after;
+    const std::string group = is_both ? "" : groups.group_of(change);
+    if (group.empty()) {
+      lines.push_back(
+          {change_name(change.kind), printable(path_of(change.item())), values_text(change)});
+    } else if (told.insert(group).second) {
+      lines.push_back({change_name(change.kind), printable(group),
+                       fmt::format("all {} items", groups.size(change, group))});
     }
   }
-  std::erase_if(changes, [&](const Change& change) {
-    return change.kind == kind && changed[change.item().family] == sizes[change.item().family];
-  });
-  return text;
+  return lines_text(lines);
 }
 
 std::string summary(const Comparison& comparison) {
@@ -201,17 +266,14 @@ std::string json_text_of(const Comparison& comparison) {
 ExitCode run(const GlobalOptions& globals, const Options& options) try {
   const Listing before = listing_of(globals, options.before);
   const Listing after = listing_of(globals, options.after);
-  Comparison comparison = compare(before, after, options.all);
-  const bool same = comparison.changes.empty();
+  const Comparison comparison = compare(before, after, options.all);
   if (options.json) {
     print(json_text_of(comparison));
   } else {
-    const std::string total = summary(comparison);
-    const std::string families = family_lines(comparison.changes, before, ChangeKind::vanished) +
-                                 family_lines(comparison.changes, after, ChangeKind::appeared);
-    print(families + change_lines(comparison.changes) + total);
+    const Groups groups(comparison.changes, before, after);
+    print(changes_text(comparison.changes, groups) + summary(comparison));
   }
-  return same ? ExitCode::success : ExitCode::item_failed;
+  return comparison.changes.empty() ? ExitCode::success : ExitCode::item_failed;
 } catch (const HostError& error) {
   // As with diff(1), 1 says that there are differences, and all trouble is 2.
   throw HostError(Fault::usage, error.what(), error.status());
