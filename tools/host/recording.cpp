@@ -109,14 +109,13 @@ std::optional<std::string> Recording::finish() {
 
 std::string private_codes() {
   std::set<uint32_t> codes;
-  std::set<uint32_t> needed;  // by items that are not private, and tell nothing that is
   for (const FamilyData& family : item_data()) {
     for (const Item& item : family.items(family.instances ? family.instances->max : 1)) {
-      auto& target = item.facts.is_private ? codes : needed;
-      target.insert(item.facts.codes.begin(), item.facts.codes.end());
+      if (item.facts.is_private) {
+        codes.insert(item.facts.codes.begin(), item.facts.codes.end());
+      }
     }
   }
-  std::erase_if(codes, [&needed](uint32_t code) { return needed.contains(code); });
   std::string text;
   for (auto at = codes.begin(); at != codes.end();) {
     const uint32_t first = *at;
