@@ -294,7 +294,7 @@ void Recorder::write_pending(Lock& lock) {
 void Recorder::close_file(Lock& lock) noexcept {
   try {
     written_.ending = has_failed_ ? "it stopped early" : "";
-    const bool is_discarded = is_discarded_;
+    const bool is_discarded = is_discarded_ || file_->is_empty();
     lock.unlock();
     if (is_discarded) {
       file_->remove();

@@ -49,6 +49,7 @@ class RecordingFile {
   void remove();
 
   std::uint64_t size() const { return size_; }
+  bool is_empty() const { return is_empty_; }
 
   /// Lets go of it without another look at it: it is the parent process's.
   void abandon();
