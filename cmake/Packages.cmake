@@ -55,8 +55,9 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS bash-completion)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "hardware-monitoring plug-in for an IoT agent (command-line tool)
 kovactl loads the KOVA IoT module as an agent does, and lists, reads, writes
-and watches its items. A simulated device library lets both run on a machine
-without the hardware.")
+and watches its items, records a machine and compares two. A simulated device
+library lets both run on a machine without the hardware, and replays what was
+recorded.")
 
 set(CPACK_DEBIAN_EXPORTER_PACKAGE_NAME kova-iot-exporter)
 set(CPACK_DEBIAN_EXPORTER_PACKAGE_SECTION net)

@@ -57,7 +57,7 @@ TEST(SimulatorLibrary, AnswersFromTheBuiltinMachine) {
 TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
   const std::string path = testing::TempDir() + "bad_machine.json";
   std::ofstream(path) << R"({"base": "builtin", "codes": {"0x1": {"valeu": 1}}})";
-  const std::string reason = path + ": codes.0x1.valeu: unknown key";
+  const std::string reason = path + ":1: codes.0x1.valeu: unknown key";
   {
     const Loaded library(path.c_str());
     std::uint32_t word = 77;

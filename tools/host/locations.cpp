@@ -45,6 +45,12 @@ fs::path simulator_library() {
       {fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../../simulator" / name}, name);
 }
 
+fs::path recorder_library() {
+  const fs::path name = "libKOVADeviceRecorder.so";
+  return first_file(
+      {fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../../recorder" / name}, name);
+}
+
 fs::path machine_description(const std::string& name) {
   std::error_code error;
   if (fs::exists(name, error)) {

@@ -10,6 +10,7 @@ namespace kova_host {
 // name, for the dynamic linker to search.
 std::filesystem::path module_library();
 std::filesystem::path simulator_library();
+std::filesystem::path recorder_library();
 
 // `name` is a file, or the name without suffix of a description that is shipped, such as
 // "sixteen-modules". Throws HostError (usage) if there is neither.

@@ -3,6 +3,7 @@
 
 const kKeptSeconds = 1800;  // as long as the exporter remembers
 const kMostPlotted = 16;
+const kStates = "States";
 const kColours = 8;  // --plot-0 and so on in page.css; further lines are dashed
 
 // Its legend writes style attributes, which the page's security policy forbids; there is one below.
@@ -14,7 +15,11 @@ class Panel {
     this.chart = chart;
     this.ids = "";
     this.canvas = element("div", {"class": "plot"});
-    this.node = element("section", {"class": "panel"}, element("h3", {}, unit), this.canvas);
+    this.line = element("div", {"class": "cursor", "hidden": ""});
+    this.states = unit === kStates;
+    this.node = element("section", {"class": this.states ? "panel states" : "panel"},
+                        element("h3", {}, unit),
+                        element("div", {"class": "frame"}, this.canvas, this.line));
     this.graph = null;
   }
 
@@ -39,15 +44,45 @@ class Panel {
     return {
       labels: ["time", ...ids], series, dateWindow, strokeWidth: 1.5, highlightCircleSize: 4,
       axisLineColor: line, gridLineColor: line, axisLabelFontSize: 12, resizable: "passive",
-      drawGapEdgePoints: true, xRangePad: 2,
+      drawGapEdgePoints: true, xRangePad: 2, yRangePad: 6,
       axes: {
         x: {ticker: Dygraph.dateTicker, axisLabelFormatter: Dygraph.dateAxisLabelFormatter},
-        y: {axisLabelWidth: 52},
+        // There is nothing between one state and the next.
+        y: {axisLabelWidth: 52, ...this.states && {
+          axisLabelFormatter: (value) => Number.isInteger(value) ? String(value) : ""}},
       },
+      interactionModel: this.interaction(),
       highlightCallback: (event, x) => this.chart.point(x / kMilliseconds),
       unhighlightCallback: () => this.chart.point(null),
       drawCallback: (graph) => this.chart.moved(graph.xAxisRange()),
     };
+  }
+
+  // The cursor at a sample; -1 for none.
+  point(at) {
+    const x = at < 0 ? -1 : this.graph.toDomXCoord(kMilliseconds * this.chart.samples.times[at]);
+    const {x: left, w: width} = this.graph.getArea();
+    this.line.hidden = x < left || x > left + width;
+    this.line.style.left = `${x}px`;
+    if (at >= 0) {
+      this.graph.setSelection(at);
+    } else {
+      this.graph.clearSelection();
+    }
+  }
+
+  // One finger reads values, and scrolls the page up and down; two pan and zoom.
+  interaction() {
+    const {touchstart, touchmove, ...rest} = Dygraph.defaultInteractionModel;
+    const by = (two) => (event, graph, context) => {
+      if (event.touches.length > 1) {
+        two(event, graph, context);
+      } else {
+        const [x] = graph.eventToDomCoords(event.touches[0]);
+        this.chart.point(graph.toDataXCoord(x) / kMilliseconds);
+      }
+    };
+    return {...rest, touchstart: by(touchstart), touchmove: by(touchmove)};
   }
 
   remove() {
@@ -132,12 +167,12 @@ class Chart {
     };
   }
 
-  // Items by what stands at their axis.
+  // Items by what stands at their axis; none before there are samples.
   groups() {
     const groups = new Map();
-    if (this.loaded === this.asked) {
+    if (this.loaded === this.asked && this.samples.times.length > 0) {
       for (const item of this.items.values()) {
-        const unit = item.state ? "States" : item.unit || "Numbers";
+        const unit = item.state ? kStates : item.unit || "Numbers";
         groups.set(unit, [...(groups.get(unit) ?? []), item]);
       }
     }
@@ -195,13 +230,7 @@ class Chart {
 
   showCursor() {
     const at = this.cursor === null ? -1 : this.samples.nearest(this.cursor);
-    for (const {graph} of this.panels.values()) {
-      if (at >= 0) {
-        graph.setSelection(at);
-      } else {
-        graph.clearSelection();
-      }
-    }
+    this.panels.forEach((panel) => panel.point(at));
     this.legend.update(at);
   }
 }

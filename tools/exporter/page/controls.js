@@ -4,7 +4,7 @@
 const kSpans = [[60, "1 min"], [300, "5 min"], [1800, "30 min"], [null, "All"]];
 
 function clock(time) {
-  return new Date(kMilliseconds * time).toLocaleTimeString();
+  return new Date(kMilliseconds * time).toLocaleTimeString([], {hourCycle: "h23"});
 }
 
 function rounded(number) {
@@ -15,6 +15,7 @@ function rounded(number) {
 class Legend {
   constructor(table, chart) {
     this.chart = chart;
+    this.cells = new Map();  // ID -> value, min, mean, max
     this.when = table.querySelector("#legend-when");
     this.body = table.querySelector("tbody");
   }
@@ -28,11 +29,11 @@ class Legend {
     const swatch = element("span", {"class": "swatch"});
     swatch.style.borderTopColor = this.chart.look(item).color;
     swatch.style.borderTopStyle = this.chart.look(item).strokePattern === null ? "solid" : "dashed";
-    const remove = element("button", {"type": "button", "aria-label": `Remove ${item.name}`}, "×");
+    const remove = element("button", {"type": "button", "aria-label": `Remove ${item.title}`}, "×");
     remove.addEventListener("click", () => this.chart.toggle(item));
     const cells = Array.from({length: 4}, () => element("td"));
     this.cells.set(item.id, cells);
-    return element("tr", {}, element("th", {"scope": "row", "title": item.path}, swatch, item.name),
+    return element("tr", {}, element("th", {"scope": "row", "title": item.place}, swatch, item.title),
                    ...cells, element("td", {}, remove));
   }
 
@@ -55,7 +56,7 @@ class Legend {
   // The values in one line, for whoever hears the page.
   spoken() {
     const values = [...this.cells].map(
-      ([id, [value]]) => `${this.chart.items.get(id).name} ${value.textContent}`);
+      ([id, [value]]) => `${this.chart.items.get(id).title} ${value.textContent}`);
     return `${this.when.textContent}: ${values.join(", ")}`;
   }
 }

@@ -31,14 +31,16 @@ class Item {
   constructor(entry) {
     this.id = entry.id;
     this.name = entry.name ?? entry.id;
-    this.path = entry.path ?? [entry.family, entry.package, this.name].join("/");
+    this.place = [...new Set([entry.family, entry.package, this.name])].join(" › ");
     this.unit = kUnits[entry.unit] ?? entry.unit ?? "";
     this.min = entry.min;
     this.max = entry.max;
     this.labels = new Map((entry.options ?? []).map(({value, label}) => [value, label]));
     this.numeric = entry.kind !== "text" && entry.kind !== undefined;
+    this.moves = this.numeric && !["identity", "setting", "default"].includes(entry.role);
     this.rows = [];
     this.recent = [];  // the newest samples, null where there was no value
+    this.slots = kRecentSamples;  // how many the small line has room for
     this.value = null;
     this.failure = "";  // why there is no value, if that is a failure
   }
@@ -69,12 +71,14 @@ class Item {
   // `value` as people read it: with its label or its unit.
   text(value) {
     if (value === null || value === undefined) {
-      return "–";
+      return "N/A";
     }
     if (this.labels.has(value)) {
       return `${value} (${this.labels.get(value)})`;
     }
-    return this.numeric && this.unit !== "" ? `${value} ${this.unit}` : String(value);
+    // A text may be a number, or "3 h 0 m".
+    const number = this.numeric || /^-?[0-9.]+$/.test(value);
+    return number && this.unit !== "" ? `${value} ${this.unit}` : String(value);
   }
 
   take(value, failure) {
@@ -91,8 +95,10 @@ function failureText(failed) {
 
 // An item's line on the page.
 class Row {
-  constructor(item) {
+  constructor(item, {family, package: group}) {
     this.item = item;
+    this.words = [family, group, item.name, item.id, item.unit, ...item.labels.values()]
+      .join(" ").toLowerCase();
     this.visible = false;
     this.drawn = null;  // the samples that the small line shows, as text
     const name = item.numeric ? element("button", {"type": "button", "aria-pressed": "false"})
@@ -101,22 +107,25 @@ class Row {
     name.textContent = item.name;
     this.button = item.numeric ? name : null;
     this.value = element("span", {"class": "value"});
-    this.node = element("li", {"class": "item", "data-id": item.id, "title": `${item.path}  ${item.id}`},
-                        name, this.value, this.makeRange(), this.makeSpark());
+    this.node = element("li", {"class": "item", "data-id": item.id, "title": `${item.place}  ${item.id}`},
+                        name, this.value);
+    if (item.numeric && !item.state && item.min < item.max) {
+      this.node.append(this.makeRange());
+    }
+    if (item.moves) {
+      this.node.append(this.makeSpark());
+    }
   }
 
   makeRange() {
-    const {min, max, numeric} = this.item;
-    const range = element("span", {"class": "range"});
-    if (numeric && !this.item.state && min < max) {
-      this.fill = element("span", {"class": "fill"});
-      range.append(element("span", {"class": "hidden-text"}, "range "),
-                   element("span", {"class": "end"}, String(min)),
+    const {min, max} = this.item;
+    this.fill = element("span", {"class": "fill"});
+    return element("span", {"class": "range"},
+                   element("span", {"class": "hidden-text"}, "range "),
+                   element("span", {}, String(min)),
                    element("span", {"class": "hidden-text"}, " to "),
                    element("span", {"class": "bar", "aria-hidden": "true"}, this.fill),
-                   element("span", {"class": "end"}, String(max)));
-    }
-    return range;
+                   element("span", {}, String(max)));
   }
 
   makeSpark() {
@@ -125,10 +134,8 @@ class Row {
     spark.setAttribute("viewBox", `0 0 ${kSparkWidth} ${kSparkHeight}`);
     spark.setAttribute("preserveAspectRatio", "none");
     spark.setAttribute("aria-hidden", "true");
-    if (this.item.numeric) {
-      this.path = document.createElementNS(kSvg, "path");
-      spark.append(this.path);
-    }
+    this.path = document.createElementNS(kSvg, "path");
+    spark.append(this.path);
     return spark;
   }
 
@@ -159,7 +166,7 @@ class Row {
   }
 
   drawSpark() {
-    const line = sparkPath(this.item.recent);
+    const line = sparkPath(this.item.recent, this.item.slots);
     if (line !== this.drawn) {
       this.drawn = line;
       this.path.setAttribute("d", line);
@@ -172,8 +179,9 @@ class Row {
   }
 }
 
-// The samples as a path that fills the small picture, newest at the right, with gaps left open.
-function sparkPath(samples) {
+// The samples as a path in a small picture that has room for `slots`, newest at the right, with gaps
+// left open.
+function sparkPath(samples, slots) {
   let low = Infinity;
   let high = -Infinity;
   for (const sample of samples) {
@@ -182,7 +190,7 @@ function sparkPath(samples) {
       high = Math.max(high, sample);
     }
   }
-  const step = kSparkWidth / (kRecentSamples - 1);
+  const step = kSparkWidth / Math.max(1, slots - 1);
   const height = kSparkHeight - 4;
   let path = "";
   let pen = "M";
@@ -220,10 +228,20 @@ class ItemList {
       }
       return this.items.get(entry.id);
     });
-    this.rows = this.order.map((item) => new Row(item));
+    this.nameAll(entries);
+    this.rows = this.order.map((item, i) => new Row(item, entries[i]));
     this.rows.forEach((row) => row.item.rows.push(row));
     this.root.replaceChildren(...this.makeFamilies(entries));
     this.rows.forEach((row) => this.watcher.observe(row.node));
+  }
+
+  // Sixteen modules have sixteen temperatures: away from their place they need the package's name.
+  nameAll(entries) {
+    const counts = new Map();
+    this.items.forEach(({name}) => counts.set(name, (counts.get(name) ?? 0) + 1));
+    this.order.forEach((item, i) => {
+      item.title = counts.get(item.name) > 1 ? `${entries[i].package} › ${item.name}` : item.name;
+    });
   }
 
   makeFamilies(entries) {
@@ -237,14 +255,15 @@ class ItemList {
     return [...families].map(([name, packages], i) => {
       const family = element("details", {"class": "family", "id": `family-${i}`, "open": ""},
                              element("summary", {}, element("h2", {}, name)));
-      family.append(...[...packages].map(([title, rows]) => ItemList.makePackage(title, rows)));
+      family.append(...[...packages].map(([title, rows]) => ItemList.makePackage(title, rows, title !== name)));
       return family;
     });
   }
 
-  static makePackage(title, rows) {
+  // Some families are one package of the same name; once is enough.
+  static makePackage(title, rows, named) {
     const list = element("ul", {"aria-label": title}, ...rows.map((row) => row.node));
-    return element("section", {"class": "package"}, element("h3", {}, title), list);
+    return element("section", {"class": "package"}, ...named ? [element("h3", {}, title)] : [], list);
   }
 
   see(entries) {
@@ -272,11 +291,29 @@ class ItemList {
     }
   }
 
-  // The small lines anew, from /api/v1/history's answer.
-  recall({series}) {
+  // The small lines anew, from /api/v1/history's answer: its end, or all of it, thinned out.
+  recall({times, series}, all) {
+    const every = all ? Math.ceil(times.length / kRecentSamples) : 1;
     for (const item of this.items.values()) {
-      item.recent = (series[item.id] ?? []).slice(-kRecentSamples);
+      const samples = series[item.id] ?? [];
+      item.recent = samples.filter((_, i) => (samples.length - 1 - i) % every === 0)
+                           .slice(-kRecentSamples);
+      item.slots = all ? item.recent.length : kRecentSamples;
     }
+  }
+
+  // The `count` readings that moved most, measured by their ranges.
+  liveliest({series}, count) {
+    const moves = (item) => {
+      const seen = (series[item.id] ?? []).filter((value) => value !== null);
+      const low = seen.reduce((a, b) => Math.min(a, b), Infinity);
+      return seen.reduce((a, b) => Math.max(a, b), -Infinity) - low;
+    };
+    return [...this.items.values()]
+      .filter((item) => item.moves && !item.state && item.min < item.max)
+      .map((item) => [moves(item) / (item.max - item.min), item])
+      .filter(([part]) => part > 0)
+      .sort(([a], [b]) => b - a).slice(0, count).map(([, item]) => item);
   }
 
   update() {
@@ -292,11 +329,8 @@ class ItemList {
   filter(text) {
     const words = text.toLowerCase().split(/\s+/).filter((word) => word !== "");
     let found = 0;
-    for (const row of this.rows) {
-      const {item, node} = row;
-      const place = `${item.path} ${item.id} ${item.unit}`.toLowerCase();
-      const labels = [...item.labels.values()].join(" ").toLowerCase();
-      node.hidden = !words.every((word) => place.includes(word) || labels.includes(word));
+    for (const {node, words: own} of this.rows) {
+      node.hidden = !words.every((word) => own.includes(word));
       found += node.hidden ? 0 : 1;
     }
     for (const group of this.root.querySelectorAll(".package, .family")) {

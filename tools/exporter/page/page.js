@@ -3,6 +3,7 @@
 "use strict";
 
 const kTitle = "KOVA machine";
+const kFirstPlotted = 4;
 
 class Page {
   constructor(source) {
@@ -26,10 +27,11 @@ class Page {
   }
 
   async takeItems(answer) {
-    const ids = answer.items.map((item) => item.id).join();
-    if (this.ids !== ids || this.listNumber !== answer.sweep.list) {
-      this.ids = ids;
-      this.listNumber = answer.sweep.list;
+    const list = JSON.stringify(answer.items.map(
+      ({id, family, package: group, name, unit, min, max, options}) =>
+        [id, family, group, name, unit, min, max, options]));
+    if (this.known !== list) {
+      this.known = list;
       this.list.build(answer.items);
       this.showFamilies();
       this.search();
@@ -43,10 +45,23 @@ class Page {
     this.showMachine(answer);
     this.takeStatus(answer.sweep);
     const recent = await this.source.history().catch(() => null);
-    if (recent !== null && this.ids === ids) {
-      this.list.recall(recent);
-      this.attention.recall(this.source.report, recent, this.list.items);
+    if (recent !== null && this.known === list) {
+      this.list.recall(recent, !this.source.live);
+      if (!this.source.live) {
+        this.takeReport(recent);
+      }
       this.refresh();
+    }
+  }
+
+  // Nobody is there to choose: what went wrong is plotted, or else what moved.
+  takeReport(recent) {
+    this.attention.recall(this.source.report, recent, this.list.items);
+    if (this.chart.items.size === 0) {
+      const wrong = [...this.attention.past.keys()].filter(
+        ({id}) => recent.series[id]?.some((value) => value !== null));
+      const chosen = new Set([...wrong, ...this.list.liveliest(recent, kFirstPlotted)]);
+      this.chart.choose([...chosen].slice(0, kFirstPlotted));
     }
   }
 
@@ -104,7 +119,7 @@ class Page {
     setText(this.part("about"), `${simulated}KOVA IoT module ${release}`);
     if (!this.source.live) {
       const {made, source} = this.source.report;
-      setText(this.part("links"), `Report of ${new Date(1000 * made).toLocaleString()}: ${source}`);
+      setText(this.part("links"), `Report of ${dateAndTime(made)}: ${source}`);
     }
   }
 
@@ -115,14 +130,15 @@ class Page {
     const lost = live && !this.up;
     setText(this.part("state"), !live ? "Report" : lost ? "Not connected" : device ? "No device" : "Live");
     document.body.dataset.state = lost ? "lost" : device && live ? "down" : "up";
-    const old = this.list.order.length > 0 ? " These are the last readings." : "";
+    const empty = this.list.order.length === 0;
+    const old = empty ? "" : " These are the last readings.";
     const text = lost ? `No connection to the exporter; trying again.${old}`
-                      : device ? `${sentence(device)}${old}` : "";
+                      : device ? `${sentence(device)} It is looked for at every interval.${old}` : "";
     setText(this.part("alert"), text);
     this.part("alert").hidden = text === "";
-    const empty = this.part("empty");
-    empty.hidden = sweep === null || this.list.order.length > 0;
-    setText(empty, live ? "No items yet. They appear here as soon as a device answers." : "No items.");
+    this.part("chart").hidden = empty;
+    this.part("empty").hidden = sweep === null || !empty;
+    setText(this.part("empty"), live ? "No items yet. They appear here as soon as a device answers." : "No items.");
   }
 
   showAge() {
@@ -130,14 +146,15 @@ class Page {
     if (sweep === null || sweep.time === null) {
       return;
     }
-    const when = new Date(1000 * sweep.time).toLocaleString();
+    const when = dateAndTime(sweep.time);
     const seconds = Math.max(0, Math.round((performance.now() - this.swept) / 1000));
     setText(this.part("age"), live ? `read ${duration(seconds)} ago, every ${duration(sweep.interval)}`
                                    : `read ${when}`);
     this.part("age").title = when;
     if (live && !this.up) {
       const wait = Math.max(0, Math.ceil((this.retry - performance.now()) / 1000));
-      setText(this.part("age"), `read ${duration(seconds)} ago, trying again in ${wait} s`);
+      const next = wait > 0 ? `trying again in ${wait} s` : "connecting";
+      setText(this.part("age"), `read ${duration(seconds)} ago, ${next}`);
     }
   }
 
@@ -259,7 +276,7 @@ class Attention {
 
   recall(report, {times, series}, items) {
     this.past.clear();
-    for (const item of report === undefined ? [] : items.values()) {
+    for (const item of items.values()) {
       const failures = report.failures[item.id];
       const outside = (series[item.id] ?? []).filter(
         (value) => value !== null && (value < item.min || value > item.max)).length;
@@ -279,19 +296,23 @@ class Attention {
 
   update(problems) {
     const items = [...new Set([...problems, ...this.past.keys()])];
-    if (items.length !== this.reasons.size || !items.every((item) => this.reasons.has(item))) {
+    const shown = items.map((item) => `${item.id} ${item.failure !== ""}`).join();
+    if (this.shown !== shown) {
+      this.shown = shown;
       this.reasons = new Map(items.map((item) => [item, element("span", {"class": "reason"})]));
       this.list.replaceChildren(...items.map((item) => this.makeLine(item)));
       this.root.hidden = items.length === 0;
       setText(this.title, `Needs attention (${items.length})`);
     }
     for (const [item, reason] of this.reasons) {
-      setText(reason, [item.problem, this.past.get(item) ?? ""].filter((t) => t !== "").join("; "));
+      // A failure of the last sweep is in the past ones too.
+      const now = item.failure !== "" && this.past.has(item) ? "" : item.problem;
+      setText(reason, [now, this.past.get(item) ?? ""].filter((text) => text !== "").join("; "));
     }
   }
 
   makeLine(item) {
-    const name = element("button", {"type": "button"}, item.path.split("/").join(" › "));
+    const name = element("button", {"type": "button"}, item.place);
     name.addEventListener("click", () => this.show(item));
     return element("li", {"class": item.failure !== "" ? "failed" : "outside"}, name, " ",
                    this.reasons.get(item));
@@ -300,6 +321,13 @@ class Attention {
 
 function sentence(text) {
   return `${text[0].toUpperCase()}${text.slice(1)}${/[.!?]$/.test(text) ? "" : "."}`;
+}
+
+// With the time zone: a report may be read far from the machine.
+function dateAndTime(time) {
+  return new Date(1000 * time).toLocaleString([], {
+    year: "numeric", month: "2-digit", day: "2-digit", hour: "2-digit", minute: "2-digit",
+    second: "2-digit", hourCycle: "h23", timeZoneName: "short"});
 }
 
 function duration(seconds) {

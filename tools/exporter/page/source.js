@@ -10,7 +10,9 @@
 "use strict";
 
 const kSilenceSeconds = 15;  // the exporter sends something every 10 s
-const kLongestWaitSeconds = 30;
+const kLongestWaitSeconds = 15;
+const kAnswerSeconds = 10;
+const kHiddenSeconds = 60;
 
 class LiveSource {
   constructor() {
@@ -27,8 +29,27 @@ class LiveSource {
     this.listener = listener;
     // A laptop that wakes up, a phone that is unlocked: no reason to wait any longer.
     window.addEventListener("online", () => this.hurry());
-    document.addEventListener("visibilitychange", () => document.hidden || this.hurry());
+    document.addEventListener("visibilitychange", () => this.rest(document.hidden));
+    // A browser keeps a page that was left, for the way back, with its connection.
+    window.addEventListener("pagehide", () => this.pause());
+    window.addEventListener("pageshow", () => this.hurry());
     this.connect();
+  }
+
+  // A browser has six connections for one machine; a page that nobody sees gives its own back.
+  rest(hidden) {
+    clearTimeout(this.resting);
+    if (hidden) {
+      this.resting = setTimeout(() => this.pause(), 1000 * kHiddenSeconds);
+    } else {
+      this.hurry();
+    }
+  }
+
+  pause() {
+    this.stream?.close();
+    this.stream = null;
+    clearTimeout(this.timer);
   }
 
   // Resolves to /api/v1/history's answer: of `ids`, all that is kept; of all items without them, a
@@ -39,7 +60,7 @@ class LiveSource {
   }
 
   static async get(path) {
-    const answer = await fetch(path, {cache: "no-store"});
+    const answer = await fetch(path, {cache: "no-store", signal: AbortSignal.timeout(1000 * kAnswerSeconds)});
     if (!answer.ok) {
       throw new Error(`${path}: HTTP status ${answer.status}`);
     }
@@ -111,11 +132,7 @@ class LiveSource {
   }
 
   lose() {
-    if (this.stream !== null) {
-      this.stream.close();
-      this.stream = null;
-    }
-    clearTimeout(this.timer);
+    this.pause();
     // Spread, so that fifty pages do not come back in the same moment.
     const wait = Math.min(kLongestWaitSeconds, 2 ** this.attempts) * (0.75 + Math.random() / 2);
     this.attempts += 1;

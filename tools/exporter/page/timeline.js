@@ -2,6 +2,7 @@
 "use strict";
 
 const kMilliseconds = 1000;
+const kLeastSeconds = 30;
 
 // The samples of the plotted items. A gap in time is one sample of nothing, so that no line crosses.
 class Samples {
@@ -83,8 +84,13 @@ class View {
 
   window(times) {
     const end = this.end ?? times.at(-1) ?? 0;
-    const from = this.span === null ? times[0] ?? end : end - this.span;
-    return [Math.min(from, end - 1), end];
+    const first = times[0] ?? end;
+    if (this.span === null) {
+      return [Math.min(first, end - 1), end];
+    }
+    // A young history is not squeezed into the last corner.
+    const from = end - this.span;
+    return [this.end === null ? Math.max(from, Math.min(first, end - kLeastSeconds)) : from, end];
   }
 
   // Moves by a part of what is shown, and zooms about the middle.
