@@ -24,13 +24,17 @@ Function* resolve(void* library, const char* name) {
   return reinterpret_cast<Function*>(symbol);
 }
 
-// "Recorded 2026-11-21 15:04:05 UTC with ...", the note that the recorder writes.
-double recorded_at(const std::string& file) {
+std::string note_of(const std::string& file) {
   json_error_t error;
   const JsonPtr description(json_load_file(file.c_str(), 0, &error));
   const char* note = json_string_value(json_object_get(description.get(), "note"));
+  return note == nullptr ? "" : note;
+}
+
+// The recorder's note begins so.
+double recorded_at(const std::string& note) {
   std::tm time = {};
-  if (note == nullptr || strptime(note, "Recorded %Y-%m-%d %H:%M:%S UTC", &time) == nullptr) {
+  if (strptime(note.c_str(), "Recorded %Y-%m-%d %H:%M:%S UTC", &time) == nullptr) {
     return unix_time();
   }
   return static_cast<double>(timegm(&time));
@@ -50,7 +54,8 @@ Replay::Replay(const HostOptions& options) {
         fmt::format("'{}' is no recording; --simulate reads from other machine descriptions",
                     file));
   }
-  begin_ = recorded_at(file);
+  note_ = note_of(file);
+  begin_ = recorded_at(note_);
   set_time_(0);
 }
 

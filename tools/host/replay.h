@@ -19,6 +19,9 @@ class Replay {
 
   std::chrono::milliseconds length() const { return length_; }
 
+  // What the recorder says of it; "" if the file has no note.
+  const std::string& note() const { return note_; }
+
   // Unix time at which the recording began, from its note; the time of now without one.
   double begin() const { return begin_; }
 
@@ -27,6 +30,7 @@ class Replay {
  private:
   void (*set_time_)(uint64_t) = nullptr;
   std::chrono::milliseconds length_{0};
+  std::string note_;
   double begin_ = 0;
 };
 

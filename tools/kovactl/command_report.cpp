@@ -130,9 +130,9 @@ Course live_course(const Options& options, const HostOptions& host) {
 Course recorded_course(const Options& options, const Replay& replay) {
   Course course;
   course.machine = {stem(options.recording), ""};
-  course.source = fmt::format("the recording {} of {}",
-                              std::filesystem::path(options.recording).filename().string(),
-                              duration_text(replay.length()));
+  const std::string file = std::filesystem::path(options.recording).filename().string();
+  course.source = fmt::format("the recording {} of {}{}{}", file, duration_text(replay.length()),
+                              replay.note().empty() ? "" : ". ", replay.note());
   course.length = replay.length();
   const milliseconds usual = std::max(kSecond, course.length / kUsualSweeps / kSecond * kSecond);
   course.interval = checked_interval(options, course.length, usual);

@@ -4,7 +4,7 @@ _kovactl() {
   local cur prev words cword
   _init_completion || return
 
-  local commands="list capability get set watch metrics senml record diff"
+  local commands="list capability get set watch metrics senml record diff report"
   local command="" word
   for word in "${words[@]:1:cword-1}"; do
     if [[ " $commands " == *" $word "* ]]; then
@@ -14,6 +14,10 @@ _kovactl() {
   done
 
   case $prev in
+    --from)
+      _filedir json
+      return
+      ;;
     --module)
       _filedir so
       return
@@ -49,11 +53,14 @@ _kovactl() {
     senml) options+=" --base-name --compact" ;;
     record) options+=" --family --interval --count --for --redact" ;;
     diff) options+=" --all --json" ;;
+    report) options+=" --for --from --interval" ;;
   esac
   if [[ $cur == -* ]]; then
     COMPREPLY=($(compgen -W "$options" -- "$cur"))
   elif [[ $command == record ]]; then
     _filedir json
+  elif [[ $command == report ]]; then
+    _filedir html
   elif [[ $command == diff ]]; then
     _filedir json
     COMPREPLY+=($(compgen -W "now" -- "$cur"))
