@@ -1,18 +1,20 @@
 // What people type, and how numbers are shown.
-#include "tools/kovactl/text_value.h"
+#include "tools/host/text_value.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/support/comma_locale.h"
-#include "tools/kovactl/catalogue.h"
-#include "tools/kovactl/errors.h"
-#include "tools/kovactl/json_writer.h"
-#include "tools/kovactl/set_value.h"
+#include "tools/host/errors.h"
+#include "tools/host/item.h"
+#include "tools/host/json_writer.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/value_text.h"
+#include "tools/host/write_value.h"
 #include "tools/kovactl/sparkline.h"
-#include "tools/kovactl/terminal.h"
-#include "tools/kovactl/value_text.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 TEST(TextValue, ItemIds) {
@@ -67,8 +69,8 @@ Item item_of(std::optional<ValueKind> kind, std::string_view options = "") {
 std::optional<Number> sent(const Item& item, const char* text) {
   try {
     return value_to_set(item, text);
-  } catch (const CommandError& error) {
-    EXPECT_EQ(error.code(), ExitCode::usage) << text;
+  } catch (const HostError& error) {
+    EXPECT_EQ(error.fault(), Fault::usage) << text;
     return std::nullopt;
   }
 }
@@ -114,7 +116,7 @@ TEST(Output, RealsAreShortInTablesAndExactInJson) {
 
   const JsonPtr json = own(json_pack("[f,f,f,i,s,{},[],b,n]", 36.85, 12.0, 1e22, -1, "\"\n", 1));
   EXPECT_EQ(json_document(json.get(), JsonLayout::one_line),
-            "[36.85,12.0,1e+22,-1,\"\\\"\\n\",{},[],true,null]\n");
+            "[36.85,12.0,1e22,-1,\"\\\"\\n\",{},[],true,null]\n");
 }
 
 TEST(Output, UnitsFollowTextsThatAreNumbersOnly) {

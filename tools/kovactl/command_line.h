@@ -1,41 +1,70 @@
-// What the command line asks for.
+// The command line: global options, and the frame in which every command puts its own.
 #pragma once
 
-#include <cstdint>
+#include <CLI/CLI.hpp>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "host_session.h"
+#include "tools/host/errors.h"
+#include "tools/host/session.h"
 
 namespace kovactl {
 
-enum class Command { list, capability, get, set, watch, metrics, senml };
+// This program's own code is written in the host library's terms.
+using namespace kova_host;
 
-struct Request {
-  Command command = Command::list;
+// Documented in the man page: scripts rely on these numbers.
+enum class ExitCode : int {
+  success = 0,      // every read and write went well
+  item_failed = 1,  // some reads or a write failed, or the result could not be written
+  usage = 2,        // wrong arguments, or the module or the simulated machine cannot be loaded
+  no_device = 3,    // no device library, or no device behind it
+};
+
+ExitCode exit_code_of(const HostError& error);
+
+// Options that every command takes.
+struct GlobalOptions {
   HostOptions host;
-  std::vector<uint32_t> ids;
-  std::string value;      // set: as typed
-  std::string family;     // list: "" for all
-  std::string output;     // metrics: file to replace; "" for stdout
-  std::string base_name;  // senml: "" for the machine's own
-  bool json = false;
-  bool compact = false;
-  bool value_only = false;
-  bool openmetrics = false;
-  double interval_seconds = 2;
-  uint32_t count = 0;  // watch: 0 for no end
 };
 
-// Either a request or, for --help and --version, a text to print.
-struct ParsedLine {
-  Request request;
-  std::optional<std::string> answer;
+// Does a command's work. What ends it early is thrown: HostError or OutputError.
+using Run = std::function<ExitCode(const GlobalOptions&)>;
+
+struct CommandText {
+  const char* name;
+  const char* description;  // one line, without a full stop
+  const char* example;      // a whole line as typed
 };
 
-// `arguments` without the program's name. Throws CommandError (usage).
-ParsedLine parse_command_line(std::vector<std::string> arguments);
+class CommandLine {
+ public:
+  CommandLine();
+
+  // The new command, to which its owner adds options; their values are checked by `run`.
+  CLI::App& add(const CommandText& text, Run run);
+
+  // Either work to do or, for --help and --version, a text to print.
+  struct Parsed {
+    GlobalOptions globals;
+    Run run;
+    std::optional<std::string> answer;
+  };
+
+  // `arguments` without the program's name. Throws HostError (usage).
+  Parsed parse(std::vector<std::string> arguments);
+
+ private:
+  bool is_command(const std::string& word) const;
+  std::vector<std::string> settle_simulate(std::vector<std::string> arguments) const;
+
+  CLI::App app_;
+  std::string module_;
+  std::string machine_;
+  Run chosen_;
+};
 
 // True if the arguments ask for JSON, which holds for errors in the arguments themselves too.
 bool asks_for_json(const std::vector<std::string>& arguments);

@@ -1,25 +1,46 @@
 // `kovactl watch`: samples at a fixed interval until a number of them or Ctrl-C.
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <memory>
 
-#include "commands.h"
-#include "output.h"
-#include "terminal.h"
-#include "wait.h"
-#include "watch_view.h"
+#include "tools/host/interrupts.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+#include "tools/kovactl/progress.h"
+#include "tools/kovactl/terminal.h"
+#include "tools/kovactl/watch_view.h"
 
 namespace kovactl {
 namespace {
 
 using std::chrono::steady_clock;
 
-std::vector<Item> watched_items(const Catalogue& catalogue, const std::vector<uint32_t>& ids) {
-  if (ids.empty()) {
-    return catalogue.distinct_items();
+struct Options {
+  Selection selection;
+  std::string interval;
+  std::string count;
+  bool json = false;
+};
+
+double checked_interval(const std::string& text) {
+  const auto number = parse_number(text);
+  const double seconds =
+      !number ? 0 : std::visit([](auto v) { return static_cast<double>(v); }, *number);
+  if (seconds < 0.05 || seconds > 86400) {
+    throw HostError(Fault::usage,
+                    fmt::format("'{}' is no interval of 0.05 to 86400 seconds", text));
   }
-  return catalogue.describe(ids);
+  return seconds;
+}
+
+uint32_t checked_count(const std::string& text) {
+  const auto count = parse_item_id(text);
+  if (!count || *count == 0) {
+    throw HostError(Fault::usage, fmt::format("'{}' is no number of samples", text));
+  }
+  return *count;
 }
 
 // Prints one sample in the form that was asked for or that suits stdout.
@@ -45,28 +66,38 @@ class SamplePrinter {
   std::unique_ptr<WatchView> view_;
 };
 
-}  // namespace
+// Nothing if a signal has come before the last read.
+std::optional<Readings> read_until(InterruptGuard& guard, const Session& session,
+                                   const std::vector<Item>& items) {
+  Progress progress("reading", items.size());
+  return read_items(session, items, [&guard, &progress](const Item&) {
+    progress.advance();
+    return !guard.interrupted();
+  });
+}
 
-ExitCode run_watch(const Request& request) {
+ExitCode run(const GlobalOptions& globals, const Options& options) {
+  const double interval_seconds = options.interval.empty() ? 2 : checked_interval(options.interval);
+  const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
   InterruptGuard guard;
-  const HostSession session(request.host);
-  const Catalogue catalogue = Catalogue::from_document(session.capability().get());
-  const std::vector<Item> items = watched_items(catalogue, request.ids);
-  SamplePrinter print_sample(items, request.json);
+  const auto session = open_session(globals);
+  const Inventory inventory = Inventory::of(*session);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
+  SamplePrinter print_sample(items, options.json);
   const auto interval = std::chrono::duration_cast<steady_clock::duration>(
-      std::chrono::duration<double>(request.interval_seconds));
+      std::chrono::duration<double>(interval_seconds));
 
   bool failed = false;
   auto next = steady_clock::now();
   for (uint32_t sample = 1;; ++sample) {
     // Ctrl-C between two reads ends the sample unfinished; what is printed is always whole.
-    const auto readings = read_items(session, items, [&guard] { return guard.interrupted(); });
+    const auto readings = read_until(guard, *session, items);
     if (!readings) {
       break;
     }
     print_sample(*readings);
     failed = failed || any_failed(*readings);
-    if (sample == request.count) {
+    if (sample == count) {
       break;
     }
     // Samples keep to the clock; one that took longer than the interval delays the next.
@@ -76,6 +107,21 @@ ExitCode run_watch(const Request& request) {
     }
   }
   return failed ? ExitCode::item_failed : ExitCode::success;
+}
+
+}  // namespace
+
+void add_watch(CommandLine& line) {
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.add({"watch", "Show values as they change",
+                "kovactl --simulate watch 0x14170111 --interval 0.5 --count 20"},
+               [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
+  command.add_option("--interval", options->interval, "Seconds between samples (default 2)")
+      ->type_name("S");
+  command.add_option("--count", options->count, "End after so many samples")->type_name("N");
+  command.add_flag("--json", options->json, "Print one line of JSON a sample");
 }
 
 }  // namespace kovactl

@@ -4,7 +4,7 @@ _kovactl() {
   local cur prev words cword
   _init_completion || return
 
-  local commands="list capability get set watch metrics senml"
+  local commands="list capability get set watch metrics senml record diff report"
   local command="" word
   for word in "${words[@]:1:cword-1}"; do
     if [[ " $commands " == *" $word "* ]]; then
@@ -14,6 +14,10 @@ _kovactl() {
   done
 
   case $prev in
+    --from)
+      _filedir json
+      return
+      ;;
     --module)
       _filedir so
       return
@@ -28,7 +32,7 @@ _kovactl() {
       COMPREPLY=($(compgen -W $'SDRAM\nSMART\\\\ BATTERY\nTRK-7000\nHardware\\\\ Monitor\nPoE\nPIC\nGSensor' -- "$cur"))
       return
       ;;
-    --interval | --count | --base-name)
+    --interval | --count | --for | --base-name)
       return
       ;;
     --simulate)
@@ -47,9 +51,19 @@ _kovactl() {
     watch) options+=" --interval --count --json" ;;
     metrics) options+=" --openmetrics --output" ;;
     senml) options+=" --base-name --compact" ;;
+    record) options+=" --family --interval --count --for --redact" ;;
+    diff) options+=" --all --json" ;;
+    report) options+=" --for --from --interval" ;;
   esac
   if [[ $cur == -* ]]; then
     COMPREPLY=($(compgen -W "$options" -- "$cur"))
+  elif [[ $command == record ]]; then
+    _filedir json
+  elif [[ $command == report ]]; then
+    _filedir html
+  elif [[ $command == diff ]]; then
+    _filedir json
+    COMPREPLY+=($(compgen -W "now" -- "$cur"))
   elif [[ -z $command ]]; then
     COMPREPLY+=($(compgen -W "$commands" -- "$cur"))
   fi

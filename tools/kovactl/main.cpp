@@ -5,52 +5,41 @@
 #include <string>
 #include <vector>
 
-#include "commands.h"
-#include "json_report.h"
-#include "json_writer.h"
-#include "output.h"
+#include "tools/host/descriptor_output.h"
+#include "tools/host/json_report.h"
+#include "tools/host/json_writer.h"
+#include "tools/kovactl/commands.h"
+#include "tools/kovactl/output.h"
 
 namespace {
 
-using kovactl::Command;
-using kovactl::CommandError;
 using kovactl::ExitCode;
 
-ExitCode run_command(const kovactl::Request& request) {
-  switch (request.command) {
-    case Command::list:
-      return run_list(request);
-    case Command::capability:
-      return run_capability(request);
-    case Command::get:
-      return run_get(request);
-    case Command::set:
-      return run_set(request);
-    case Command::watch:
-      return run_watch(request);
-    case Command::metrics:
-      return run_metrics(request);
-    case Command::senml:
-      return run_senml(request);
-  }
-  return ExitCode::usage;
+// {"ok": false, "error": {"message": ..., "exit_code": ...}}
+kova_host::JsonPtr error_document(const kova_host::HostError& error) {
+  kova_host::JsonPtr document = kova_host::json_error(error);
+  json_object_set_new(json_object_get(document.get(), "error"), "exit_code",
+                      json_integer(static_cast<int>(kovactl::exit_code_of(error))));
+  return document;
 }
 
 ExitCode run(const std::vector<std::string>& arguments) {
   try {
-    const kovactl::ParsedLine parsed = kovactl::parse_command_line(arguments);
+    kovactl::CommandLine line;
+    kovactl::add_commands(line);
+    const auto parsed = line.parse(arguments);
     if (parsed.answer) {
       kovactl::print(*parsed.answer);
       return ExitCode::success;
     }
-    return run_command(parsed.request);
-  } catch (const CommandError& error) {
+    return parsed.run(parsed.globals);
+  } catch (const kova_host::HostError& error) {
     kovactl::report(error.what());
     if (kovactl::asks_for_json(arguments)) {
       kovactl::print(
-          kovactl::json_document(kovactl::json_error(error).get(), kovactl::JsonLayout::indented));
+          kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::indented));
     }
-    return error.code();
+    return kovactl::exit_code_of(error);
   }
 }
 
@@ -61,7 +50,7 @@ int main(int argc, char** argv) {
   (void)std::signal(SIGPIPE, SIG_IGN);
   try {
     return static_cast<int>(run(std::vector<std::string>(argv + 1, argv + argc)));
-  } catch (const kovactl::OutputError& error) {
+  } catch (const kova_host::OutputError& error) {
     if (error.code().value() == EPIPE) {
       return static_cast<int>(ExitCode::success);
     }

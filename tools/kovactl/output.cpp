@@ -1,26 +1,18 @@
-// Writing to file descriptors, with every failure noticed.
-#include "output.h"
+// Results on stdout, messages on stderr.
+#include "tools/kovactl/output.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <string>
+
+#include "tools/host/descriptor_output.h"
 
 namespace kovactl {
 
-void write_all(int descriptor, std::string_view text, const std::string& name) {
-  while (!text.empty()) {
-    const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) {
-      continue;
-    }
-    if (written < 0) {
-      throw OutputError(errno, std::generic_category(), "cannot write " + name);
-    }
-    text.remove_prefix(static_cast<size_t>(written));
-  }
-}
+using kova_host::OutputError;
+using kova_host::write_all;
 
 void print(std::string_view text) {
   write_all(STDOUT_FILENO, text, "the output");

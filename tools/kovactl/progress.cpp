@@ -1,5 +1,5 @@
 // Signs of life on stderr while something slow runs.
-#include "progress.h"
+#include "tools/kovactl/progress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -9,8 +9,8 @@
 #include <mutex>
 #include <utility>
 
-#include "output.h"
-#include "terminal.h"
+#include "tools/kovactl/output.h"
+#include "tools/kovactl/terminal.h"
 
 namespace kovactl {
 

@@ -1,5 +1,5 @@
 // A row of small bars that shows where a value has been.
-#include "sparkline.h"
+#include "tools/kovactl/sparkline.h"
 
 #include <algorithm>
 #include <array>

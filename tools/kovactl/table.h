@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "reading.h"
-#include "terminal.h"
+#include "tools/host/reading.h"
+#include "tools/kovactl/terminal.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 
 // Every item with its value, range and access, under a heading for each package.
 std::string item_table(const std::vector<Item>& items, const Readings& readings,

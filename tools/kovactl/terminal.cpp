@@ -1,5 +1,5 @@
 // What the program may draw: colours, cursor moves, block characters.
-#include "terminal.h"
+#include "tools/kovactl/terminal.h"
 
 #include <fmt/format.h>
 #include <sys/ioctl.h>
@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "text_value.h"
+#include "tools/host/text_value.h"
 
 namespace kovactl {
+
+using kova_host::same_word;
 namespace {
 
 std::string_view variable(const char* name) {
@@ -72,37 +74,6 @@ std::string Painter::operator()(Style style, std::string_view text) const {
     return std::string(text);
   }
   return fmt::format("{}{}\x1b[0m", escape_of(style), text);
-}
-
-std::string printable(std::string_view text) {
-  std::string result;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    // U+0080 to U+009F are control characters too, and two bytes long in UTF-8.
-    const bool wide_control =
-        byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-    if (byte < 0x20 || byte == 0x7F) {
-      result += fmt::format("\\x{:02x}", byte);
-    } else if (wide_control) {
-      result += fmt::format("\\x{:02x}", static_cast<unsigned char>(text[++i]));
-    } else {
-      result += text[i];
-    }
-  }
-  return result;
-}
-
-size_t display_width(std::string_view text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-  }));
-}
-
-std::string padded(std::string_view text, size_t width) {
-  std::string result(text);
-  const size_t used = display_width(text);
-  result.append(width > used ? width - used : 0, ' ');
-  return result;
 }
 
 }  // namespace kovactl

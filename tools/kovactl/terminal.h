@@ -31,13 +31,4 @@ class Painter {
   bool colour_;
 };
 
-// `text` with control characters shown as "\x07", so that a device's bytes cannot steer a terminal.
-std::string printable(std::string_view text);
-
-// Columns that `text` takes: code points of UTF-8.
-size_t display_width(std::string_view text);
-
-// `text` filled with blanks to `width` columns.
-std::string padded(std::string_view text, size_t width);
-
 }  // namespace kovactl

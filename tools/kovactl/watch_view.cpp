@@ -1,5 +1,5 @@
 // How `kovactl watch` shows its samples.
-#include "watch_view.h"
+#include "tools/kovactl/watch_view.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -9,12 +9,14 @@
 #include <chrono>
 #include <utility>
 
-#include "json_report.h"
-#include "json_writer.h"
-#include "output.h"
-#include "sparkline.h"
-#include "terminal.h"
-#include "value_text.h"
+#include "tools/host/json_report.h"
+#include "tools/host/json_writer.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/unix_time.h"
+#include "tools/host/value_text.h"
+#include "tools/kovactl/output.h"
+#include "tools/kovactl/sparkline.h"
+#include "tools/kovactl/terminal.h"
 
 namespace kovactl {
 namespace {
@@ -41,10 +43,8 @@ std::string sample_line(const std::vector<Item>& items, const Readings& readings
 }
 
 std::string sample_json(const std::vector<Item>& items, const Readings& readings) {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
   JsonPtr sample = json_items(items, readings, Detail::brief);
-  put(sample, "time", own(json_real(static_cast<double>(milliseconds) / 1000)));
+  put(sample, "time", own(json_real(unix_time())));
   return json_document(sample.get(), JsonLayout::one_line);
 }
 

@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "reading.h"
-#include "terminal.h"
+#include "tools/host/reading.h"
+#include "tools/kovactl/terminal.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 
 // One line a sample, for pipes and logs: the UTC time, then "0x14140201=48.2" for each item,
 // separated by tabs.

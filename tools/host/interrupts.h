@@ -1,0 +1,31 @@
+// Waiting that Ctrl-C ends in order.
+#pragma once
+
+#include <signal.h>
+
+#include <chrono>
+
+namespace kova_host {
+
+// While it lives, SIGINT, SIGTERM and SIGHUP do not kill the program: they are kept until asked
+// for. Make it before any other thread, which inherits it.
+class InterruptGuard {
+ public:
+  InterruptGuard();
+  ~InterruptGuard();
+  InterruptGuard(const InterruptGuard&) = delete;
+  InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+  // True once one of the signals has come.
+  bool interrupted() { return wait_until(std::chrono::steady_clock::time_point()); }
+
+  // Waits for that time, or for a signal; true if one has come.
+  bool wait_until(std::chrono::steady_clock::time_point time);
+
+ private:
+  sigset_t signals_{};
+  sigset_t previous_{};
+  bool interrupted_ = false;
+};
+
+}  // namespace kova_host

@@ -1,0 +1,22 @@
+// Text that may be shown anywhere, and the columns that it takes.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace kova_host {
+
+// `text` with control characters shown as "\x07", so that a device's bytes cannot steer a terminal.
+std::string printable(std::string_view text);
+
+// The same for a text of the device's, without the blanks that fill its field.
+std::string field_text(std::string_view text);
+
+// Columns that `text` takes: code points of UTF-8.
+size_t display_width(std::string_view text);
+
+// `text` filled with blanks to `width` columns.
+std::string padded(std::string_view text, size_t width);
+
+}  // namespace kova_host

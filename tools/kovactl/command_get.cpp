@@ -1,0 +1,69 @@
+// `kovactl get`: the values of single items.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/host/json_report.h"
+#include "tools/host/json_writer.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/value_text.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+
+namespace kovactl {
+namespace {
+
+struct Options {
+  Selection selection;
+  bool value_only = false;
+  bool json = false;
+};
+
+std::string get_text(const std::vector<Item>& items, const Readings& readings, bool value_only) {
+  size_t width = 0;
+  for (const Item& item : items) {
+    width = std::max(width, display_width(title(item)));
+  }
+  std::string text;
+  for (const Item& item : items) {
+    const Reading& reading = readings.at(item.id);
+    if (value_only) {
+      text += plain_value(reading) + '\n';
+      continue;
+    }
+    text += padded(title(item), width) + "  " + value_with_unit(item, reading);
+    text += out_of_range(item, reading) ? "  OUT OF RANGE\n" : "\n";
+  }
+  return text;
+}
+
+ExitCode run(const GlobalOptions& globals, const Options& options) {
+  if (options.selection.texts.empty() && options.selection.family.empty()) {
+    throw HostError(Fault::usage, "ITEM or --family is required (see kovactl get --help)");
+  }
+  const auto session = open_session(globals);
+  const Inventory inventory = Inventory::of(*session);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
+  const Readings readings = read_with_progress(*session, items);
+  if (options.json) {
+    print(json_document(json_items(items, readings).get(), JsonLayout::indented));
+  } else {
+    print(get_text(items, readings, options.value_only));
+  }
+  report_failures(items, readings);
+  return any_failed(readings) ? ExitCode::item_failed : ExitCode::success;
+}
+
+}  // namespace
+
+void add_get(CommandLine& line) {
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.add({"get", "Read items", "kovactl --simulate get 0x14140B01 'TRK7K OB fan ?'"},
+               [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
+  command.add_flag("--value-only", options->value_only, "Print the bare values, one a line");
+  command.add_flag("--json", options->json, "Print JSON, with a status for every item");
+}
+
+}  // namespace kovactl

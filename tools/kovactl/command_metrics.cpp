@@ -1,0 +1,72 @@
+// `kovactl metrics`: all readings for Prometheus and its kin.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "tools/host/atomic_file.h"
+#include "tools/host/metrics.h"
+#include "tools/host/unix_time.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+
+namespace kovactl {
+namespace {
+
+struct Options {
+  Selection selection;
+  bool openmetrics = false;
+  std::string output;  // file to replace; "" for stdout
+};
+
+EarlierMetrics metrics_in_file(const std::string& file) {
+  // Reading a pipe or a device would wait, for ever perhaps, before it is refused as the output.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) {
+    return {};
+  }
+  std::ifstream stream(file);
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return earlier_metrics(text.str());
+}
+
+ExitCode run(const GlobalOptions& globals, const Options& options) {
+  const auto session = open_session(globals);
+  const std::vector<Item> items =
+      select_distinct(Inventory::of(*session).items(), options.selection);
+  const double began = unix_time();
+  const Readings readings = read_with_progress(*session, items);
+  const double now = unix_time();
+  const auto format = options.openmetrics ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
+  const bool to_file = !options.output.empty();
+  const auto earlier = to_file ? metrics_in_file(options.output) : EarlierMetrics();
+  const Sweep sweep{.up = true, .time = now, .duration = std::max(0.0, now - began)};
+  const std::string text =
+      fmt::format("{}{}{}", sweep_text(sweep, format),
+                  items_text(items, readings, now, earlier, format), end_of_metrics(format));
+  if (to_file) {
+    replace_file(options.output, text);
+  } else {
+    print(text);
+  }
+  return verdict(items, readings);
+}
+
+}  // namespace
+
+void add_metrics(CommandLine& line) {
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.add({"metrics", "Print all readings in Prometheus text format",
+                "kovactl metrics --output /var/lib/prometheus/node-exporter/kova.prom"},
+               [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
+  command.add_flag("--openmetrics", options->openmetrics, "Print OpenMetrics 1.0 instead");
+  command.add_option("--output", options->output, "Replace this file, as a whole or not at all")
+      ->type_name("FILE");
+}
+
+}  // namespace kovactl

@@ -1,0 +1,60 @@
+// What commands have in common: the start, reading with progress, the exit code at the end.
+#include "tools/kovactl/command_support.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/host/plain_text.h"
+#include "tools/host/status_text.h"
+#include "tools/kovactl/output.h"
+#include "tools/kovactl/progress.h"
+
+namespace kovactl {
+
+std::unique_ptr<Session> open_session(const GlobalOptions& globals) {
+  const Progress progress("starting the module");
+  return std::make_unique<Session>(globals.host);
+}
+
+Readings read_with_progress(const Session& session, const std::vector<Item>& items) {
+  Progress progress("reading", items.size());
+  return *read_items(session, items, [&progress](const Item&) {
+    progress.advance();
+    return true;
+  });
+}
+
+void report_failures(const std::vector<Item>& items, const Readings& readings) {
+  for (const Item& item : distinct(items)) {
+    const Reading& reading = readings.at(item.id);
+    if (reading.state == Reading::State::failed) {
+      report(fmt::format("cannot read {}: {}", title(item), read_failure(reading.status)));
+    }
+  }
+}
+
+ExitCode verdict(const std::vector<Item>& items, const Readings& readings) {
+  report_failures(items, readings);
+  const auto failed = std::count_if(readings.begin(), readings.end(), [](const auto& entry) {
+    return entry.second.state == Reading::State::failed;
+  });
+  if (failed == 0) {
+    return ExitCode::success;
+  }
+  report(fmt::format("{} of {} items could not be read", failed, readings.size()));
+  return ExitCode::item_failed;
+}
+
+std::string title(const Item& item) {
+  const std::string name = printable(name_or_path(item));
+  return name.empty() ? id_text(item.id) : id_text(item.id) + ' ' + name;
+}
+
+void add_selection(CLI::App& command, Selection& selection) {
+  command.add_option("ITEM", selection.texts,
+                     "Items by ID, name, pattern ('PoE * current') or path FAMILY/PACKAGE/NAME");
+  command.add_option("--family", selection.family, "Items of this family only")->type_name("NAME");
+}
+
+}  // namespace kovactl
