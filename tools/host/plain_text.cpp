@@ -38,4 +38,24 @@ std::string padded(std::string_view text, size_t width) {
   return result;
 }
 
+std::string shortened(std::string_view text, size_t width) {
+  if (display_width(text) <= width) {
+    return std::string(text);
+  }
+  std::string result;
+  size_t columns = 0;
+  for (const char c : text) {
+    columns += display_width(std::string_view(&c, 1));
+    if (columns >= width) {
+      break;
+    }
+    result += c;
+  }
+  return width == 0 ? result : result + '~';
+}
+
+std::string_view without_trailing_blanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 }  // namespace kova_host

@@ -71,6 +71,7 @@ Session::Session(const HostOptions& options) {
 }
 
 Session::~Session() {
+  const PendingCall pending(PendingCall::kNoItem);
   uninitialize_();
 }
 
@@ -94,8 +95,13 @@ void Session::load(const fs::path& file) {
   }
 }
 
+uint32_t Session::initialize() const {
+  const PendingCall pending(PendingCall::kNoItem);
+  return initialize_();
+}
+
 void Session::start(bool simulated) {
-  const uint32_t status = initialize_();
+  const uint32_t status = initialize();
   if (status == IOT_STATUS_SUCCESS) {
     return;
   }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/host/json_ptr.h"
+#include "tools/host/pending_call.h"
 
 namespace kova_host {
 
@@ -32,11 +33,18 @@ class Session {
   JsonPtr capability() const;
 
   // Both return the module's status. `value` stays the caller's.
-  uint32_t read(uint32_t id, json_t* value) const { return get_(id, value); }
-  uint32_t write(uint32_t id, json_t* value) const { return set_(id, value); }
+  uint32_t read(uint32_t id, json_t* value) const {
+    const PendingCall pending(id);
+    return get_(id, value);
+  }
+  uint32_t write(uint32_t id, json_t* value) const {
+    const PendingCall pending(id);
+    return set_(id, value);
+  }
 
  private:
   void load(const std::filesystem::path& library);
+  uint32_t initialize() const;
   void start(bool simulated);
 
   void* library_ = nullptr;
