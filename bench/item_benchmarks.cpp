@@ -8,7 +8,7 @@
 #include "bench/instant_device.h"
 #include "framework/device_library.h"
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 
 namespace {
 

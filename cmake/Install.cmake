@@ -7,15 +7,16 @@ set(build_support ${CMAKE_CURRENT_LIST_DIR})
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/KovaIoT)
 set(generated_folder ${PROJECT_BINARY_DIR}/install)
 
-install(FILES module/kova_iot.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(FILES include/kova_iot.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
 
 # find_package(KovaIoT)
 set(include_folder ${CMAKE_INSTALL_INCLUDEDIR})
 set(plugin_folder ${CMAKE_INSTALL_LIBDIR})
+set(data_folder ${CMAKE_INSTALL_DATADIR}/kova-iot)
 configure_package_config_file(${build_support}/KovaIoTConfig.cmake.in
                               ${generated_folder}/KovaIoTConfig.cmake
                               INSTALL_DESTINATION ${config_folder}
-                              PATH_VARS include_folder plugin_folder)
+                              PATH_VARS include_folder plugin_folder data_folder)
 # Before 1.0.0 a minor release may break hosts.
 write_basic_package_version_file(${generated_folder}/KovaIoTConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
@@ -26,6 +27,7 @@ install(FILES ${generated_folder}/KovaIoTConfig.cmake ${generated_folder}/KovaIo
 # cmake --install --prefix.
 set(pkgconfig_folder ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH include_from_pkgconfig ${pkgconfig_folder} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+file(RELATIVE_PATH data_from_pkgconfig ${pkgconfig_folder} ${CMAKE_INSTALL_FULL_DATADIR})
 configure_file(${build_support}/kova-iot.pc.in ${generated_folder}/kova-iot.pc @ONLY)
 install(FILES ${generated_folder}/kova-iot.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)

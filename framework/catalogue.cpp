@@ -18,11 +18,11 @@ StringMap text_column(std::span<const Row> rows, std::string_view Row::*column) 
 
 // Reads the items first..end-1 in turn and hands over the raw word of each that can be read.
 template <typename Visit>
-void visit_readable(const ReadEntry& get_func, RawMap& raw_ids, unsigned int first,
-                    unsigned int end, const Visit& visit) {
+void visit_readable(const ReadEntry& get_func, RawMap& codes, unsigned int first, unsigned int end,
+                    const Visit& visit) {
   unsigned int raw = 0;
   for (unsigned int id = first; id < end; ++id) {
-    if (get_func(raw_ids[id], &raw) == 0) {
+    if (get_func(codes[id], &raw) == 0) {
       visit(id, raw);
     }
   }
@@ -40,11 +40,11 @@ StringMap option_map(std::span<const Row> rows) {
   return text_column(rows, &Row::options);
 }
 
-RawMap raw_id_map(std::span<const Row> rows) {
+RawMap code_map(std::span<const Row> rows) {
   RawMap map;
   for (const Row& row : rows) {
-    if (row.raw) {
-      map.emplace(row.id, *row.raw);
+    if (row.code) {
+      map.emplace(row.id, *row.code);
     }
   }
   return map;
@@ -86,52 +86,51 @@ void update_range(RangeMap& map, unsigned int id, double min, double max) {
   range[MAX] = max;
 }
 
-bool is_available(ReadEntry get_func, RawMap& raw_ids, unsigned int presence_id) {
+bool is_available(ReadEntry get_func, RawMap& codes, unsigned int presence_id) {
   if (get_func == nullptr) {
     return false;
   }
   // Asked before every read, so not searched for: it has the lowest ID of its family.
-  const auto lowest = raw_ids.begin();
-  const unsigned int code = lowest != raw_ids.end() && lowest->first == presence_id
-                                ? lowest->second
-                                : raw_ids[presence_id];
+  const auto lowest = codes.begin();
+  const unsigned int code =
+      lowest != codes.end() && lowest->first == presence_id ? lowest->second : codes[presence_id];
   unsigned int present = 0;
   return get_func(code, &present) == 0 && present != 0;
 }
 
-Status read_raw(ReadEntry get_func, RawMap& raw_ids, unsigned int id, unsigned int* value) {
+Status read_raw(ReadEntry get_func, RawMap& codes, unsigned int id, unsigned int* value) {
   if (get_func == nullptr) {
     return IOT_STATUS_NOT_READY;
   }
   unsigned int raw = 0;
-  if (get_func(raw_ids[id], &raw) != 0) {
+  if (get_func(codes[id], &raw) != 0) {
     return IOT_STATUS_READ_FAILED;
   }
   *value = raw;
   return IOT_STATUS_SUCCESS;
 }
 
-void read_raw_range(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
                     unsigned int first, unsigned int end, RawMap* out) {
-  if (!is_available(get_func, raw_ids, presence_id)) {
+  if (!is_available(get_func, codes, presence_id)) {
     return;
   }
   out->clear();
-  visit_readable(get_func, raw_ids, first, end,
+  visit_readable(get_func, codes, first, end,
                  [out](unsigned int id, unsigned int raw) { (*out)[id] = raw; });
 }
 
-Status read_texts(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+Status read_texts(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
                   unsigned int first, unsigned int end, TextFormat format, StringMap* out) {
   if (get_func == nullptr) {
     return IOT_STATUS_NOT_READY;
   }
-  if (!is_available(get_func, raw_ids, presence_id)) {
+  if (!is_available(get_func, codes, presence_id)) {
     return IOT_STATUS_READ_FAILED;
   }
   StringMap texts;
   bool any_read = false;
-  visit_readable(get_func, raw_ids, first, end, [&](unsigned int id, unsigned int raw) {
+  visit_readable(get_func, codes, first, end, [&](unsigned int id, unsigned int raw) {
     any_read = true;
     if (std::string text = format(id, raw); !text.empty()) {
       texts.emplace(id, std::move(text));

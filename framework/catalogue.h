@@ -1,14 +1,13 @@
-// Catalogues: the rows a family describes its items with, the ordered maps derived from them, and
-// the lookups and raw reads that every family binds to its own maps.
+// Catalogues: the ordered maps made from a family's rows, and the lookups and raw reads that every
+// family binds to its own maps.
 #pragma once
 
 #include <map>
-#include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 
 #include "framework/device_library.h"
+#include "framework/row.h"
 #include "framework/status.h"
 
 /// The two ends of a permitted range.
@@ -21,30 +20,10 @@ using RangeMap = std::map<unsigned int, Range>;
 
 namespace catalogue {
 
-/// Bounds in display units; advice for the host, never enforced.
-struct Bounds {
-  double min;
-  double max;
-};
-
-/// The JSON kind in which a decoded text is published (families whose readings are texts).
-enum class TextKind { kString, kInteger, kReal };
-
-/// One item or heading. An empty column is a missing entry in the map made from it.
-struct Row {
-  unsigned int id;
-  std::string_view name{};
-  std::string_view unit{};
-  std::string_view options{};         ///< value=label pairs joined by "|"
-  std::optional<unsigned int> raw{};  ///< code in the device library
-  std::optional<Bounds> range{};
-  TextKind kind = TextKind::kString;
-};
-
 StringMap name_map(std::span<const Row> rows);
 StringMap unit_map(std::span<const Row> rows);
 StringMap option_map(std::span<const Row> rows);
-RawMap raw_id_map(std::span<const Row> rows);
+RawMap code_map(std::span<const Row> rows);
 RangeMap bound_map(std::span<const Row> rows);
 
 /// Assigns the entry of `id` to `*out`; IOT_STATUS_NOT_FOUND leaves `*out` as it was.
@@ -60,16 +39,16 @@ Range range_by_id(const RangeMap& map, unsigned int id);
 void update_range(RangeMap& map, unsigned int id, double min, double max);
 
 /// True when the presence item reads as non-zero.
-bool is_available(ReadEntry get_func, RawMap& raw_ids, unsigned int presence_id);
+bool is_available(ReadEntry get_func, RawMap& codes, unsigned int presence_id);
 
-/// Reads one raw word. An ID without a raw ID is read as raw ID 0 and keeps that entry.
+/// Reads one raw word. An ID without a code is read as code 0 and keeps that entry.
 /// IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED leaves `*value` as it was.
-Status read_raw(ReadEntry get_func, RawMap& raw_ids, unsigned int id, unsigned int* value);
+Status read_raw(ReadEntry get_func, RawMap& codes, unsigned int id, unsigned int* value);
 
 /// Refills `*out` with the raw words of the items first..end-1 that can be read, after asking for
 /// presence: an absent family leaves `*out` as it was. `get_func` is a reference because the
 /// family's entry is looked at afresh for every item.
-void read_raw_range(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
                     unsigned int first, unsigned int end, RawMap* out);
 
 /// Turns an information item's raw word into its display text.
@@ -78,7 +57,7 @@ using TextFormat = std::string (*)(unsigned int id, unsigned int raw);
 /// Reads the information items first..end-1 and refills `*out` with their texts; an empty text is
 /// not stored. IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED, and `*out` as it
 /// was, when no item could be read.
-Status read_texts(const ReadEntry& get_func, RawMap& raw_ids, unsigned int presence_id,
+Status read_texts(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
                   unsigned int first, unsigned int end, TextFormat format, StringMap* out);
 
 }  // namespace catalogue

@@ -11,11 +11,11 @@
 namespace text_item {
 namespace {
 
-using catalogue::TextKind;
+using catalogue::Kind;
 
-TextKind kind_of(const Family& family, unsigned int info_id) {
+Kind kind_of(const Family& family, unsigned int info_id) {
   const auto row = std::ranges::find(family.rows, info_id, &catalogue::Row::id);
-  return row == family.rows.end() ? TextKind::kString : row->kind;
+  return row == family.rows.end() ? Kind::kText : row->as.kind;
 }
 
 void create_first_keys(const Family& family, unsigned int id, const std::string& text,
@@ -26,11 +26,13 @@ void create_first_keys(const Family& family, unsigned int id, const std::string&
     IoTJsonUtility::create_json_element(name, id, value, "r", "label", out);
   };
   switch (kind_of(family, info_id)) {
-    case TextKind::kReal:
+    case Kind::kReal:
       return create(real_from_text(text));
-    case TextKind::kInteger:
+    case Kind::kInteger:
       return create(integer_from_text(text));
-    case TextKind::kString:
+    case Kind::kText:
+    case Kind::kSwitch:
+    case Kind::kNone:
       return create(text);
   }
 }
@@ -39,13 +41,15 @@ void create_first_keys(const Family& family, unsigned int id, const std::string&
 
 void set_value(const Family& family, unsigned int id, const std::string& text, json_t* value) {
   switch (kind_of(family, item_id::group(id))) {
-    case TextKind::kReal:
+    case Kind::kReal:
       json_real_set(value, real_from_text(text));
       break;
-    case TextKind::kInteger:
+    case Kind::kInteger:
       json_integer_set(value, integer_from_text(text));
       break;
-    case TextKind::kString:
+    case Kind::kText:
+    case Kind::kSwitch:
+    case Kind::kNone:
       json_string_set(value, text.c_str());
       break;
   }

@@ -1,9 +1,5 @@
 // The seven entry points: the exception barrier, the one manager, and nothing else.
-
-// Everything else is hidden: the seven functions alone are the plug-in's interface.
-#pragma GCC visibility push(default)
-#include "module/kova_iot.h"
-#pragma GCC visibility pop
+#include "include/kova_iot.h"
 
 #include <memory>
 

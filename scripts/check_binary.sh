@@ -67,7 +67,7 @@ grep -q -E '\((RPATH|RUNPATH)\)' <<<"$dynamic" && finding "a library search path
 strict="-fsyntax-only -Wall -Wextra -Wpedantic -Werror"
 for language in c:c11 c++:c++98 c++:c++20; do
   # shellcheck disable=SC2086
-  "${CXX:-g++}" $strict -x "${language%:*}" -std="${language#*:}" module/kova_iot.h 2>&1 ||
+  "${CXX:-g++}" $strict -x "${language%:*}" -std="${language#*:}" include/kova_iot.h 2>&1 ||
     finding "the header does not compile alone as ${language#*:}"
 done
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Writes docs/items.md from the catalogues. Usage: scripts/items.sh [--check]
+# Writes docs/items.md from the families' rows. Usage: scripts/items.sh [--check]
 # --check writes nothing, and fails when the file is not what would be written.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
@@ -18,7 +18,7 @@ quietly cmake --preset dev
 quietly cmake --build build/dev --parallel "$(nproc)" --target items_document
 made=$(mktemp)
 trap 'rm -f "$made"' EXIT
-build/dev/docs/items_document >"$made"
+build/dev/module/items/items_document --markdown >"$made"
 
 if [ "$check" = no ]; then
   cat "$made" >docs/items.md

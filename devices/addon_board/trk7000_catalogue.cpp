@@ -1,6 +1,7 @@
 // Catalogue of the add-on board: its items with their names, units, device codes and ranges, and
 // the class-static maps made from them.
 #include <array>
+#include <charconv>
 
 #include "devices/addon_board/device_trk7000.h"
 #include "devices/addon_board/trk7000_items.h"
@@ -9,40 +10,136 @@
 namespace {
 
 using catalogue::Bounds;
+using catalogue::Kind;
+using catalogue::Package;
+using catalogue::Role;
 using catalogue::Row;
+using catalogue::Shape;
 
-constexpr Bounds kCelsius{0, 100};
-constexpr Bounds kRpm{0, 8000};
+// Tenths of a kelvin to degrees; half a degree is added before the cut, so that -0.65 reads 0.
+constexpr Shape kTemperature{.role = Role::kReading,
+                             .kind = Kind::kInteger,
+                             .scale = 0.1,
+                             .offset = -273.15 + 0.5,
+                             .truncated = true};
+constexpr Shape kFanSpeed{.role = Role::kReading, .kind = Kind::kInteger};
+constexpr Shape kIdentity{.role = Role::kIdentity, .kind = Kind::kText};
+
+constexpr Row temperature(unsigned int id, std::string_view name, unsigned int code) {
+  return {.id = id,
+          .name = name,
+          .code = code,
+          .range = Bounds{0, 100},
+          .as = kTemperature,
+          .note = "raw is tenths of a kelvin; whole degrees"};
+}
+
+constexpr Row fan_speed(unsigned int id, std::string_view name, unsigned int code) {
+  return {.id = id, .name = name, .code = code, .range = Bounds{0, 8000}, .as = kFanSpeed};
+}
+
+// A version word holds a letter in bits 23..16, the major number in 15..8 and the minor in 7..0:
+// 0x00560102 is V1.2. The EC type's middle number is hexadecimal.
+std::string version_text(unsigned int word, int major_base) {
+  std::array<char, 8> digits{};
+  std::string text(1, static_cast<char>((word >> 16U) & 0xFFU));
+  const auto major =
+      std::to_chars(digits.begin(), digits.end(), (word >> 8U) & 0xFFU, major_base).ptr;
+  text.append(digits.begin(), major);
+  text += '.';
+  const auto minor = std::to_chars(digits.begin(), digits.end(), word & 0xFFU).ptr;
+  text.append(digits.begin(), minor);
+  return text;
+}
+
+std::string version(unsigned int word) {
+  return version_text(word, 10);
+}
+
+std::string ec_type(unsigned int word) {
+  return version_text(word, 16);
+}
 
 // Units stand on the group headings and are published with the package, not with each sensor.
 constexpr std::array kRows{
-    Row{.id = trk7000::kPresence, .name = "Available", .raw = 0x800000},
-    Row{.id = trk7000::kTemperatures, .name = "Temperatures", .unit = "Cel"},
+    Row{.id = trk7000::kPresence, .name = "Available", .code = 0x800000},
+    Row{.id = trk7000::kTemperatures,
+        .name = "Temperatures",
+        .unit = "Cel",
+        .as = kTemperature,
+        .block = 0x100},
     Row{.id = 0x14170110, .name = "VTIN temperatures"},
-    Row{.id = 0x14170111, .name = "TRK7K VTIN 1", .raw = 0x820000, .range = kCelsius},
-    Row{.id = 0x14170112, .name = "TRK7K VTIN 2", .raw = 0x820001, .range = kCelsius},
-    Row{.id = 0x14170113, .name = "TRK7K VTIN 3", .raw = 0x820002, .range = kCelsius},
+    temperature(0x14170111, "TRK7K VTIN 1", 0x820000),
+    temperature(0x14170112, "TRK7K VTIN 2", 0x820001),
+    temperature(0x14170113, "TRK7K VTIN 3", 0x820002),
     Row{.id = 0x14170120, .name = "BT temperatures"},
-    Row{.id = 0x14170121, .name = "TRK7K BT 1", .raw = 0x820003, .range = kCelsius},
-    Row{.id = 0x14170122, .name = "TRK7K BT 2", .raw = 0x820004, .range = kCelsius},
-    Row{.id = 0x14170123, .name = "TRK7K BT 3", .raw = 0x820005, .range = kCelsius},
-    Row{.id = 0x14170124, .name = "TRK7K BT 4", .raw = 0x820006, .range = kCelsius},
-    Row{.id = trk7000::kFanSpeeds, .name = "Fan speeds", .unit = "RPM"},
+    temperature(0x14170121, "TRK7K BT 1", 0x820003),
+    temperature(0x14170122, "TRK7K BT 2", 0x820004),
+    temperature(0x14170123, "TRK7K BT 3", 0x820005),
+    temperature(0x14170124, "TRK7K BT 4", 0x820006),
+    Row{.id = trk7000::kFanSpeeds,
+        .name = "Fan speeds",
+        .unit = "RPM",
+        .as = kFanSpeed,
+        .block = 0x100},
     Row{.id = 0x14170310, .name = "Onboard fan speeds"},
-    Row{.id = 0x14170311, .name = "TRK7K OB fan 1", .raw = 0x822003, .range = kRpm},
-    Row{.id = 0x14170312, .name = "TRK7K OB fan 2", .raw = 0x822004, .range = kRpm},
-    Row{.id = 0x14170313, .name = "TRK7K OB fan 3", .raw = 0x822005, .range = kRpm},
-    Row{.id = 0x14170314, .name = "TRK7K OB fan 4", .raw = 0x822006, .range = kRpm},
-    Row{.id = 0x14170315, .name = "TRK7K OB fan 5", .raw = 0x822007, .range = kRpm},
-    Row{.id = 0x14170316, .name = "TRK7K OB fan 6", .raw = 0x822008, .range = kRpm},
-    Row{.id = 0x14170317, .name = "TRK7K OB fan 7", .raw = 0x822009, .range = kRpm},
-    Row{.id = trk7000::kInformation, .name = "Information"},
-    Row{.id = trk7000::kFirmwareVersion, .name = "Firmware version", .raw = 0x800001},
-    Row{.id = trk7000::kEcType, .name = "EC type", .raw = 0x800002},
-    Row{.id = trk7000::kKernelVersion, .name = "Kernel version", .raw = 0x800003},
+    fan_speed(0x14170311, "TRK7K OB fan 1", 0x822003),
+    fan_speed(0x14170312, "TRK7K OB fan 2", 0x822004),
+    fan_speed(0x14170313, "TRK7K OB fan 3", 0x822005),
+    fan_speed(0x14170314, "TRK7K OB fan 4", 0x822006),
+    fan_speed(0x14170315, "TRK7K OB fan 5", 0x822007),
+    fan_speed(0x14170316, "TRK7K OB fan 6", 0x822008),
+    fan_speed(0x14170317, "TRK7K OB fan 7", 0x822009),
+    Row{.id = trk7000::kInformation, .name = "Information", .as = kIdentity, .block = 0x100},
+    Row{.id = trk7000::kFirmwareVersion,
+        .name = "Firmware version",
+        .code = 0x800001,
+        .as = kIdentity,
+        .text = version,
+        .note = "letter and two numbers: raw 0x00560102 is V1.2"},
+    Row{.id = trk7000::kEcType,
+        .name = "EC type",
+        .code = 0x800002,
+        .as = kIdentity,
+        .text = ec_type,
+        .note = "as the firmware version, the first number hexadecimal"},
+    Row{.id = trk7000::kKernelVersion,
+        .name = "Kernel version",
+        .code = 0x800003,
+        .as = kIdentity,
+        .text = version,
+        .note = "as the firmware version"},
 };
 
+// Fans and temperatures stand in the document a second time, where hosts look for any board's.
+constexpr std::array kPackages{
+    Package{.id = trk7000::kInformation, .span = 0x100},
+    Package{.id = trk7000::kOnboardFans,
+            .span = 0x10,
+            .unit_id = trk7000::kFanSpeeds,
+            .second_name = "Fan Speed",
+            .second_id = 0x20300},
+    Package{.id = trk7000::kTemperatures,
+            .span = 0x100,
+            .unit_id = trk7000::kTemperatures,
+            .second_name = "Temperature",
+            .second_id = 0x20100},
+};
+
+constexpr catalogue::Sheet kSheet{
+    .name = "TRK-7000",
+    .title = "Add-on board",
+    .id = item_id::kTrk7000,
+    .presence_code = *kRows.front().code,
+    .rows = kRows,
+    .packages = kPackages,
+    .second_family = "Hardware Monitor"};
+
 }  // namespace
+
+const catalogue::Sheet& trk7000::sheet() {
+  return kSheet;
+}
 
 ReadEntry Device_TRK7000::get_func = nullptr;
 
@@ -56,7 +153,7 @@ StringMap Device_TRK7000::init_desc_map() {
   return catalogue::option_map(kRows);
 }
 RawMap Device_TRK7000::init_kova_id_map() {
-  return catalogue::raw_id_map(kRows);
+  return catalogue::code_map(kRows);
 }
 RangeMap Device_TRK7000::init_bound_map() {
   return catalogue::bound_map(kRows);

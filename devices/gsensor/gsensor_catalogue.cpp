@@ -9,7 +9,30 @@
 namespace {
 
 using catalogue::Bounds;
+using catalogue::Kind;
+using catalogue::Package;
+using catalogue::Role;
 using catalogue::Row;
+using catalogue::Shape;
+using catalogue::with_role;
+using catalogue::Word;
+
+constexpr Shape kMode{.role = Role::kSetting,
+                      .kind = Kind::kSwitch,
+                      .word = Word::kLowByteInDocument,
+                      .normalised = true};
+constexpr Shape kCode{
+    .role = Role::kSetting, .kind = Kind::kInteger, .word = Word::kLowByteInDocument};
+constexpr Shape kReading{.role = Role::kReading,
+                         .kind = Kind::kReal,
+                         .word = Word::kSigned,
+                         .scale = Device_GSensor::FACTOR};
+constexpr Shape kOffset = with_role(kReading, Role::kSetting);
+
+constexpr std::string_view kOfferedRanges = "2|4|8|16";
+
+// Code 0 can be read, but is not offered.
+constexpr std::string_view kOfferedRates = "1|2|3|4|5|6|7|8|9|10|11|12|13|14|15";
 
 // The line feeds are part of the published text.
 constexpr std::string_view kDataRates =
@@ -17,53 +40,103 @@ constexpr std::string_view kDataRates =
     "5=3.125Hz|6=6.25Hz|7=12.5Hz|8=25Hz|9=50Hz|10=100Hz|\n"
     "11=200Hz|12=400Hz|13=800Hz|14=1600Hz|15=3200Hz";
 
-// The measuring range has no heading, and the readings' unit stands on theirs.
+// The measuring range's heading has no name, and the readings' unit stands on theirs.
 constexpr std::array kRows{
-    Row{.id = gsensor::kPresence, .name = "Available", .raw = 0x400000},
+    Row{.id = gsensor::kPresence, .name = "Available", .code = 0x400000},
     Row{.id = gsensor::kSettings, .name = "Settings"},
-    Row{.id = 0x14150710, .name = "Modes"},
+    Row{.id = 0x14150710, .name = "Modes", .as = kMode, .block = 0x10},
     Row{.id = 0x14150711,
         .name = "Measure mode",
         .options = "0=standby|1=measurement",
-        .raw = 0x430000,
-        .range = Bounds{0, 1}},
+        .code = 0x430000,
+        .range = Bounds{0, 1},
+        .as = kMode},
     Row{.id = 0x14150712,
         .name = "Low power mode",
         .options = "0=normal operation|1=reduced power operation",
-        .raw = 0x440000,
-        .range = Bounds{0, 1}},
+        .code = 0x440000,
+        .range = Bounds{0, 1},
+        .as = kMode},
     Row{.id = 0x14150713,
         .name = "Sleep mode",
         .options = "0=normal mode|1=sleep mode",
-        .raw = 0x440001,
-        .range = Bounds{0, 1}},
-    Row{.id = 0x14150720, .name = "Offset settings"},
-    Row{.id = 0x14150721, .name = "Offset X", .unit = "G", .raw = 0x420000, .range = Bounds{-2, 2}},
-    Row{.id = 0x14150722, .name = "Offset Y", .unit = "G", .raw = 0x420001, .range = Bounds{-2, 2}},
-    Row{.id = 0x14150723, .name = "Offset Z", .unit = "G", .raw = 0x420002, .range = Bounds{-2, 2}},
-    Row{.id = 0x14150730, .name = "Data rates"},
+        .code = 0x440001,
+        .range = Bounds{0, 1},
+        .as = kMode},
+    Row{.id = 0x14150720, .name = "Offset settings", .as = kOffset, .block = 0x10},
+    Row{.id = 0x14150721,
+        .name = "Offset X",
+        .unit = "G",
+        .code = 0x420000,
+        .range = Bounds{-2, 2},
+        .as = kOffset},
+    Row{.id = 0x14150722,
+        .name = "Offset Y",
+        .unit = "G",
+        .code = 0x420001,
+        .range = Bounds{-2, 2},
+        .as = kOffset},
+    Row{.id = 0x14150723,
+        .name = "Offset Z",
+        .unit = "G",
+        .code = 0x420002,
+        .range = Bounds{-2, 2},
+        .as = kOffset},
+    Row{.id = 0x14150730,
+        .name = "Data rates",
+        .offered = kOfferedRates,
+        .as = kCode,
+        .block = 0x10},
     Row{.id = gsensor::kNormalRate,
         .name = "Normal mode data rate",
         .options = kDataRates,
-        .raw = 0x450000,
-        .range = Bounds{0, 15}},
+        .offered = kOfferedRates,
+        .code = 0x450000,
+        .range = Bounds{0, 15},
+        .as = kCode,
+        .note = "0 can be read"},
     Row{.id = gsensor::kSleepRate,
         .name = "Sleep mode data rate",
         .options = "1=1Hz|2=2Hz|4=4Hz|8=8Hz",
-        .raw = 0x450001,
-        .range = Bounds{1, 8}},
+        .offered = "1|2|4|8",
+        .code = 0x450001,
+        .range = Bounds{1, 8},
+        .as = kCode},
+    Row{.id = 0x14150740, .offered = kOfferedRanges, .as = kCode, .block = 0x10},
     Row{.id = gsensor::kRange,
         .name = "G-range",
         .options = "2=-2~+2G|4=-4~+4G|8=-8~+8G|16=-16~+16G",
-        .raw = 0x430001,
-        .range = Bounds{2, 16}},
-    Row{.id = gsensor::kData, .name = "Data", .unit = "G"},
-    Row{.id = 0x14150901, .name = "X", .raw = 0x410000},
-    Row{.id = 0x14150902, .name = "Y", .raw = 0x410001},
-    Row{.id = 0x14150903, .name = "Z", .raw = 0x410002},
+        .offered = kOfferedRanges,
+        .code = 0x430001,
+        .range = Bounds{2, 16},
+        .as = kCode},
+    Row{.id = gsensor::kData, .name = "Data", .unit = "G", .as = kReading, .block = 0x100},
+    Row{.id = 0x14150901, .name = "X", .code = 0x410000, .as = kReading},
+    Row{.id = 0x14150902, .name = "Y", .code = 0x410001, .as = kReading},
+    Row{.id = 0x14150903, .name = "Z", .code = 0x410002, .as = kReading},
 };
 
+constexpr std::array kPackages{
+    Package{.id = gsensor::kData, .span = 0x100, .unit_id = gsensor::kData},
+    Package{.id = gsensor::kSettings, .span = 0x100},
+};
+
+constexpr catalogue::Sheet kSheet{
+    .name = "GSensor",
+    .title = "Accelerometer",
+    .id = item_id::kGSensor,
+    .presence_code = *kRows.front().code,
+    .rows = kRows,
+    .packages = kPackages,
+    .note =
+        R"(A single read fills the value and still answers `IOT_STATUS_READ_FAILED`: see the
+[host guide](host-guide.md#the-accelerometers-status).)"};
+
 }  // namespace
+
+const catalogue::Sheet& gsensor::sheet() {
+  return kSheet;
+}
 
 ReadEntry Device_GSensor::get_func = nullptr;
 WriteEntry Device_GSensor::set_func = nullptr;
@@ -78,7 +151,7 @@ StringMap Device_GSensor::init_desc_map() {
   return catalogue::option_map(kRows);
 }
 RawMap Device_GSensor::init_kova_id_map() {
-  return catalogue::raw_id_map(kRows);
+  return catalogue::code_map(kRows);
 }
 RangeMap Device_GSensor::init_bound_map() {
   return catalogue::bound_map(kRows);

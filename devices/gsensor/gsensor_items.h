@@ -1,5 +1,8 @@
-// IDs of the accelerometer that its catalogue and its adapter share. Ends are exclusive.
+// The accelerometer: the IDs that its catalogue and its adapter share, and its sheet.
 #pragma once
+
+#include "framework/item_id.h"
+#include "framework/row.h"
 
 namespace gsensor {
 
@@ -17,5 +20,7 @@ inline constexpr unsigned int kRange = 0x14150741;
 inline constexpr unsigned int kData = 0x14150900;
 inline constexpr unsigned int kFirstReading = 0x14150901;
 inline constexpr unsigned int kReadingEnd = 0x14150904;
+
+const catalogue::Sheet& sheet();
 
 }  // namespace gsensor

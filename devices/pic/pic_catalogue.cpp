@@ -1,5 +1,5 @@
 // Catalogue of the power and ignition controller: its items with their names, units, option lists,
-// device codes and default ranges, and the class-static maps made from them.
+// device codes, ranges and shapes, and the class-static maps made from them.
 #include <algorithm>
 #include <array>
 
@@ -10,138 +10,257 @@
 namespace {
 
 using catalogue::Bounds;
+using catalogue::Kind;
+using catalogue::Package;
+using catalogue::Role;
 using catalogue::Row;
+using catalogue::Shape;
+using catalogue::with_role;
 
 constexpr std::string_view kOffOn = "0=OFF|1=ON";
 constexpr std::string_view kSeconds = "sec(s)";
 constexpr std::string_view kTimes = "time(s)";
+constexpr std::string_view kLabel = "the label as text";
+
+constexpr Shape kIdentityText{.role = Role::kIdentity, .kind = Kind::kText};
+constexpr Shape kStateText{.role = Role::kState, .kind = Kind::kText};
+constexpr Shape kStateSwitch{.role = Role::kState, .kind = Kind::kSwitch};
+constexpr Shape kNumber{.role = Role::kReading, .kind = Kind::kInteger};
+constexpr Shape kVolts{.role = Role::kReading, .kind = Kind::kReal, .scale = Device_PIC::FACTOR};
+constexpr Shape kSettingNumber{.role = Role::kSetting, .kind = Kind::kInteger};
+constexpr Shape kSettingVolts = with_role(kVolts, Role::kSetting);
+constexpr Shape kSettingSwitch{.role = Role::kSetting, .kind = Kind::kSwitch};
+
+std::string firmware_version(unsigned int word) {
+  return "V." + std::to_string(word & 0xFFU);
+}
+
+std::string switch_status(unsigned int word) {
+  return word != 0 ? "HW mode" : "SW mode";
+}
+
+std::string vehicle_or_pc_mode(unsigned int word) {
+  return word != 0 ? "PC mode" : "Vehicle mode";
+}
+
+std::string battery_type(unsigned int word) {
+  return word == 0 ? "ERR" : word == 1 ? "12V" : "24V";
+}
 
 constexpr std::array kFixedRows{
-    Row{.id = pic::kPresence, .name = "Available", .raw = 0x600008},
-    Row{.id = pic::kInformation, .name = "Information"},
-    Row{.id = pic::kFirmwareVersion, .name = "Firmware version", .raw = 0x600000},
-    Row{.id = pic::kSwitchStatus,
+    Row{.id = pic::kPresence, .name = "Available", .code = 0x600008},
+    Row{.id = pic::kInformation, .name = "Information", .as = kIdentityText, .block = 0x100},
+    Row{.id = 0x14160601,
+        .name = "Firmware version",
+        .code = 0x600000,
+        .as = kIdentityText,
+        .text = firmware_version,
+        .note = "\"V.\" and the low byte of raw"},
+    Row{.id = 0x14160602,
         .name = "SW1_4 status",
         .options = "0=SW mode|1=HW mode",
-        .raw = 0x610002,
-        .range = Bounds{0, 1}},
-    Row{.id = pic::kVehicleOrPcMode,
+        .code = 0x610002,
+        .range = Bounds{0, 1},
+        .as = kStateText,
+        .text = switch_status,
+        .note = kLabel},
+    Row{.id = 0x14160603,
         .name = "V/P mode",
         .options = "0=Vehicle mode|1=PC mode",
-        .raw = 0x610003,
-        .range = Bounds{0, 1}},
-    Row{.id = pic::kBatteryType,
+        .code = 0x610003,
+        .range = Bounds{0, 1},
+        .as = kStateText,
+        .text = vehicle_or_pc_mode,
+        .note = kLabel},
+    Row{.id = 0x14160604,
         .name = "Battery type",
         .options = "0=ERR|1=12V|2=24V",
-        .raw = 0x620004,
-        .range = Bounds{0, 2}},
+        .code = 0x620004,
+        .range = Bounds{0, 2},
+        .as = kStateText,
+        .text = battery_type,
+        .note = kLabel},
     Row{.id = pic::kCurrentView, .name = "Settings"},
     Row{.id = pic::kDefaultView, .name = "Default settings"},
-    Row{.id = pic::kStatus, .name = "Real-time status"},
-    Row{.id = pic::kIgnitionStatus,
+    Row{.id = pic::kStatus, .name = "Real-time status", .as = kNumber, .block = 0x100},
+    Row{.id = 0x14160801,
         .name = "IGN status",
         .options = kOffOn,
-        .raw = 0x62000A,
-        .range = Bounds{0, 1}},
+        .code = 0x62000A,
+        .range = Bounds{0, 1},
+        .as = kStateSwitch},
     Row{.id = 0x14160802,
         .name = "Ignition off timer",
         .unit = kSeconds,
-        .raw = 0x6A0005,
-        .range = Bounds{0, 65535}},
-    Row{.id = pic::kPowerInput,
+        .code = 0x6A0005,
+        .range = Bounds{0, 65535},
+        .as = kNumber},
+    Row{.id = 0x14160803,
         .name = "Power input",
         .unit = "V",
-        .raw = 0x620005,
-        .range = Bounds{0, 24}},
+        .code = 0x620005,
+        .range = Bounds{0, 24},
+        .as = kVolts},
     Row{.id = 0x14160804,
         .name = "Low battery detection timer",
         .unit = kSeconds,
-        .raw = 0x6A0007,
-        .range = Bounds{0, 65535}},
-    Row{.id = pic::kOutput48V,
+        .code = 0x6A0007,
+        .range = Bounds{0, 65535},
+        .as = kNumber},
+    Row{.id = 0x14160805,
         .name = "48V output",
         .options = kOffOn,
-        .raw = 0x62000C,
-        .range = Bounds{0, 1}},
+        .code = 0x62000C,
+        .range = Bounds{0, 1},
+        .as = kStateSwitch},
     Row{.id = 0x14160806,
         .name = "Retry times press power button for power off",
         .unit = kTimes,
-        .raw = 0x6A0003,
-        .range = Bounds{0, 255}},
+        .code = 0x6A0003,
+        .range = Bounds{0, 255},
+        .as = kNumber},
     Row{.id = 0x14160807,
         .name = "Retry timer press power button for power off",
         .unit = kSeconds,
-        .raw = 0x6A0004,
-        .range = Bounds{0, 65535}},
+        .code = 0x6A0004,
+        .range = Bounds{0, 65535},
+        .as = kNumber},
     Row{.id = 0x14160808,
         .name = "Hard off timer",
         .unit = kSeconds,
-        .raw = 0x6A0006,
-        .range = Bounds{0, 65535}},
+        .code = 0x6A0006,
+        .range = Bounds{0, 65535},
+        .as = kNumber},
 };
 
+// Settings 1, 2, ... Ranges are in display units and hold where the device reports none. Names,
+// units and options are those of the current value and the default.
 struct Setting {
   std::string_view name;
   std::string_view unit{};
   std::string_view options{};
+  std::string_view offered{};
   Bounds range;
+  Shape as;
 };
 
-// Settings 1 to 11. Ranges are in display units and hold where the device reports none.
-constexpr std::array<Setting, pic::kSettingCount> kSettings{{
-    {.name = "Ignition delay on timer", .unit = kSeconds, .range = {7, 65535}},
-    {.name = "Ignition delay off timer", .unit = kSeconds, .range = {1, 65535}},
-    {.name = "Ignition hard off timer", .unit = kSeconds, .range = {1, 65535}},
-    {.name = "Power off retry times", .unit = kTimes, .range = {1, 255}},
-    {.name = "Power off retry timer", .unit = kSeconds, .range = {5, 65535}},
-    {.name = "12V low battery voltage", .unit = "V", .range = {9, 11.9}},
-    {.name = "24V low battery voltage", .unit = "V", .range = {21, 23.9}},
-    {.name = "Low battery detection timer", .unit = kSeconds, .range = {1, 65535}},
-    {.name = "Low battery hard off", .unit = kSeconds, .range = {1, 65535}},
-    {.name = "Low battery voltage setup", .options = "0=Disable|1=Enable", .range = {0, 1}},
-    {.name = "Battery type setting", .options = "0=Auto|1=12V|2=24V", .range = {0, 2}},
-}};
-
-// A view's code in the device library for setting n is its base plus n - 1.
-struct View {
-  unsigned int id;
-  unsigned int raw;
-  bool described;  // names, units and option lists stand on the published views only
-  bool ranged;
+constexpr std::array kSettings{
+    Setting{.name = "Ignition delay on timer",
+            .unit = kSeconds,
+            .range = {7, 65535},
+            .as = kSettingNumber},
+    Setting{.name = "Ignition delay off timer",
+            .unit = kSeconds,
+            .range = {1, 65535},
+            .as = kSettingNumber},
+    Setting{.name = "Ignition hard off timer",
+            .unit = kSeconds,
+            .range = {1, 65535},
+            .as = kSettingNumber},
+    Setting{
+        .name = "Power off retry times", .unit = kTimes, .range = {1, 255}, .as = kSettingNumber},
+    Setting{.name = "Power off retry timer",
+            .unit = kSeconds,
+            .range = {5, 65535},
+            .as = kSettingNumber},
+    Setting{
+        .name = "12V low battery voltage", .unit = "V", .range = {9, 11.9}, .as = kSettingVolts},
+    Setting{
+        .name = "24V low battery voltage", .unit = "V", .range = {21, 23.9}, .as = kSettingVolts},
+    Setting{.name = "Low battery detection timer",
+            .unit = kSeconds,
+            .range = {1, 65535},
+            .as = kSettingNumber},
+    Setting{.name = "Low battery hard off",
+            .unit = kSeconds,
+            .range = {1, 65535},
+            .as = kSettingNumber},
+    Setting{.name = "Low battery voltage setup",
+            .options = "0=Disable|1=Enable",
+            .range = {0, 1},
+            .as = kSettingSwitch},
+    Setting{.name = "Battery type setting",
+            .options = "0=Auto|1=12V|2=24V",
+            .offered = "0|1|2",
+            .range = {0, 2},
+            .as = kSettingNumber},
 };
 
-constexpr std::array kViews{
-    View{.id = pic::kCurrentView, .raw = 0x690000, .described = true, .ranged = true},
-    View{.id = pic::kDefaultView, .raw = 0x6D0000, .described = true, .ranged = true},
-    View{.id = pic::kWriteView, .raw = 0x680000, .described = false, .ranged = true},
-    View{.id = pic::kMinimumView, .raw = 0x6B0000, .described = false, .ranged = false},
-    View{.id = pic::kMaximumView, .raw = 0x6C0000, .described = false, .ranged = false},
-};
-
-constexpr auto all_rows() {
-  std::array<Row, kFixedRows.size() + kViews.size() * kSettings.size()> rows{};
-  auto* next = std::ranges::copy(kFixedRows, rows.begin()).out;
-  for (const View& view : kViews) {
-    for (unsigned int n = 1; n <= pic::kSettingCount; ++n) {
-      const Setting& setting = kSettings[n - 1];
-      *next = {.id = view.id + n, .raw = view.raw + n - 1};
-      if (view.described) {
-        next->name = setting.name;
-        next->unit = setting.unit;
-        next->options = setting.options;
-      }
-      if (view.ranged) {
-        next->range = setting.range;
-      }
-      ++next;
-    }
-  }
-  return rows;
+// The views of setting n, whose IDs and codes are the view's and n. Hosts see the first two.
+constexpr Row current_value(unsigned int n, const Setting& setting) {
+  return {.id = pic::kCurrentView + n,
+          .name = setting.name,
+          .unit = setting.unit,
+          .options = setting.options,
+          .offered = setting.offered,
+          .code = 0x690000 + n - 1,
+          .range = setting.range,
+          .as = setting.as,
+          .written_at = pic::kWriteView + n};
 }
 
-constexpr auto kRows = all_rows();
+constexpr Row factory_default(unsigned int n, const Setting& setting) {
+  return {.id = pic::kDefaultView + n,
+          .name = setting.name,
+          .unit = setting.unit,
+          .options = setting.options,
+          .code = 0x6D0000 + n - 1,
+          .range = setting.range,
+          .as = with_role(setting.as, Role::kDefault),
+          .written_at = pic::kWriteView + n,
+          .default_of = pic::kCurrentView + n};
+}
+
+constexpr Row write_target(unsigned int n, const Setting& setting) {
+  return {.id = pic::kWriteView + n, .code = 0x680000 + n - 1, .range = setting.range};
+}
+
+constexpr Row minimum(unsigned int n, const Setting& /*setting*/) {
+  return {.id = pic::kMinimumView + n, .code = 0x6B0000 + n - 1};
+}
+
+constexpr Row maximum(unsigned int n, const Setting& /*setting*/) {
+  return {.id = pic::kMaximumView + n, .code = 0x6C0000 + n - 1};
+}
+
+constexpr std::array kViews{current_value, factory_default, write_target, minimum, maximum};
+
+constexpr auto kRows = [] {
+  std::array<Row, kFixedRows.size() + kViews.size() * kSettings.size()> rows{};
+  auto* next = std::ranges::copy(kFixedRows, rows.begin()).out;
+  for (const auto& view : kViews) {
+    for (unsigned int n = 1; n <= kSettings.size(); ++n) {
+      *next++ = view(n, kSettings[n - 1]);
+    }
+  }
+  std::ranges::sort(rows, {}, &Row::id);
+  return rows;
+}();
+
+constexpr std::array kPackages{
+    Package{.id = pic::kInformation, .span = 0x100},
+    Package{.id = pic::kDefaultView, .span = 0x10},
+    Package{.id = pic::kCurrentView, .span = 0x10},
+    Package{.id = pic::kStatus, .span = 0x100},
+};
+
+constexpr catalogue::Sheet kSheet{
+    .name = "PIC",
+    .title = "Power and ignition controller",
+    .id = item_id::kPic,
+    .presence_code = *kRows.front().code,
+    .rows = kRows,
+    .packages = kPackages,
+    .note =
+        R"(The ranges of settings and their defaults are what the device reports for setting n under the codes
+`0x6B0000` + n - 1 (minimum) and `0x6C0000` + n - 1 (maximum); the ranges below stand where it does
+not. Factory defaults cannot be changed: a write to one sets the setting of that name.)"};
 
 }  // namespace
+
+const catalogue::Sheet& pic::sheet() {
+  return kSheet;
+}
 
 ReadEntry Device_PIC::get_func = nullptr;
 WriteEntry Device_PIC::set_func = nullptr;
@@ -156,7 +275,7 @@ StringMap Device_PIC::init_desc_map() {
   return catalogue::option_map(kRows);
 }
 RawMap Device_PIC::init_kova_id_map() {
-  return catalogue::raw_id_map(kRows);
+  return catalogue::code_map(kRows);
 }
 RangeMap Device_PIC::init_bound_map() {
   return catalogue::bound_map(kRows);

@@ -1,5 +1,9 @@
-// IDs of the power and ignition controller that its catalogue and its adapter share.
+// The power and ignition controller: the IDs that its catalogue and its adapter share, and its
+// sheet.
 #pragma once
+
+#include "framework/item_id.h"
+#include "framework/row.h"
 
 namespace pic {
 
@@ -30,5 +34,7 @@ inline constexpr unsigned int kIgnitionStatus = 0x14160801;
 inline constexpr unsigned int kPowerInput = 0x14160803;
 inline constexpr unsigned int kOutput48V = 0x14160805;
 inline constexpr unsigned int kStatusEnd = 0x14160809;
+
+const catalogue::Sheet& sheet();
 
 }  // namespace pic

@@ -1,121 +1,145 @@
-// The PoE ports: one table of the port items' kinds, and the reads, writes and elements over it.
+// The PoE ports: one row for each kind of a port's items, and the reads, writes and elements.
 #include "devices/poe/device_poe.h"
 
-#include <algorithm>
 #include <array>
-#include <string_view>
 
 #include "devices/poe/poe_items.h"
 #include "framework/element.h"
 #include "framework/item_id.h"
 
-ReadEntry Device_PoE::get_func = nullptr;
-WriteEntry Device_PoE::set_func = nullptr;
-const std::string Device_PoE::NAME_DEVICE = "PoE";
-
 namespace {
+
+using catalogue::Bounds;
+using catalogue::Count;
+using catalogue::Kind;
+using catalogue::Role;
+using catalogue::Row;
+using catalogue::Shape;
+using catalogue::Word;
 
 constexpr unsigned int kPresenceCode = 0x200000;
 
-// How a kind of port item is published: a scaled real, a code, or an on/off switch.
-enum class Published { kNot, kReal, kCode, kSwitch };
+constexpr Shape kReading{.role = Role::kReading, .kind = Kind::kReal, .scale = Device_PoE::FACTOR};
+constexpr Shape kState{
+    .role = Role::kState, .kind = Kind::kInteger, .word = Word::kLowByteInDocument};
+constexpr Shape kSwitch{
+    .role = Role::kSetting, .kind = Kind::kSwitch, .word = Word::kLowByteInDocument};
 
-// What the kind of a port item settles. A port's device code is the base plus the port number.
-struct PortKind {
-  unsigned int group = 1;  // of an empty place: groups have bits 7..0 clear
-  unsigned int code_base{};
-  Published as = Published::kNot;
-  std::string_view word{};
-  std::string_view unit{};
-  double max{};  // the lower bound of every kind is 0
-
-  [[nodiscard]] unsigned int code(unsigned int id) const {
-    return code_base + item_id::unit_number(id);
-  }
-};
-
+// One row for the items of a kind, in the order in which they stand in a port's package. An item's
+// ID is the row's plus the number of the port; codes are port 1's.
 constexpr std::array kRows{
-    PortKind{.group = poe::kDetect,
-             .code_base = 0x21FFFF,
-             .as = Published::kCode,
-             .word = "detect",
-             .max = 7},
-    PortKind{.group = poe::kClass,
-             .code_base = 0x22FFFF,
-             .as = Published::kCode,
-             .word = "class",
-             .max = 7},
-    PortKind{.group = poe::kCurrent,
-             .code_base = 0x23FFFF,
-             .as = Published::kReal,
-             .word = "current",
-             .unit = "mA",
-             .max = 600},
-    PortKind{.group = poe::kVoltage,
-             .code_base = 0x24FFFF,
-             .as = Published::kReal,
-             .word = "voltage",
-             .unit = "V",
-             .max = 100},
-    PortKind{.group = poe::kPortProbe, .code_base = 0x25FFFF},
-    PortKind{.group = poe::kPower,
-             .code_base = 0x26FFFF,
-             .as = Published::kSwitch,
-             .word = "power",
-             .max = 1},
+    Row{.id = poe::kPower,
+        .name = "power",
+        .options = "0=Disable|1=Enable",
+        .code = 0x270000,
+        .range = Bounds{0, 1},
+        .as = kSwitch,
+        .note = "the options are not in the document"},
+    Row{.id = poe::kDetect,
+        .name = "detect",
+        .code = 0x220000,
+        .range = Bounds{0, 7},
+        .as = kState},
+    Row{.id = poe::kClass, .name = "class", .code = 0x230000, .range = Bounds{0, 7}, .as = kState},
+    Row{.id = poe::kCurrent,
+        .name = "current",
+        .unit = "mA",
+        .code = 0x240000,
+        .range = Bounds{0, 600},
+        .as = kReading,
+        .note = "under the unit mA: raw 250 is published as 0.25"},
+    Row{.id = poe::kVoltage,
+        .name = "voltage",
+        .unit = "V",
+        .code = 0x250000,
+        .range = Bounds{0, 100},
+        .as = kReading},
+    Row{.id = poe::kPortProbe, .code = 0x260000},
 };
+
+// There are as many ports as the last one that answers.
+constexpr std::array kPortCounts{Count{.code = 0x260007, .count = 8},
+                                 Count{.code = 0x260003, .count = 4}};
+
+constexpr catalogue::Sheet kSheet{.name = "PoE",
+                                  .title = "PoE ports",
+                                  .id = item_id::kPoE,
+                                  .presence_code = kPresenceCode,
+                                  .rows = kRows,
+                                  .instances = catalogue::Instances{.word = "port",
+                                                                    .max = 8,
+                                                                    .code_step = 1,
+                                                                    .package_name = "PoE {n}",
+                                                                    .item_prefix = "PoE {n} ",
+                                                                    .in_row_order = true,
+                                                                    .counted_by = kPortCounts}};
 
 // The rows by bits 11..8 of the ID, in which the kinds differ.
 constexpr unsigned int place_of(unsigned int id) {
   return (id >> 8) & 0xFU;
 }
 
-constexpr auto kPortKinds = [] {
-  std::array<PortKind, 16> kinds{};
-  for (const PortKind& row : kRows) {
-    kinds[place_of(row.group)] = row;
+constexpr auto kKinds = [] {
+  std::array<Row, 16> kinds{};
+  kinds.fill({.id = 1});  // no group's: these have bits 7..0 clear
+  for (const Row& row : kRows) {
+    kinds[place_of(row.id)] = row;
   }
   return kinds;
 }();
 
-const PortKind* port_kind(unsigned int id) {
-  const PortKind& kind = kPortKinds[place_of(id)];
-  return kind.group == item_id::group(id) ? &kind : nullptr;
+const Row* kind_of(unsigned int id) {
+  const Row& kind = kKinds[place_of(id)];
+  return kind.id == item_id::group(id) ? &kind : nullptr;
 }
 
-Published published_as(unsigned int id) {
-  const PortKind* kind = port_kind(id);
-  return kind != nullptr ? kind->as : Published::kNot;
+// The same for published items only.
+const Row* published_kind_of(unsigned int id) {
+  const Row* kind = kind_of(id);
+  return kind != nullptr && is_published(*kind) ? kind : nullptr;
 }
 
-// The kind of a published item of a numbered port, or null: headings (port 0) have neither unit
-// nor range.
-const PortKind* published_port_kind(unsigned int id) {
-  const PortKind* kind = item_id::unit_number(id) != 0 ? port_kind(id) : nullptr;
-  return kind != nullptr && kind->as != Published::kNot ? kind : nullptr;
+// And of a numbered port: headings (port 0) have neither unit nor range nor options.
+const Row* port_kind_of(unsigned int id) {
+  return item_id::unit_number(id) != 0 ? published_kind_of(id) : nullptr;
+}
+
+unsigned int code_of(const Row& kind, unsigned int id) {
+  return *kind.code - 1 + item_id::unit_number(id);
 }
 
 void make_element(unsigned int id, const void* data, json_t** out) {
+  const Row* kind = published_kind_of(id);
+  if (kind == nullptr) {
+    return;
+  }
   const auto byte = [data] { return *static_cast<const unsigned char*>(data); };
-  const std::string name = Device_PoE::get_name_by_id(id);
-  switch (published_as(id)) {
-    case Published::kReal:
-      IoTJsonUtility::create_json_element(
-          name, id, *static_cast<const unsigned int*>(data) * Device_PoE::FACTOR, "r", "label",
-          out);
-      break;
-    case Published::kCode:
-      IoTJsonUtility::create_json_element(name, id, int{byte()}, "r", "label", out);
-      break;
-    case Published::kSwitch:
-      IoTJsonUtility::create_json_element(name, id, byte() != 0, "rw", "checkbox", out);
-      break;
-    case Published::kNot:
-      break;
+  const auto create = [&](auto value) {
+    IoTJsonUtility::create_json_element(Device_PoE::get_name_by_id(id), id, value, access(kind->as),
+                                        ui_hint(*kind), out);
+  };
+  switch (kind->as.kind) {
+    case Kind::kReal:
+      return create(*static_cast<const unsigned int*>(data) * kind->as.scale);
+    case Kind::kInteger:
+      return create(int{byte()});
+    case Kind::kSwitch:
+      return create(byte() != 0);
+    case Kind::kText:
+    case Kind::kNone:
+      return;
   }
 }
 
 }  // namespace
+
+ReadEntry Device_PoE::get_func = nullptr;
+WriteEntry Device_PoE::set_func = nullptr;
+const std::string Device_PoE::NAME_DEVICE = "PoE";
+
+const catalogue::Sheet& poe::sheet() {
+  return kSheet;
+}
 
 Device_PoE::Device_PoE() : port_count_(getPortNumber()) {}
 
@@ -123,8 +147,8 @@ unsigned int Device_PoE::getKovaID(unsigned int id) {
   if (id == poe::kPresence) {
     return kPresenceCode;
   }
-  const PortKind* kind = port_kind(id);
-  return kind != nullptr ? kind->code(id) : kNoCode;
+  const Row* kind = kind_of(id);
+  return kind != nullptr ? code_of(*kind, id) : kNoCode;
 }
 
 Status Device_PoE::get_value_by_id(unsigned int id, unsigned int* raw) {
@@ -156,27 +180,27 @@ std::string Device_PoE::get_name_by_id(unsigned int id) {
   if (id == poe::kPresence) {
     return "Available";
   }
-  const PortKind* kind = port_kind(id);
-  if (kind == nullptr || kind->as == Published::kNot) {
+  const Row* kind = published_kind_of(id);
+  if (kind == nullptr) {
     return "";
   }
   const unsigned int port = item_id::unit_number(id);
-  return "PoE " + (port != 0 ? std::to_string(port) + " " : "") + std::string(kind->word);
+  return "PoE " + (port != 0 ? std::to_string(port) + " " : "") + std::string(kind->name);
 }
 
 std::string Device_PoE::get_unit_by_id(unsigned int id) {
-  const PortKind* kind = published_port_kind(id);
+  const Row* kind = port_kind_of(id);
   return kind != nullptr ? std::string(kind->unit) : "";
 }
 
 std::string Device_PoE::get_desc_by_id(unsigned int id) {
-  const PortKind* kind = published_port_kind(id);
-  return kind != nullptr && kind->as == Published::kSwitch ? "0=Disable|1=Enable" : "";
+  const Row* kind = port_kind_of(id);
+  return kind != nullptr ? std::string(kind->options) : "";
 }
 
 Range Device_PoE::get_range_by_id(unsigned int id) {
-  const PortKind* kind = published_port_kind(id);
-  return kind != nullptr ? Range{{MIN, 0.0}, {MAX, kind->max}} : Range{};
+  const Row* kind = port_kind_of(id);
+  return kind != nullptr ? Range{{MIN, kind->range->min}, {MAX, kind->range->max}} : Range{};
 }
 
 Status Device_PoE::create_json_element(unsigned int id, void* data, json_t** out) {
@@ -195,15 +219,15 @@ Status Device_PoE::get_value_by_id(unsigned int id, json_t* value) {
     return IOT_STATUS_NOT_READY;
   }
   unsigned int raw = 0;
-  const PortKind* kind = port_kind(id);
-  if (kind == nullptr || kind->as == Published::kNot) {
+  const Row* kind = published_kind_of(id);
+  if (kind == nullptr) {
     const Status status = get_value_by_id(id, &raw);
     return status == IOT_STATUS_SUCCESS ? IOT_STATUS_UNSUPPORTED : status;
   }
-  if (const Status status = get_func(kind->code(id), &raw); status != IOT_STATUS_SUCCESS) {
+  if (const Status status = get_func(code_of(*kind, id), &raw); status != IOT_STATUS_SUCCESS) {
     return status;
   }
-  if (kind->as == Published::kReal) {
+  if (kind->as.kind == Kind::kReal) {
     json_real_set(value, raw * FACTOR);
   } else {
     json_integer_set(value, raw);
@@ -215,8 +239,8 @@ Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
   }
-  const PortKind* kind = port_kind(id);
-  if (kind == nullptr || kind->as != Published::kSwitch) {
+  const Row* kind = kind_of(id);
+  if (kind == nullptr || kind->as.role != Role::kSetting) {
     return IOT_STATUS_UNSUPPORTED;
   }
   if (!json_is_integer(value)) {
@@ -224,7 +248,7 @@ Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
   }
   const unsigned int wanted = json_integer_value(value) >= 1 ? 1 : 0;
   unsigned int current = 0;
-  if (const Status status = get_func(kind->code(id), &current); status != IOT_STATUS_SUCCESS) {
+  if (const Status status = get_func(code_of(*kind, id), &current); status != IOT_STATUS_SUCCESS) {
     return status;
   }
   return current == wanted ? IOT_STATUS_SUCCESS : set_value_by_id(id, wanted);

@@ -1,5 +1,8 @@
-// IDs of the PoE ports' items; a port item's ID is its kind plus the port number.
+// The PoE ports: the IDs of their items, which are a kind plus the port number, and their sheet.
 #pragma once
+
+#include "framework/item_id.h"
+#include "framework/row.h"
 
 namespace poe {
 
@@ -11,5 +14,7 @@ inline constexpr unsigned int kDetect = 0x14140800;
 inline constexpr unsigned int kClass = 0x14140900;
 inline constexpr unsigned int kPortProbe = 0x14140A00;
 inline constexpr unsigned int kPower = 0x14140B00;
+
+const catalogue::Sheet& sheet();
 
 }  // namespace poe

@@ -4,90 +4,171 @@
 
 #include "devices/sbattery/device_sbattery.h"
 #include "devices/sbattery/sbattery_items.h"
+#include "framework/item_id.h"
 
 namespace {
 
 using catalogue::Bounds;
+using catalogue::Kind;
+using catalogue::Package;
+using catalogue::Role;
 using catalogue::Row;
-using catalogue::TextKind;
+using catalogue::Shape;
+using catalogue::Word;
+
+constexpr unsigned int kCurrentCode = 0xB0000A;
+
+constexpr Shape kIdentityText{.role = Role::kIdentity, .kind = Kind::kText};
+constexpr Shape kStateText{.role = Role::kState, .kind = Kind::kText};
+constexpr Shape kReadingText{.role = Role::kReading, .kind = Kind::kText};
+constexpr Shape kDesign{.role = Role::kIdentity, .kind = Kind::kInteger};
+constexpr Shape kReading{.role = Role::kReading, .kind = Kind::kInteger};
+constexpr Shape kSignedReading{
+    .role = Role::kReading, .kind = Kind::kInteger, .word = Word::kLow16Signed};
+constexpr Shape kCelsius{
+    .role = Role::kReading, .kind = Kind::kReal, .scale = 0.1, .offset = -273.15};
 
 constexpr Bounds kWord{0, 65535};
 constexpr Bounds kSignedWord{-32768, 32767};
 constexpr Bounds kPercent{0, 100};
 
+constexpr std::string_view kTimeNote =
+    "text such as 2 h 5 m; N/A, and in a single read `IOT_STATUS_NOT_FOUND`, while no current "
+    "flows "
+    "or the battery cannot tell";
+
 // In the order in which the fields are read. Hosts match on the names and units, their uneven
 // spelling included. The average times are texts ("2 h 5 m") that carry the unit and the range
 // of the registers behind them.
 constexpr std::array kRows{
-    Row{.id = sbattery::kBatteryStatus, .name = "Battery Status"},
-    Row{.id = sbattery::kManufacturerName, .name = "Manufacturer Name"},
-    Row{.id = sbattery::kManufacturerDate, .name = "Manufacturer Date"},
-    Row{.id = sbattery::kSerialNumber, .name = "Serial Number"},
+    Row{.id = sbattery::kBatteryStatus,
+        .name = "Battery Status",
+        .code = 0xB00016,
+        .asks_first = kCurrentCode,
+        .as = kStateText,
+        .note = "AC Power while no current flows, else Charging or Discharging"},
+    Row{.id = sbattery::kManufacturerName,
+        .name = "Manufacturer Name",
+        .code = 0xB00024,
+        .words = 5,
+        .as = kIdentityText,
+        .note = "20 characters, trailing blanks included"},
+    Row{.id = sbattery::kManufacturerDate,
+        .name = "Manufacturer Date",
+        .code = 0xB0001B,
+        .as = kIdentityText,
+        .note = "year/month/day: 2025/1/31"},
+    Row{.id = sbattery::kSerialNumber,
+        .name = "Serial Number",
+        .code = 0xB0001C,
+        .as = kIdentityText,
+        .is_private = true,
+        .note = "four hexadecimal digits: 0x0012"},
     Row{.id = sbattery::kDesignVoltage,
         .name = "Design Voltage",
         .unit = "mV",
+        .code = 0xB00019,
         .range = Bounds{7000, 18000},
-        .kind = TextKind::kInteger},
+        .as = kDesign},
     Row{.id = sbattery::kDesignCapacity,
         .name = "Design Capacity",
         .unit = "mAh",
+        .code = 0xB00018,
         .range = kWord,
-        .kind = TextKind::kInteger},
+        .as = kDesign},
     Row{.id = sbattery::kVoltage,
         .name = "Voltage",
         .unit = "mV",
+        .code = 0xB00009,
         .range = kWord,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kCurrent,
         .name = "Current",
         .unit = "mA",
+        .code = kCurrentCode,
         .range = kSignedWord,
-        .kind = TextKind::kInteger},
+        .as = kSignedReading,
+        .note = "negative while discharging"},
     Row{.id = sbattery::kRelativeStateOfCharge,
         .name = "Relative State Of Charge",
         .unit = "%",
+        .code = 0xB0000D,
         .range = kPercent,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kAbsoluteStateOfCharge,
         .name = "Absolute State Of Charge",
         .unit = "%",
+        .code = 0xB0000E,
         .range = kPercent,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kStateOfHealth,
         .name = "SoH",
         .unit = "%",
+        .code = 0xB0004F,
         .range = kPercent,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kFullChargeCapacity,
         .name = "Full Charge Capacity",
         .unit = "mAh",
+        .code = 0xB00010,
         .range = kWord,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kRemainingCapacity,
         .name = "Remaining Capacity",
         .unit = "mAh",
+        .code = 0xB0000F,
         .range = kWord,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kAverageTimeToEmpty,
         .name = "Average Time To Empty",
         .unit = "min",
-        .range = kWord},
+        .code = 0xB00012,
+        .asks_first = kCurrentCode,
+        .range = kWord,
+        .as = kReadingText,
+        .note = kTimeNote},
     Row{.id = sbattery::kAverageTimeToFull,
         .name = "Average Time To Full",
         .unit = "min",
-        .range = kWord},
+        .code = 0xB00013,
+        .asks_first = kCurrentCode,
+        .range = kWord,
+        .as = kReadingText,
+        .note = kTimeNote},
     Row{.id = sbattery::kCycleCount,
         .name = "CycleCount",
         .unit = "cycles",
+        .code = 0xB00017,
         .range = kWord,
-        .kind = TextKind::kInteger},
+        .as = kReading},
     Row{.id = sbattery::kTemperature,
         .name = "Temperature",
         .unit = "Celsuis",
+        .code = 0xB00008,
         .range = Bounds{0, 100},
-        .kind = TextKind::kReal},
-    Row{.id = sbattery::kErrorCodes, .name = "ErrorCodes"},
+        .as = kCelsius,
+        .note = "raw is tenths of a kelvin"},
+    Row{.id = sbattery::kErrorCodes,
+        .name = "ErrorCodes",
+        .code = 0xB00016,
+        .as = kStateText,
+        .note = "error bits 3..0 of BatteryStatus: 0x7"},
 };
+
+constexpr std::array kPackages{Package{.id = item_id::kSmartBattery, .span = 0x10000}};
+
+constexpr catalogue::Sheet kSheet{
+    .name = "SMART BATTERY",
+    .title = "Smart battery",
+    .id = item_id::kSmartBattery,
+    .presence_code = 0xB00000,
+    .present_when_readable = true,
+    .rows = kRows,
+    .packages = kPackages,
+    .note =
+        R"(A field that cannot be read is "N/A" in the document, or 0 where it is a number. Codes are `0xB00000`
+and the Smart Battery Data command, except those of the manufacturer's name and the state of
+health.)"};
 
 void assign_each(const StringMap& from, StringMap* to) {
   for (const auto& [id, text] : from) {
@@ -101,6 +182,10 @@ ReadEntry Device_SBATTERY::get_func = nullptr;
 StringMap Device_SBATTERY::device_name_map;
 StringMap Device_SBATTERY::unit_map;
 RangeMap Device_SBATTERY::bound_map;
+
+const catalogue::Sheet& sbattery::sheet() {
+  return kSheet;
+}
 
 std::span<const Row> sbattery::rows() {
   return kRows;

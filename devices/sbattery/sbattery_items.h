@@ -29,4 +29,6 @@ inline constexpr unsigned int kErrorCodes = 0x14191200;
 /// All fields, in the order in which they are read.
 std::span<const catalogue::Row> rows();
 
+const catalogue::Sheet& sheet();
+
 }  // namespace sbattery

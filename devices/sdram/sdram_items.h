@@ -25,4 +25,6 @@ inline constexpr unsigned int kSpecificData = 0x14182100;
 /// All fields, in the order in which they are read.
 std::span<const catalogue::Row> rows();
 
+const catalogue::Sheet& sheet();
+
 }  // namespace sdram

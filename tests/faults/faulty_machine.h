@@ -7,7 +7,7 @@
 #include <string>
 
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tests/support/device_double.h"
 
 /// The reference machine behind a device library that can be loaded; writes succeed on it.

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tests/faults/allocation_faults.h"
 #include "tests/support/documents.h"
 

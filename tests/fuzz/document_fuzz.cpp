@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tests/fuzz/fuzz_device.h"
 
 namespace {

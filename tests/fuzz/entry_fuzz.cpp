@@ -8,7 +8,7 @@
 #include "devices/pic/device_pic.h"
 #include "framework/item_id.h"
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tests/fuzz/fuzz_device.h"
 
 namespace {

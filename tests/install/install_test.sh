@@ -33,6 +33,8 @@ version=$(sed -n 's/^#define KOVA_IOT_VERSION "\(.*\)"$/\1/p' "$prefix/include/k
 for found in "$(pkg-config --modversion kova-iot)" "$("$prefix/bin/kovactl" --version)"; do
   [ "${found##* }" = "$version" ] || fail "version $found, not $version"
 done
+grep -q "\"release\": \"$version\"" "$(pkg-config --variable=items kova-iot)" ||
+  fail "no list of items of this release"
 
 # shellcheck disable=SC2046
 cc -std=c11 -Werror "$source/examples/minimal_host.c" -o "$work/host" \
@@ -47,6 +49,7 @@ configure 99 >/dev/null 2>&1 && fail "find_package takes version 99"
 configure "$version" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 run_host "$work/consumer/host" "$(cat "$work/consumer/plugin")"
+[ -s "$(cat "$work/consumer/items")" ] || fail "find_package does not find the list of items"
 
 listed=$("$prefix/bin/kovactl" --simulate sixteen-modules list --family SDRAM) ||
   fail "kovactl does not find its module, simulator or machines"

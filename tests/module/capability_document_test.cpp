@@ -4,7 +4,7 @@
 #include <ctime>
 
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tests/support/documents.h"
 #include "tests/support/reference_machine.h"
 #include "tests/support/wrapped_loader.h"

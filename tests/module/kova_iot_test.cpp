@@ -1,5 +1,5 @@
 // The entry points and the manager behind them: life cycle, routing and the checks of a write.
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "framework/json_owner.h"
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tests/support/documents.h"
 
 extern "C" uint32_t status_seen_from_c(void);

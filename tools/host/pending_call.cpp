@@ -1,4 +1,4 @@
-// The call into the module that has not come back yet.
+// The call into the module or the device library that has not come back yet.
 #include "tools/host/pending_call.h"
 
 #include <mutex>
@@ -23,8 +23,8 @@ void become(const std::optional<PendingCall::State>& state) {
 
 }  // namespace
 
-PendingCall::PendingCall(uint32_t id) {
-  become(State{id, std::chrono::steady_clock::now()});
+PendingCall::PendingCall(Subject subject, uint32_t number) {
+  become(State{subject, number, std::chrono::steady_clock::now()});
 }
 
 PendingCall::~PendingCall() {

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 
 namespace kova_host {
 namespace {

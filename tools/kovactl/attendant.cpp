@@ -8,6 +8,7 @@
 #include <csignal>
 #include <utility>
 
+#include "tools/host/descriptor_output.h"
 #include "tools/kovactl/progress.h"
 #include "tools/kovactl/unanswered.h"
 
@@ -19,8 +20,9 @@ constexpr std::chrono::seconds kGrace{1};
 
 }  // namespace
 
-Attendant::Attendant(std::optional<double> limit_seconds, Tell tell)
-    : limit_seconds_(limit_seconds),
+Attendant::Attendant(const GlobalOptions& options, Tell tell)
+    : limit_seconds_(options.timeout_seconds),
+      host_options_(options.host),
       tell_(std::move(tell)),
       thread_([this](const std::stop_token& stop) { attend(stop); }) {}
 
@@ -89,9 +91,17 @@ void Attendant::check_pending_call() {
   if (std::chrono::duration<double>(Clock::now() - call->since).count() < *limit_seconds_) {
     return;
   }
-  const HostError error = unanswered(*call, *limit_seconds_);
+  const HostError error = unanswered(*call, *limit_seconds_, host_options_, [this] {
+    check_signals();
+    draw_progress();
+    return !interrupted_;
+  });
   put_terminal_in_order();
-  tell_(error);
+  try {
+    tell_(error);
+  } catch (const OutputError&) {
+    // The exit code says it.
+  }
   _exit(static_cast<int>(exit_code_of(error)));
 }
 

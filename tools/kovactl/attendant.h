@@ -21,9 +21,9 @@ class Attendant {
   using Tell = std::function<void(const HostError&)>;
 
   // Takes SIGINT, SIGTERM and SIGHUP over; make it before any other thread. A call into the module
-  // that lasts longer than `limit_seconds` ends the program, after `tell` was told what did not
-  // answer.
-  Attendant(std::optional<double> limit_seconds, Tell tell);
+  // that lasts longer than the options' time limit ends the program, after `tell` was told what did
+  // not answer.
+  Attendant(const GlobalOptions& options, Tell tell);
 
   // For a command that a signal ends in order, with a status that tells of what it has done until
   // then: instead of the program's end, interruption() is raised, and end() follows.
@@ -54,6 +54,7 @@ class Attendant {
   InterruptGuard signals_;
   EventFlag interruption_;
   std::optional<double> limit_seconds_;
+  HostOptions host_options_;
   Tell tell_;
   std::mutex mutex_;
   std::function<void()> before_exit_;  // under the mutex

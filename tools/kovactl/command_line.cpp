@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "module/kova_iot.h"
+#include "include/kova_iot.h"
 #include "tools/host/text_value.h"
 
 namespace kovactl {

@@ -18,7 +18,7 @@ namespace kovactl {
 namespace {
 
 struct Options {
-  std::vector<std::string> ids;
+  Selection selection;
   std::string interval;
   std::string count;
   bool changed = false;
@@ -31,13 +31,6 @@ uint32_t checked_count(const std::string& text) {
     throw HostError(Fault::usage, fmt::format("'{}' is no number of samples", text));
   }
   return *count;
-}
-
-std::vector<Item> watched_items(const Catalogue& catalogue, const std::vector<uint32_t>& ids) {
-  if (ids.empty()) {
-    return catalogue.distinct_items();
-  }
-  return catalogue.describe(ids);
 }
 
 // Waits for one of the descriptors, or so many milliseconds; -1 for no end.
@@ -131,13 +124,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   const double interval_seconds =
       options.interval.empty() ? 2 : checked_seconds(options.interval, 0.05, 86400, "interval");
   const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
-  std::vector<uint32_t> ids(options.ids.size());
-  std::transform(options.ids.begin(), options.ids.end(), ids.begin(), checked_id);
   Attendant& attendant = *globals.attendant;
   attendant.let_command_end();
   const auto session = open_session(globals);
-  const Catalogue catalogue = Catalogue::from_document(session->capability().get());
-  const std::vector<Item> items = watched_items(catalogue, ids);
+  const Inventory inventory = Inventory::of(*session);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
   const auto interval = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
       std::chrono::duration<double>(interval_seconds));
   Watch watch(attendant, options, *session, {items, interval, count});
@@ -155,7 +146,7 @@ void add_watch(CommandLine& line) {
       line.add({"watch", "Show values as they change",
                 "kovactl --simulate watch 0x14170111 --interval 0.5 --count 20"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
-  command.add_option("ID", options->ids, "Item IDs; every item without one");
+  add_selection(command, options->selection);
   command.add_option("--interval", options->interval, "Seconds between samples (default 2)")
       ->type_name("S");
   command.add_option("--count", options->count, "End after so many samples")->type_name("N");

@@ -43,8 +43,7 @@ ExitCode run(const std::vector<std::string>& arguments) {
       return ExitCode::success;
     }
     kovactl::Attendant attendant(
-        parsed.globals.timeout_seconds,
-        [as_json](const kova_host::HostError& error) { tell(error, as_json); });
+        parsed.globals, [as_json](const kova_host::HostError& error) { tell(error, as_json); });
     parsed.globals.attendant = &attendant;
     return parsed.run(parsed.globals);
   } catch (const kova_host::HostError& error) {

@@ -70,7 +70,7 @@ void Progress::advance(const kova_host::Item& item) {
   State& now = state();
   const std::lock_guard lock(now.mutex);
   ++now.done;
-  now.item = item.name;
+  now.item = name_or_path(item);
 }
 
 void draw_progress() {

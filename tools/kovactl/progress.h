@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tools/host/catalogue.h"
+#include "tools/host/item.h"
 
 namespace kovactl {
 

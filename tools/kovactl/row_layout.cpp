@@ -10,6 +10,7 @@ namespace kovactl {
 using kova_host::display_width;
 using kova_host::padded;
 using kova_host::shortened;
+using kova_host::shortened_in_front;
 
 namespace {
 
@@ -35,7 +36,9 @@ std::string RowLayout::before_value(std::string_view id, std::string_view name,
                                     size_t value_width) const {
   const size_t room = std::max(kLeastName, difference(width_, id_width_ + kGap + value_width));
   const std::string start = id_width_ == 0 ? "" : padded(id, id_width_);
-  return start + padded(shortened(name, room), std::min(name_, room)) + std::string(kGap, ' ');
+  const bool is_path = name.find('/') != std::string_view::npos;
+  const std::string shown = is_path ? shortened_in_front(name, room) : shortened(name, room);
+  return start + padded(shown, std::min(name_, room)) + std::string(kGap, ' ');
 }
 
 }  // namespace kovactl

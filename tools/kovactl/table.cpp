@@ -24,6 +24,7 @@ struct Row {
   Cells cells;
   Style value_style = Style::plain;
   std::string_view alarm = {};  // behind everything else
+  bool failed = false;          // the reason stands in the value's place and all behind it
 };
 
 Row row_of(const Item& item, const Reading& reading) {
@@ -31,6 +32,7 @@ Row row_of(const Item& item, const Reading& reading) {
   row.cells = {id_text(item.id), printable(item.name),
                std::string(without_trailing_blanks(value_with_unit(item, reading))),
                range_text(item), printable(item.access)};
+  row.failed = reading.state == Reading::State::failed;
   if (out_of_range(item, reading)) {
     row.value_style = Style::alarm;
     row.alarm = kAlarm;
@@ -57,14 +59,16 @@ class Frame {
   Painter paint_;
   std::array<size_t, kColumns> widths_{};
   std::vector<Column> columns_ = {kId, kName, kValue, kRange, kAccess};
-  std::optional<RowLayout> layout_;  // if even ID, name and value are too wide for columns
+  bool aligned_ = true;  // false if even ID, name and value are too wide for columns
+  std::optional<RowLayout> layout_;
 };
 
 Frame::Frame(const std::vector<Row>& rows, size_t width, const Painter& paint)
     : width_(width), paint_(paint) {
   for (const Row& row : rows) {
     for (size_t i = 0; i < kColumns; ++i) {
-      widths_[i] = std::max(widths_[i], display_width(row.cells[i]));
+      const bool counts = !row.failed || i < kValue;
+      widths_[i] = std::max(widths_[i], counts ? display_width(row.cells[i]) : 0);
     }
   }
   for (const Column column : {kRange, kAccess}) {
@@ -72,14 +76,13 @@ Frame::Frame(const std::vector<Row>& rows, size_t width, const Painter& paint)
       columns_.erase(std::find(columns_.begin(), columns_.end(), column));
     }
   }
-  if (!fits(rows)) {
-    layout_.emplace(widths_[kName], widths_[kValue], width_ - kIndent);
-  }
+  aligned_ = fits(rows);
+  layout_.emplace(widths_[kName], widths_[kValue], width_ - kIndent);
 }
 
 bool Frame::fits(const std::vector<Row>& rows) const {
   return std::all_of(rows.begin(), rows.end(),
-                     [this](const Row& row) { return width_of(row) <= width_; });
+                     [this](const Row& row) { return row.failed || width_of(row) <= width_; });
 }
 
 size_t Frame::width_of(const Row& row) const {
@@ -109,7 +112,7 @@ std::string Frame::fitted(const Row& row) const {
 }
 
 std::string Frame::line(const Row& row) const {
-  return std::string(kIndent, ' ') + (layout_ ? fitted(row) : aligned(row));
+  return std::string(kIndent, ' ') + (aligned_ && !row.failed ? aligned(row) : fitted(row));
 }
 
 std::string heading_of(const Item& item, size_t width) {

@@ -14,6 +14,7 @@
 #include "tools/host/pending_call.h"
 #include "tools/host/plain_text.h"
 #include "tools/kovactl/sparkline.h"
+#include "tools/kovactl/unanswered.h"
 
 // Without its macros, some of which have names such as "erase" and "timeout".
 #define NCURSES_NOMACROS 1
@@ -22,7 +23,7 @@
 namespace kovactl {
 namespace {
 
-constexpr size_t kMarkWidth = 2;  // "* " before a value
+constexpr size_t kMarkWidth = 2;     // "* " before a value
 constexpr size_t kUsualNumber = 14;  // longer ones, with labels, have no bars behind them
 constexpr size_t kLeastBars = 8;
 constexpr int kEscape = 27;
@@ -99,7 +100,7 @@ WatchScreen::WatchScreen(SCREEN* terminal, bool utf8, std::vector<Item> items, b
       coloured_(use_colours()),
       list_(std::move(items), changed_only) {
   for (const Item& item : list_.items()) {
-    name_width_ = std::max(name_width_, display_width(printable(item.name)));
+    name_width_ = std::max(name_width_, display_width(printable(name_or_path(item))));
   }
   cbreak();
   noecho();
@@ -241,7 +242,7 @@ void WatchScreen::draw() {
 
 void WatchScreen::draw_row(int line, const Item& item, const RowLayout& layout, int columns) const {
   const WatchHistory::Track& track = history_.track(item);
-  const std::string start = layout.before_value(id_text(item.id), printable(item.name),
+  const std::string start = layout.before_value(id_text(item.id), printable(name_or_path(item)),
                                                 kMarkWidth + display_width(track.text));
   move(line, 0);
   write(start, list_.is_marked(item) ? Style::heading : Style::plain);
@@ -285,11 +286,7 @@ std::string WatchScreen::status() const {
   using std::chrono::duration_cast, std::chrono::seconds, std::chrono::steady_clock;
   const auto waited = call ? duration_cast<seconds>(steady_clock::now() - call->since) : seconds(0);
   if (waited >= seconds(1)) {
-    const auto& items = list_.items();
-    const auto item = std::find_if(items.begin(), items.end(),
-                                   [&call](const Item& i) { return i.id == call->id; });
-    return fmt::format("waiting for {}, {} s", item == items.end() ? "the module" : item->name,
-                       waited.count());
+    return fmt::format("waiting for {}, {} s", subject_of(*call), waited.count());
   }
   if (history_.samples() == 0) {
     return fmt::format("reading {} items", list_.items().size());
@@ -323,7 +320,7 @@ std::string WatchScreen::rows_as_text() const {
   std::string text;
   for (const Item* item : list_.visible()) {
     const WatchHistory::Track& track = history_.track(*item);
-    text += row_layout.before_value(id_text(item->id), printable(item->name),
+    text += row_layout.before_value(id_text(item->id), printable(name_or_path(*item)),
                                     kMarkWidth + display_width(track.text));
     text += fmt::format("{} {}\n", mark_of(track), track.text);
   }

@@ -28,29 +28,42 @@
  */
 #define KOVA_IOT_MODULE_ID UINT32_C(20)
 
-/* Success. */
+/* Statuses; what each means stands in the table below. Read as int32_t, the failures are -3841,
+ * -1025, -769, -1281, -1282, -1793, -1794 and -257. */
 #define IOT_STATUS_SUCCESS UINT32_C(0x00000000)
-/* Not started, the family is not present, the device library lacks the entry needed, the document
- * could not be merged, or memory ran out. (-3841 when read as int32_t.) */
 #define IOT_STATUS_NOT_READY UINT32_C(0xFFFFF0FF)
-/* No family present at start; no text for the item; a battery time that does not apply. (-1025) */
 #define IOT_STATUS_NOT_FOUND UINT32_C(0xFFFFFBFF)
-/* No such family, an item that its family does not know, or one that cannot be written. (-769) */
 #define IOT_STATUS_UNSUPPORTED UINT32_C(0xFFFFFCFF)
-/* The device library failed to read; also every accelerometer read into a scalar. (-1281) */
 #define IOT_STATUS_READ_FAILED UINT32_C(0xFFFFFAFF)
-/* The device library failed to write, or refused the value. (-1282) */
 #define IOT_STATUS_WRITE_FAILED UINT32_C(0xFFFFFAFE)
-/* The JSON value of a write is NULL or of a type that the item does not take. (-1793) */
 #define IOT_STATUS_INVALID_PARAMETER UINT32_C(0xFFFFF8FF)
-/* A JSON element or package could not be built. (-1794) */
 #define IOT_STATUS_JSON_ERROR UINT32_C(0xFFFFF8FE)
-/* A memory-module item that no SPD field stands behind. (-257) */
 #define IOT_STATUS_UNDEFINED_ITEM UINT32_C(0xFFFFFEFF)
+
+/* Every status with its meaning, for programs that tell people: define ROW(status, meaning), such
+ * as a case of a switch or a line of an array, and expand KOVA_IOT_STATUSES(ROW). */
+#define KOVA_IOT_STATUSES(ROW)                                                                    \
+  ROW(IOT_STATUS_SUCCESS, "success")                                                              \
+  ROW(IOT_STATUS_NOT_READY,                                                                       \
+      "not started; the family is not present; an entry of the device library is missing; there " \
+      "is no document, or its target is no object; memory ran out")                               \
+  ROW(IOT_STATUS_NOT_FOUND,                                                                       \
+      "at a start: no device library, or no family present; at a read: no such text, or a "       \
+      "battery time that does not apply")                                                         \
+  ROW(IOT_STATUS_UNSUPPORTED, "no such family or item, or it cannot be written")                  \
+  ROW(IOT_STATUS_READ_FAILED, "the device library failed to read; any accelerometer read")        \
+  ROW(IOT_STATUS_WRITE_FAILED, "the device library failed to write, or refused the value")        \
+  ROW(IOT_STATUS_INVALID_PARAMETER,                                                               \
+      "a write of a null value or of a type that the item does not take")                         \
+  ROW(IOT_STATUS_JSON_ERROR, "a JSON element or package could not be built")                      \
+  ROW(IOT_STATUS_UNDEFINED_ITEM, "a memory-module item without an SPD field")
 
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The module is built with everything else hidden. */
+#pragma GCC visibility push(default)
 
 /* Loads the device library (/usr/lib/libKOVADevice.so, else /usr/lib64/libKOVADevice.so), asks
  * which families are present and builds the capability document: expect some hundred device reads.
@@ -104,6 +117,8 @@ uint32_t KovaIoTSetMDEventHandler(KovaIoTEventHandler handler);
 
 /* KOVA_IOT_MODULE_ID; may be called at any time. */
 uint32_t KovaIoTGetModuleID(void);
+
+#pragma GCC visibility pop
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,142 @@
+// Rows: all there is to say of an item, one row an item, and what follows from a row by rule.
+// Tables of rows are constexpr; an empty column is a missing entry in the map made from it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace catalogue {
+
+/// Bounds in display units; advice for the host, never enforced.
+struct Bounds {
+  double min;
+  double max;
+};
+
+/// What an item is to its reader.
+enum class Role {
+  kNone,      ///< not published: a heading, the presence item, a view that only the module uses
+  kIdentity,  ///< fixed for the machine: versions, serial numbers, module data
+  kReading,   ///< measured, moves by itself
+  kState,     ///< a condition that the device reports
+  kSetting,   ///< can be written
+  kDefault,   ///< a setting's factory default
+};
+
+/// The JSON kind: "bv", or "v" with an integer or a real, or "sv".
+enum class Kind { kNone, kSwitch, kInteger, kReal, kText };
+
+/// Which part of the raw word counts.
+enum class Word {
+  kWhole,              ///< 32 bits, unsigned
+  kSigned,             ///< 32 bits in two's complement
+  kLowByteInDocument,  ///< the document takes bits 7..0, a single read all
+  kLow16Signed,        ///< bits 15..0 in two's complement
+};
+
+/// How the raw word becomes the published value, and a written number the raw word.
+struct Shape {
+  Role role = Role::kNone;
+  Kind kind = Kind::kNone;
+  Word word = Word::kWhole;
+  double scale = 1;  ///< value = word * scale + offset
+  double offset = 0;
+  bool truncated = false;   ///< the value is cut to a whole number, toward zero
+  bool normalised = false;  ///< a single read of a switch answers 0 or 1, not the word
+};
+
+constexpr Shape with_role(Shape shape, Role role) {
+  shape.role = role;
+  return shape;
+}
+
+/// One item or heading.
+struct Row {
+  unsigned int id;
+  std::string_view name{};
+  std::string_view unit{};
+  std::string_view options{};                ///< value=label pairs joined by "|"
+  std::string_view offered{};                ///< the values a combobox offers, joined by "|"
+  std::optional<unsigned int> code{};        ///< the item's code in the device library
+  unsigned int words = 1;                    ///< how many codes in a row hold it
+  std::optional<unsigned int> asks_first{};  ///< a code that decides whether and how it is read
+  std::optional<Bounds> range{};
+  Shape as{};
+  std::string (*text)(unsigned int word) = nullptr;  ///< of an item that is one word's text
+  unsigned int block = 0;  ///< of a heading: so many IDs from it on, if no row is theirs, are as it
+  unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own
+  unsigned int default_of = 0;  ///< of a factory default: the setting's ID
+  bool is_private = false;      ///< tells one machine or its user from others: serial numbers
+  std::string_view note{};      ///< for docs/items.md, what no column says
+};
+
+/// "asm". Factory defaults are "w", not "r": hosts offer them as values to write back.
+constexpr const char* access(const Shape& as) {
+  return as.role == Role::kSetting ? "rw" : as.role == Role::kDefault ? "w" : "r";
+}
+
+/// "ui".
+constexpr const char* ui_hint(const Row& row) {
+  if (row.as.role != Role::kSetting) {
+    return "label";
+  }
+  return row.as.kind == Kind::kSwitch ? "checkbox" : row.offered.empty() ? "textbox" : "combobox";
+}
+
+/// How many steps of the raw word are one unit of the value: 10 for a scale of 0.1.
+constexpr std::uint32_t steps_per_unit(const Shape& as) {
+  return static_cast<std::uint32_t>(1 / as.scale + 0.5);
+}
+
+constexpr bool is_published(const Row& row) {
+  return row.as.role != Role::kNone && row.code.has_value();
+}
+
+/// A package of the capability document: the published items among the IDs id+1..id+span-1, under
+/// the name of the heading `id`.
+struct Package {
+  unsigned int id;
+  unsigned int span;
+  unsigned int unit_id = 0;        ///< the ID whose unit is the package's "bu", if there is one
+  std::string_view second_name{};  ///< of the same elements' package in the sheet's second family
+  unsigned int second_id = 0;
+};
+
+/// How instances are counted: a word that equals 1 tells of `count`; without a count, the word
+/// does.
+struct Count {
+  unsigned int code;
+  unsigned int count = 0;
+};
+
+/// A family whose items repeat by rule, in one package an instance, numbered from 1. Its rows have
+/// the IDs of instance 0 and the codes of instance 1. In names, {n} is the number and {i} one less.
+struct Instances {
+  std::string_view word;  ///< what an instance is called
+  unsigned int max;
+  unsigned int code_step;
+  std::string_view package_name;
+  std::string_view item_prefix{};
+  bool in_row_order = false;          ///< how a package's elements stand; else in that of their IDs
+  std::span<const Count> counted_by;  ///< the first that holds
+};
+
+/// A family: what the document, the documentation and the tools need to know beside its rows.
+struct Sheet {
+  std::string_view name;   ///< in the document
+  std::string_view title;  ///< for people
+  unsigned int id;         ///< of its items: bits 31..16
+  unsigned int presence_code;
+  bool present_when_readable = false;  ///< whatever the presence item reads; else when it is not 0
+  std::span<const Row> rows;
+  std::span<const Package>
+      packages{};  ///< in the document's order; none of a family with instances
+  std::optional<Instances> instances{};
+  std::string_view second_family{};  ///< where the document shows packages again
+  std::string_view note{};           ///< for docs/items.md
+};
+
+}  // namespace catalogue

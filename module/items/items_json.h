@@ -1,0 +1,7 @@
+// items.json, which is installed for programs that know no device: its whole text.
+#pragma once
+
+#include <string>
+
+/// Throws std::runtime_error, naming the row, when the rows do not make a whole list.
+std::string items_json();
