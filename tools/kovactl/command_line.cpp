@@ -75,7 +75,7 @@ bool CommandLine::is_command(const std::string& word) const {
 // a command nor an item ID. The parser's own rule would take an ID, so it gets to see an option
 // that has a value, or one that has none.
 std::vector<std::string> CommandLine::settle_simulate(std::vector<std::string> arguments) const {
-  for (size_t i = 0; i < arguments.size(); ++i) {
+  for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
     if (arguments[i] != "--simulate") {
       continue;
     }
