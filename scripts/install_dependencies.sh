@@ -4,10 +4,10 @@
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
-build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libsystemd-dev"
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev locales python3" ;;
+  test) packages="$build libgtest-dev locales python3 python3-pyte" ;;
   bench) packages="$build libbenchmark-dev" ;;
   check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 prometheus prometheus-node-exporter" ;;
   package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
