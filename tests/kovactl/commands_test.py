@@ -15,22 +15,23 @@ class Lists(TestCase):
     def test_tables_are_aligned_grouped_and_marked(self):
         result = run([*self.worn, "list", "--family", "poe"])
         self.assertEqual(result.exit_code, 1)
-        self.assertEqual(result.err, "kovactl: 1 of 20 items could not be read\n")
+        self.assertEqual(result.err, "kovactl: cannot read 0x14140402 PoE 2 current: the device did "
+                         "not answer (0x5)\nkovactl: 1 of 20 items could not be read\n")
         self.assertEqual(result.out.partition("\n\nPoE: PoE 3")[0], """\
   ID          NAME           VALUE       RANGE     ACCESS
 
 PoE: PoE 1
-  0x14140B01  PoE 1 power    1           0 .. 1    rw
+  0x14140B01  PoE 1 power    1 (Enable)  0 .. 1    rw
   0x14140801  PoE 1 detect   4           0 .. 7    r
   0x14140901  PoE 1 class    4           0 .. 7    r
   0x14140401  PoE 1 current  412.002 mA  0 .. 600  r
   0x14140201  PoE 1 voltage  12.1 V      0 .. 100  r
 
 PoE: PoE 2
-  0x14140B02  PoE 2 power    1           0 .. 1    rw
+  0x14140B02  PoE 2 power    1 (Enable)  0 .. 1    rw
   0x14140802  PoE 2 detect   4           0 .. 7    r
   0x14140902  PoE 2 class    2           0 .. 7    r
-  0x14140402  PoE 2 current  N/A         0 .. 600  r
+  0x14140402  PoE 2 current  unreadable: the device did not answer (0x5)  0 .. 600  r
   0x14140202  PoE 2 voltage  48.247 V    0 .. 100  r""")
         board = run([*self.worn, "list", "--family", "trk-7000"]).out
         self.assertIn("150 Cel   0 .. 100   r  OUT OF RANGE\n", board)
@@ -68,14 +69,14 @@ class Commands(TestCase):
 
     def test_read_and_write_single_items(self):
         self.check((
-            ("--simulate get 0x14160716", 0, "0x14160716 12V low battery voltage  10.5 V\n", ""),
+            ("--simulate get 0x14160716", 0, "0x14160716 PIC/Settings/12V low battery voltage  10.5 V\n", ""),
             ("get 336987926 --simulate", 0, "10.5 V", ""),
             ("get --simulate 0x14150741", 0, "2 (-2~+2G)", ""),
             ("--simulate get 0x14150721 --value-only", 0, "0\n", ""),
             ("--simulate get 0x14160746 --value-only", 0, "9.5\n", ""),
-            ("--simulate get 0x14200001", 1, "N/A", "IOT_STATUS_UNSUPPORTED (0xFFFFFCFF)"),
-            ("--simulate get 0x14140B01 0x14200001 0x14140B02", 1, "PoE 2 power  1", "0x14200001"),
-            ("--simulate set 0x14140B01 off", 0, "PoE 1 power  0\n", ""),
+            ("--simulate get 0x14200001", 1, "unreadable: the module has", "such item (0xFFFFFCFF)"),
+            ("--simulate get 0x14140B01 0x14200001 0x14140B02", 1, "PoE 2 power  1 (Enable)", "0x14200001"),
+            ("--simulate set 0x14140B01 off", 0, "PoE 1 power  0 (Disable)\n", ""),
             ("--simulate set 0x1416071B 24v", 0, "2 (24V)\n", ""),
             ("--simulate set 0x14150741 -16~+16G", 0, "16 (-16~+16G)", ""),
             ("--simulate set 0x14150722 -0.25", 0, "-0.25 G\n", ""),
@@ -83,9 +84,9 @@ class Commands(TestCase):
             ("--simulate set 0x14160716 11", 0, "11 V\n", ""),
             ("--simulate set 0x14160716 9.55", 0, "9.5 V, after 9.55 was sent\n", ""),
             ("--simulate set 0x14160716 15", 1, "", "its range is 9.5 .. 11.5"),
-            ("--simulate set 0x14160716 15 --json", 1, '"code": 4294966014', "WRITE_FAILED"),
+            ("--simulate set 0x14160716 15 --json", 1, '"code": 4294966014', "0xFFFFFAFE"),
             ("--simulate set 0x14160801 1", 1, "",
-             "IOT_STATUS_UNSUPPORTED (0xFFFFFCFF), it is read-only"),
+             "it cannot be written (0xFFFFFCFF), it is read-only"),
             ("--simulate set 0x14160711 2.5", 2, "", "whole numbers"),
             ("--simulate set 0x1416071B 48V", 2, "", "0 (Auto), 1 (12V), 2 (24V)"),
         ))
@@ -94,10 +95,10 @@ class Commands(TestCase):
         self.check((
             ("", 2, "", "kovactl: A subcommand is required"),
             ("lists", 2, "", "kovactl"),
-            ("--simulate get", 2, "", "ID is required"),
-            ("--simulate get 14140B01", 2, "", "'14140B01' is no item ID"),
+            ("--simulate get", 2, "", "ITEM or --family is required"),
+            ("--simulate get 14140B01", 2, "", "was 0x14140B01 meant?"),
             ("--simulate list --family nosuch", 2, "", "only: SDRAM, SMART BATTERY"),
-            ("--simulate list extra", 2, "", "extra"),
+            ("--simulate list extra", 2, "", "no item 'extra'"),
             ("--simulate nosuch list", 2, "", "no machine description 'nosuch'"),
             ("--simulate list --module /nonexistent.so", 2, "", "cannot load the module"),
             ("--simulate watch --interval nan", 2, "", "'nan' is no interval"),
@@ -111,7 +112,7 @@ class Commands(TestCase):
     def test_errors_are_one_json_document_too(self):
         bad = self.folder / "bad.json"
         bad.write_text('{"codes": 1}')
-        for arguments in ("--simulate get x --json", "--simulate get --json --nosuch",
+        for arguments in ("--simulate get nosuch --json", "--simulate get --json --nosuch",
                           f"--simulate {bad} list --json"):
             with self.subTest(arguments=arguments):
                 result = run(arguments)

@@ -37,12 +37,12 @@ uint32_t KovaIoTGetMDCapability(json_t* target) {
     return IOT_STATUS_NOT_READY;
   }
   json_t* elements = json_array();
-  json_array_append_new(elements, element("X", 0x14150901, "v", json_real(0)));
+  json_array_append_new(elements, element("X", 0x14150911, "v", json_real(0)));
   json_array_append_new(elements, element("Mode", 0x14150711, "bv", json_integer(0)));
-  json_array_append_new(elements, element("Y", 0x14150902, "v", json_real(0)));
+  json_array_append_new(elements, element("Y", 0x14150912, "v", json_real(0)));
   json_array_append_new(elements, element("Dirty", 0x14180101, "sv", json_string("N/A")));
   json_array_append_new(elements, element("Idle", 0x14190E00, "sv", json_string("N/A")));
-  json_array_append_new(elements, element("Red\x1b[31m \"\\\n", 0x14160601, "sv", json_string("")));
+  json_array_append_new(elements, element("Red\x1b[31m \"\\\n", 0x14160650, "sv", json_string("")));
   json_array_append_new(elements, json_pack("{s:s, s:s}", "n", "no ID", "sv", "x"));
   json_array_append_new(elements, element("wide", 0x14160602, "unknown", json_integer(1)));
   json_array_append_new(elements, json_null());
@@ -55,24 +55,27 @@ uint32_t KovaIoTGetMDCapability(json_t* target) {
 
 uint32_t KovaIoTGetMDValue(uint32_t id, json_t* value) {
   switch (id) {
-    case 0x14150901:  // filled, and yet a failure is reported
+    case 0x14150911:  // filled, and yet a failure is reported
       json_real_set(value, -0.5);
       return IOT_STATUS_READ_FAILED;
     case 0x14150711:
       json_integer_set(value, 0);
       return IOT_STATUS_READ_FAILED;
-    case 0x14150902:  // a real failure
+    case 0x14150912:  // a real failure
       return IOT_STATUS_READ_FAILED;
     case 0x14190E00:
       return IOT_STATUS_NOT_FOUND;
-    case 0x14160601:
+    case 0x14160650:
       json_string_set(value, "a\x1b[2J\tb");
       return IOT_STATUS_SUCCESS;
     case 0x14160746:  // not in the document: takes a real only
       json_real_set(value, 9.5);
       return IOT_STATUS_SUCCESS;
-    default:  // as a text that is not UTF-8: success, and nothing filled in
+    case 0x14140099:
+    case 0x14180101:  // as a text that is not UTF-8: success, and nothing filled in
       return IOT_STATUS_SUCCESS;
+    default:
+      return IOT_STATUS_NOT_READY;
   }
 }
 

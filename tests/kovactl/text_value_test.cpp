@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/comma_locale.h"
-#include "tools/host/catalogue.h"
 #include "tools/host/errors.h"
+#include "tools/host/item.h"
 #include "tools/host/json_writer.h"
 #include "tools/host/plain_text.h"
 #include "tools/host/value_text.h"

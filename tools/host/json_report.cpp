@@ -33,7 +33,11 @@ JsonPtr json_options(const std::vector<Option>& options) {
 void put_description(const JsonPtr& object, const Item& item) {
   put(object, "family", json_text(item.family));
   put(object, "package", json_text(item.package));
+  put(object, "path", json_text(path_of(item)));
   put(object, "access", json_text(item.access));
+  if (const auto role = role_name(item.facts.role); !role.empty()) {
+    put(object, "role", json_text(role));
+  }
   if (item.kind) {
     put(object, "kind", json_text(kind_name(*item.kind)));
   }
@@ -81,6 +85,9 @@ JsonPtr json_item(const Item& item, const Reading& reading, Detail detail) {
     put_description(object, item);
   }
   put_value(object, item, reading);
+  if (reading.state == Reading::State::failed) {
+    put(object, "failure", json_text(read_failure(reading.status)));
+  }
   put(object, "ok", own(json_boolean(reading.state != Reading::State::failed)));
   put_status(object, reading.status);
   return object;

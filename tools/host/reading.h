@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "tools/host/catalogue.h"
+#include "tools/host/item.h"
 #include "tools/host/session.h"
 
 namespace kova_host {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "module/kova_iot.h"
+#include "tools/host/diagnosis.h"
 #include "tools/host/errors.h"
 #include "tools/host/locations.h"
 #include "tools/host/status_text.h"
@@ -62,54 +63,49 @@ fs::path chosen_module(const std::string& module) {
 
 }  // namespace
 
-Session::Session(const HostOptions& options) {
+Module::Module(const HostOptions& options) {
   if (options.simulate) {
     load_simulator(options.machine);
   }
-  load(chosen_module(options.module));
-  start(options.simulate);
-}
-
-Session::~Session() {
-  uninitialize_();
-}
-
-void Session::load(const fs::path& file) {
-  library_ = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library_ == nullptr) {
+  file_ = chosen_module(options.module);
+  void* library = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) {
     refuse_library("the module");
   }
-  // The module stays mapped: values that it made may outlive the session.
-  initialize_ = resolve<uint32_t()>(library_, "KovaIoTInitialize");
-  uninitialize_ = resolve<uint32_t()>(library_, "KovaIoTUninitialize");
-  capability_ = resolve<uint32_t(json_t*)>(library_, "KovaIoTGetMDCapability");
-  get_ = resolve<uint32_t(uint32_t, json_t*)>(library_, "KovaIoTGetMDValue");
-  set_ = resolve<uint32_t(uint32_t, json_t*)>(library_, "KovaIoTSetMDValue");
+  initialize_ = resolve<uint32_t()>(library, "KovaIoTInitialize");
+  uninitialize_ = resolve<uint32_t()>(library, "KovaIoTUninitialize");
+  capability_ = resolve<uint32_t(json_t*)>(library, "KovaIoTGetMDCapability");
+  get_ = resolve<uint32_t(uint32_t, json_t*)>(library, "KovaIoTGetMDValue");
+  set_ = resolve<uint32_t(uint32_t, json_t*)>(library, "KovaIoTSetMDValue");
   // Not used here, but a library without them is no such module.
-  resolve<uint32_t(KovaIoTEventHandler)>(library_, "KovaIoTSetMDEventHandler");
-  const uint32_t module_id = resolve<uint32_t()>(library_, "KovaIoTGetModuleID")();
+  resolve<uint32_t(KovaIoTEventHandler)>(library, "KovaIoTSetMDEventHandler");
+  const uint32_t module_id = resolve<uint32_t()>(library, "KovaIoTGetModuleID")();
   if (module_id != KOVA_IOT_MODULE_ID) {
-    throw HostError(Fault::usage, fmt::format("'{}' is module {}, not {}", file.native(), module_id,
-                                              KOVA_IOT_MODULE_ID));
+    throw HostError(Fault::usage, fmt::format("'{}' is module {}, not {}", file_.native(),
+                                              module_id, KOVA_IOT_MODULE_ID));
   }
 }
 
-void Session::start(bool simulated) {
-  const uint32_t status = initialize_();
+Session::Session(const Module& module, bool simulated) : module_(module) {
+  const uint32_t status = module_.initialize();
   if (status == IOT_STATUS_SUCCESS) {
     return;
   }
   const std::string hint = simulated ? "" : "; --simulate shows a simulated machine";
   const std::string reason =
       status == IOT_STATUS_NOT_FOUND
-          ? "no device found"
+          ? "no device found: " + cause_of_no_device(diagnose_device())
           : fmt::format("the module did not start: {}", describe_status(status));
   throw HostError(Fault::no_device, reason + hint, status);
 }
 
+Session::~Session() {
+  module_.uninitialize();
+}
+
 JsonPtr Session::capability() const {
   JsonPtr document = own(json_object());
-  const uint32_t status = capability_(document.get());
+  const uint32_t status = module_.capability(document.get());
   if (status != IOT_STATUS_SUCCESS) {
     throw HostError(Fault::no_device, "the module offers no items: " + describe_status(status),
                     status);

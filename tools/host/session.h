@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -17,13 +16,39 @@ struct HostOptions {
   std::optional<std::string> machine;  // description for it; without one it picks its own
 };
 
+// The module in the process, not started. It stays there: values that it made may outlive it.
+class Module {
+ public:
+  // With options.simulate, the simulated device library is put into the process first.
+  // Throws HostError (usage) if a library or the machine description cannot be used.
+  explicit Module(const HostOptions& options);
+
+  const std::filesystem::path& file() const { return file_; }
+
+  // The module's entry points. Calls must not overlap.
+  uint32_t initialize() const { return initialize_(); }
+  uint32_t uninitialize() const { return uninitialize_(); }
+  uint32_t capability(json_t* target) const { return capability_(target); }
+  uint32_t read(uint32_t id, json_t* value) const { return get_(id, value); }
+  uint32_t write(uint32_t id, json_t* value) const { return set_(id, value); }
+
+ private:
+  std::filesystem::path file_;
+  uint32_t (*initialize_)() = nullptr;
+  uint32_t (*uninitialize_)() = nullptr;
+  uint32_t (*capability_)(json_t*) = nullptr;
+  uint32_t (*get_)(uint32_t, json_t*) = nullptr;
+  uint32_t (*set_)(uint32_t, json_t*) = nullptr;
+};
+
 // A started module; shutting it down is the destructor's work. Calls must not overlap.
 class Session {
  public:
   // Reads every item of the machine, which takes a while on a slow bus.
   // Throws HostError: usage if a library or the machine description cannot be used,
-  // no_device if the module finds no device.
-  explicit Session(const HostOptions& options);
+  // no_device if the module finds no device, with the cause.
+  explicit Session(const HostOptions& options) : Session(Module(options), options.simulate) {}
+  Session(const Module& module, bool simulated);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -32,19 +57,11 @@ class Session {
   JsonPtr capability() const;
 
   // Both return the module's status. `value` stays the caller's.
-  uint32_t read(uint32_t id, json_t* value) const { return get_(id, value); }
-  uint32_t write(uint32_t id, json_t* value) const { return set_(id, value); }
+  uint32_t read(uint32_t id, json_t* value) const { return module_.read(id, value); }
+  uint32_t write(uint32_t id, json_t* value) const { return module_.write(id, value); }
 
  private:
-  void load(const std::filesystem::path& library);
-  void start(bool simulated);
-
-  void* library_ = nullptr;
-  uint32_t (*initialize_)() = nullptr;
-  uint32_t (*uninitialize_)() = nullptr;
-  uint32_t (*capability_)(json_t*) = nullptr;
-  uint32_t (*get_)(uint32_t, json_t*) = nullptr;
-  uint32_t (*set_)(uint32_t, json_t*) = nullptr;
+  Module module_;
 };
 
 }  // namespace kova_host

@@ -38,12 +38,15 @@ std::string plain_value(const Reading& reading) {
   if (const auto* text = std::get_if<std::string>(&reading.value)) {
     return printable(*text);
   }
-  return "N/A";
+  return reading.state == Reading::State::absent ? "N/A" : "unreadable";
 }
 
 std::string value_with_unit(const Item& item, const Reading& reading) {
   std::string text = bare_text(reading);
-  if (reading.state != Reading::State::good) {
+  if (reading.state == Reading::State::failed) {
+    return fmt::format("{}: {}", text, read_failure(reading.status));
+  }
+  if (reading.state == Reading::State::absent) {
     return text;
   }
   if (const auto* integer = std::get_if<int64_t>(&reading.value)) {
@@ -63,13 +66,6 @@ std::string range_text(const Item& item) {
   }
   const auto end = [](const std::optional<double>& v) { return v ? short_number(*v) : "?"; };
   return fmt::format("{} .. {}", end(item.min), end(item.max));
-}
-
-std::string failure_text(const Reading& reading) {
-  if (reading.status == 0) {
-    return "the module answered without a value";
-  }
-  return describe_status(reading.status);
 }
 
 }  // namespace kova_host

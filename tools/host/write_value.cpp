@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -16,12 +17,26 @@ namespace {
                   fmt::format("'{}' is no value for {}: {}", text, id_text(item.id), reason));
 }
 
-// Words for the switches that the module publishes without an option list.
+const std::vector<Option>& switch_words() {
+  static const std::vector<Option> words = {{1, "on"},  {0, "off"}, {1, "enable"}, {0, "disable"},
+                                            {1, "yes"}, {0, "no"},  {1, "true"},   {0, "false"}};
+  return words;
+}
+
+bool is_switch_word(const Option& option) {
+  return std::any_of(switch_words().begin(), switch_words().end(), [&option](const Option& word) {
+    return word.value == option.value && same_word(word.label, option.label);
+  });
+}
+
+// The item's labels, and the words that people have for on and off where these are its choices.
 std::vector<Option> choices(const Item& item) {
-  if (!item.options.empty() || item.kind != ValueKind::boolean) {
-    return item.options;
+  std::vector<Option> result = item.options;
+  if (item.kind == ValueKind::boolean &&
+      std::all_of(result.begin(), result.end(), is_switch_word)) {
+    result.insert(result.end(), switch_words().begin(), switch_words().end());
   }
-  return {{1, "on"}, {0, "off"}, {1, "enable"}, {0, "disable"}};
+  return result;
 }
 
 int64_t value_of_label(const Item& item, std::string_view text) {

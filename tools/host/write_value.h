@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "tools/host/catalogue.h"
+#include "tools/host/item.h"
+#include "tools/host/json_ptr.h"
 
 namespace kova_host {
 

@@ -14,7 +14,7 @@ namespace kovactl {
 namespace {
 
 struct Options {
-  std::vector<std::string> ids;
+  Selection selection;
   bool value_only = false;
   bool json = false;
 };
@@ -37,21 +37,13 @@ std::string get_text(const std::vector<Item>& items, const Readings& readings, b
   return text;
 }
 
-void report_failures(const std::vector<Item>& items, const Readings& readings) {
-  for (const Item& item : items) {
-    const Reading& reading = readings.at(item.id);
-    if (reading.state == Reading::State::failed) {
-      report(fmt::format("cannot read {}: {}", title(item), failure_text(reading)));
-    }
-  }
-}
-
 ExitCode run(const GlobalOptions& globals, const Options& options) {
-  std::vector<uint32_t> ids(options.ids.size());
-  std::transform(options.ids.begin(), options.ids.end(), ids.begin(), checked_id);
+  if (options.selection.texts.empty() && options.selection.family.empty()) {
+    throw HostError(Fault::usage, "ITEM or --family is required (see kovactl get --help)");
+  }
   const auto session = open_session(globals);
-  const Catalogue catalogue = Catalogue::from_document(session->capability().get());
-  const std::vector<Item> items = catalogue.describe(ids);
+  const Inventory inventory = Inventory::of(*session);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
   const Readings readings = read_with_progress(*session, items);
   if (options.json) {
     print(json_document(json_items(items, readings).get(), JsonLayout::indented));
@@ -67,9 +59,9 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 void add_get(CommandLine& line) {
   auto options = std::make_shared<Options>();
   CLI::App& command =
-      line.add({"get", "Read items", "kovactl --simulate get 0x14140B01 336855553"},
+      line.add({"get", "Read items", "kovactl --simulate get 0x14140B01 'TRK7K OB fan ?'"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
-  command.add_option("ID", options->ids, "Item ID, hexadecimal (0x...) or decimal")->required();
+  add_selection(command, options->selection);
   command.add_flag("--value-only", options->value_only, "Print the bare values, one a line");
   command.add_flag("--json", options->json, "Print JSON, with a status for every item");
 }

@@ -13,6 +13,7 @@ namespace kovactl {
 namespace {
 
 struct Options {
+  Selection selection;
   bool openmetrics = false;
   std::string output;  // file to replace; "" for stdout
 };
@@ -32,7 +33,7 @@ SuccessTimes times_in_file(const std::string& file) {
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const auto session = open_session(globals);
   const std::vector<Item> items =
-      Catalogue::from_document(session->capability().get()).distinct_items();
+      select_distinct(Inventory::of(*session).items(), options.selection);
   const Readings readings = read_with_progress(*session, items);
   const auto format = options.openmetrics ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
   const bool to_file = !options.output.empty();
@@ -43,7 +44,7 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   } else {
     print(text);
   }
-  return verdict(readings);
+  return verdict(items, readings);
 }
 
 }  // namespace
@@ -54,6 +55,7 @@ void add_metrics(CommandLine& line) {
       line.add({"metrics", "Print all readings in Prometheus text format",
                 "kovactl metrics --output /var/lib/prometheus/node-exporter/kova.prom"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
   command.add_flag("--openmetrics", options->openmetrics, "Print OpenMetrics 1.0 instead");
   command.add_option("--output", options->output, "Replace this file, as a whole or not at all")
       ->type_name("FILE");

@@ -11,6 +11,7 @@ namespace kovactl {
 namespace {
 
 struct Options {
+  Selection selection;
   std::string base_name;  // "" for the machine's own
   bool compact = false;
 };
@@ -21,12 +22,12 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   }
   const auto session = open_session(globals);
   const std::vector<Item> items =
-      Catalogue::from_document(session->capability().get()).distinct_items();
+      select_distinct(Inventory::of(*session).items(), options.selection);
   const Readings readings = read_with_progress(*session, items);
   const std::string base = options.base_name.empty() ? machine_base_name() : options.base_name;
   const JsonPtr pack = senml_pack(items, readings, base, unix_time());
   print(json_document(pack.get(), options.compact ? JsonLayout::one_line : JsonLayout::indented));
-  return verdict(readings);
+  return verdict(items, readings);
 }
 
 }  // namespace
@@ -36,6 +37,7 @@ void add_senml(CommandLine& line) {
   CLI::App& command =
       line.add({"senml", "Print all readings as a SenML pack", "kovactl --simulate senml"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
   command.add_option("--base-name", options->base_name, "Name in front of every record's own")
       ->type_name("NAME");
   command.add_flag("--compact", options->compact, "Print it on one line");

@@ -16,7 +16,7 @@ namespace kovactl {
 namespace {
 
 struct Options {
-  std::string id;
+  std::string item;
   std::string value;  // as typed
   bool json = false;
 };
@@ -66,10 +66,9 @@ JsonPtr set_report(const Item& item, const Reading& reading, const Number& sent,
 }
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
-  const uint32_t id = checked_id(options.id);
   const auto session = open_session(globals);
-  const Catalogue catalogue = Catalogue::from_document(session->capability().get());
-  const Item item = catalogue.describe(id);
+  const Inventory inventory = Inventory::of(*session);
+  const Item item = select_one(inventory.items(), options.item);
   const Number number = value_to_set(item, options.value);
   const uint32_t status = session->write(item.id, to_json(number).get());
   const Reading reading = read_item(*session, item);
@@ -79,7 +78,7 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
     print(set_text(item, reading, number));
   }
   if (status != IOT_STATUS_SUCCESS) {
-    report(fmt::format("cannot write {}: {}{}", title(item), describe_status(status),
+    report(fmt::format("cannot write {}: {}{}", title(item), write_failure(status),
                        refusal_hint(item, number)));
     return ExitCode::item_failed;
   }
@@ -93,7 +92,7 @@ void add_set(CommandLine& line) {
   CLI::App& command =
       line.add({"set", "Write an item", "kovactl --simulate set 0x14140B01 0"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
-  command.add_option("ID", options->id, "Item ID, hexadecimal (0x...) or decimal")->required();
+  command.add_option("ITEM", options->item, "Item by ID, name or path")->required();
   command.add_option("VALUE", options->value, "Number, or the label of one of the item's options")
       ->required();
   command.add_flag("--json", options->json, "Print JSON, with a status for every item");

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "tools/host/plain_text.h"
+#include "tools/host/status_text.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 
@@ -24,7 +25,17 @@ Readings read_with_progress(const Session& session, const std::vector<Item>& ite
   });
 }
 
-ExitCode verdict(const Readings& readings) {
+void report_failures(const std::vector<Item>& items, const Readings& readings) {
+  for (const Item& item : distinct(items)) {
+    const Reading& reading = readings.at(item.id);
+    if (reading.state == Reading::State::failed) {
+      report(fmt::format("cannot read {}: {}", title(item), read_failure(reading.status)));
+    }
+  }
+}
+
+ExitCode verdict(const std::vector<Item>& items, const Readings& readings) {
+  report_failures(items, readings);
   const auto failed = std::count_if(readings.begin(), readings.end(), [](const auto& entry) {
     return entry.second.state == Reading::State::failed;
   });
@@ -36,16 +47,14 @@ ExitCode verdict(const Readings& readings) {
 }
 
 std::string title(const Item& item) {
-  const std::string name = printable(item.name);
+  const std::string name = printable(name_or_path(item));
   return name.empty() ? id_text(item.id) : id_text(item.id) + ' ' + name;
 }
 
-uint32_t checked_id(const std::string& text) {
-  const auto id = parse_item_id(text);
-  if (!id) {
-    throw HostError(Fault::usage, fmt::format("'{}' is no item ID", text));
-  }
-  return *id;
+void add_selection(CLI::App& command, Selection& selection) {
+  command.add_option("ITEM", selection.texts,
+                     "Items by ID, name, pattern ('PoE * current') or path FAMILY/PACKAGE/NAME");
+  command.add_option("--family", selection.family, "Items of this family only")->type_name("NAME");
 }
 
 }  // namespace kovactl

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/host/catalogue.h"
+#include "tools/host/inventory.h"
 #include "tools/host/reading.h"
+#include "tools/host/selection.h"
 #include "tools/kovactl/command_line.h"
 
 namespace kovactl {
@@ -17,13 +18,16 @@ std::unique_ptr<Session> open_session(const GlobalOptions& globals);
 // As kova_host::read_items, with progress on a terminal.
 Readings read_with_progress(const Session& session, const std::vector<Item>& items);
 
-// The exit code after these readings; tells on stderr how many of them failed.
-ExitCode verdict(const Readings& readings);
+// Tells on stderr of each item that could not be read, and why.
+void report_failures(const std::vector<Item>& items, const Readings& readings);
 
-// "0x14140B01 PoE 1 power"
+// The exit code after these readings of `items`; tells on stderr which of them failed.
+ExitCode verdict(const std::vector<Item>& items, const Readings& readings);
+
+// "0x14140B01 PoE 1 power"; with the path where the name alone leaves a doubt.
 std::string title(const Item& item);
 
-// Throws HostError (usage) for a text that is no item ID.
-uint32_t checked_id(const std::string& text);
+// Adds what picks items: [ITEM...] and --family.
+void add_selection(CLI::App& command, Selection& selection);
 
 }  // namespace kovactl

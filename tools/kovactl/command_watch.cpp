@@ -18,7 +18,7 @@ namespace {
 using std::chrono::steady_clock;
 
 struct Options {
-  std::vector<std::string> ids;
+  Selection selection;
   std::string interval;
   std::string count;
   bool json = false;
@@ -41,13 +41,6 @@ uint32_t checked_count(const std::string& text) {
     throw HostError(Fault::usage, fmt::format("'{}' is no number of samples", text));
   }
   return *count;
-}
-
-std::vector<Item> watched_items(const Catalogue& catalogue, const std::vector<uint32_t>& ids) {
-  if (ids.empty()) {
-    return catalogue.distinct_items();
-  }
-  return catalogue.describe(ids);
 }
 
 // Prints one sample in the form that was asked for or that suits stdout.
@@ -86,12 +79,10 @@ std::optional<Readings> read_until(InterruptGuard& guard, const Session& session
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const double interval_seconds = options.interval.empty() ? 2 : checked_interval(options.interval);
   const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
-  std::vector<uint32_t> ids(options.ids.size());
-  std::transform(options.ids.begin(), options.ids.end(), ids.begin(), checked_id);
   InterruptGuard guard;
   const auto session = open_session(globals);
-  const Catalogue catalogue = Catalogue::from_document(session->capability().get());
-  const std::vector<Item> items = watched_items(catalogue, ids);
+  const Inventory inventory = Inventory::of(*session);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
   SamplePrinter print_sample(items, options.json);
   const auto interval = std::chrono::duration_cast<steady_clock::duration>(
       std::chrono::duration<double>(interval_seconds));
@@ -126,7 +117,7 @@ void add_watch(CommandLine& line) {
       line.add({"watch", "Show values as they change",
                 "kovactl --simulate watch 0x14170111 --interval 0.5 --count 20"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
-  command.add_option("ID", options->ids, "Item IDs; every item without one");
+  add_selection(command, options->selection);
   command.add_option("--interval", options->interval, "Seconds between samples (default 2)")
       ->type_name("S");
   command.add_option("--count", options->count, "End after so many samples")->type_name("N");

@@ -72,7 +72,12 @@ std::string item_table(const std::vector<Item>& items, const Readings& readings,
   widen(widths, kTitles);
   for (const Item& item : items) {
     rows.push_back(row_of(item, readings.at(item.id)));
-    widen(widths, rows.back().cells);
+    // The reason of a failure goes over the columns behind it and widens none.
+    Cells cells = rows.back().cells;
+    if (readings.at(item.id).state == Reading::State::failed) {
+      cells[2].clear();
+    }
+    widen(widths, cells);
   }
   std::string text = line_of({kTitles}, widths, Painter(false));
   text.pop_back();

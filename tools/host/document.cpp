@@ -1,10 +1,5 @@
 // Reads the capability document into a flat list of items.
-#include "tools/host/catalogue.h"
-
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <set>
+#include "tools/host/document.h"
 
 namespace kova_host {
 namespace {
@@ -71,32 +66,8 @@ void collect_package(const json_t* package, const std::string& family, std::vect
 
 }  // namespace
 
-std::string_view kind_name(ValueKind kind) {
-  switch (kind) {
-    case ValueKind::integer:
-      return "integer";
-    case ValueKind::real:
-      return "real";
-    case ValueKind::boolean:
-      return "boolean";
-    case ValueKind::text:
-      return "text";
-  }
-  return "";
-}
-
-std::string id_text(uint32_t id) {
-  return fmt::format("0x{:08X}", id);
-}
-
-std::string_view option_label(const Item& item, int64_t value) {
-  const auto match = std::find_if(item.options.begin(), item.options.end(),
-                                  [value](const Option& o) { return o.value == value; });
-  return match == item.options.end() ? std::string_view() : match->label;
-}
-
-Catalogue Catalogue::from_document(const json_t* document) {
-  Catalogue catalogue;
+std::vector<Item> items_of_document(const json_t* document) {
+  std::vector<Item> items;
   // jansson's iteration takes a mutable value and changes nothing.
   auto* root = const_cast<json_t*>(document);
   const char* family = nullptr;
@@ -105,60 +76,10 @@ Catalogue Catalogue::from_document(const json_t* document) {
     const char* key = nullptr;
     json_t* package = nullptr;
     json_object_foreach(function_package, key, package) {
-      collect_package(package, family, catalogue.items_);
+      collect_package(package, family, items);
     }
   }
-  return catalogue;
-}
-
-std::vector<Item> Catalogue::distinct_items() const {
-  std::vector<Item> result;
-  std::set<uint32_t> seen;
-  for (const Item& item : items_) {
-    if (seen.insert(item.id).second) {
-      result.push_back(item);
-    }
-  }
-  return result;
-}
-
-std::vector<Item> Catalogue::family_items(std::string_view family) const {
-  std::vector<Item> result;
-  std::copy_if(items_.begin(), items_.end(), std::back_inserter(result),
-               [family](const Item& item) { return same_word(item.family, family); });
-  return result;
-}
-
-std::vector<std::string> Catalogue::family_names() const {
-  std::vector<std::string> names;
-  for (const Item& item : items_) {
-    if (std::find(names.begin(), names.end(), item.family) == names.end()) {
-      names.push_back(item.family);
-    }
-  }
-  return names;
-}
-
-const Item* Catalogue::find(uint32_t id) const {
-  const auto match =
-      std::find_if(items_.begin(), items_.end(), [id](const Item& item) { return item.id == id; });
-  return match == items_.end() ? nullptr : &*match;
-}
-
-Item Catalogue::describe(uint32_t id) const {
-  if (const Item* item = find(id)) {
-    return *item;
-  }
-  Item unlisted;
-  unlisted.id = id;
-  return unlisted;
-}
-
-std::vector<Item> Catalogue::describe(const std::vector<uint32_t>& ids) const {
-  std::vector<Item> result(ids.size());
-  std::transform(ids.begin(), ids.end(), result.begin(),
-                 [this](uint32_t id) { return describe(id); });
-  return result;
+  return items;
 }
 
 }  // namespace kova_host
