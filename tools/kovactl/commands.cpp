@@ -11,11 +11,12 @@ void add_set(CommandLine& line);
 void add_watch(CommandLine& line);
 void add_metrics(CommandLine& line);
 void add_senml(CommandLine& line);
+void add_check(CommandLine& line);
 
 void add_commands(CommandLine& line) {
   // In the order of the help text.
   for (const auto add :
-       {add_list, add_capability, add_get, add_set, add_watch, add_metrics, add_senml}) {
+       {add_list, add_capability, add_get, add_set, add_watch, add_metrics, add_senml, add_check}) {
     add(line);
   }
 }
