@@ -9,6 +9,7 @@
 #include "include/kova_iot.h"
 #include "tools/host/locations.h"
 #include "tools/host/nearest.h"
+#include "tools/host/text_value.h"
 
 namespace kovactl {
 namespace {
@@ -25,6 +26,17 @@ ExitCode exit_code_of(const HostError& error) {
   return error.fault() == Fault::no_device ? ExitCode::no_device : ExitCode::usage;
 }
 
+double checked_seconds(const std::string& text, double least, double most, std::string_view what) {
+  const auto number = parse_number(text);
+  const double seconds =
+      !number ? 0 : std::visit([](auto v) { return static_cast<double>(v); }, *number);
+  if (seconds < least || seconds > most) {
+    throw HostError(Fault::usage,
+                    fmt::format("'{}' is no {} of {} to {} seconds", text, what, least, most));
+  }
+  return seconds;
+}
+
 bool asks_for_json(const std::vector<std::string>& arguments) {
   return std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
 }
@@ -38,6 +50,8 @@ CommandLine::CommandLine()
                   "or a shipped one by its name")
       ->type_name("[MACHINE]");
   app_.add_flag(kSimulateBuiltIn)->group("");
+  app_.add_option("--timeout", timeout_, "End when the device takes longer than this to answer")
+      ->type_name("S");
   app_.set_version_flag("-V,--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
   app_.footer(kExitCodes);
   app_.require_subcommand(1);
@@ -47,7 +61,7 @@ CLI::App& CommandLine::add(const CommandText& text, Run run) {
   CLI::App* command = app_.add_subcommand(text.name, text.description);
   command->fallthrough();
   command->footer(fmt::format(
-      "--module and --simulate may stand here too (see kovactl --help).\nExample:\n  {}",
+      "--module, --simulate and --timeout may stand here too (see kovactl --help).\nExample:\n  {}",
       text.example));
   command->callback([this, run = std::move(run)] { chosen_ = run; });
   return *command;
@@ -107,7 +121,9 @@ std::string CommandLine::complaint(const std::vector<std::string>& arguments,
   add_options_of(app_);
   bool command_seen = false;
   for (const CLI::App* command : app_.get_subcommands({})) {
-    commands.push_back(command->get_name());
+    if (!command->get_group().empty()) {  // one that people are not to know has none
+      commands.push_back(command->get_name());
+    }
     if (std::find(arguments.begin(), arguments.end(), command->get_name()) != arguments.end()) {
       command_seen = true;
       add_options_of(*command);
@@ -149,6 +165,9 @@ CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
   parsed.globals.host.simulate = app_.count(kSimulateBuiltIn) + app_.count("--simulate") > 0;
   if (app_.count("--simulate") > 0) {
     parsed.globals.host.machine = machine_;
+  }
+  if (app_.count("--timeout") > 0) {
+    parsed.globals.timeout_seconds = checked_seconds(timeout_, 0.1, 86400, "time limit");
   }
   parsed.run = chosen_;
   return parsed;

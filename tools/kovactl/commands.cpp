@@ -13,11 +13,12 @@ void add_watch(CommandLine& line);
 void add_doctor(CommandLine& line);
 void add_metrics(CommandLine& line);
 void add_senml(CommandLine& line);
+void add_read_each_item(CommandLine& line);
 
 void add_commands(CommandLine& line) {
   // In the order of the help text.
   for (const auto add : {add_list, add_capability, add_get, add_set, add_reset, add_watch,
-                         add_doctor, add_metrics, add_senml}) {
+                         add_doctor, add_metrics, add_senml, add_read_each_item}) {
     add(line);
   }
 }
