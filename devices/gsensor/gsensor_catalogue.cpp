@@ -17,6 +17,11 @@ using catalogue::Shape;
 using catalogue::with_role;
 using catalogue::Word;
 
+constexpr unsigned int kModeBlock = 0x14150710;
+constexpr unsigned int kOffsetBlock = 0x14150720;
+constexpr unsigned int kRateBlock = 0x14150730;
+constexpr unsigned int kRangeBlock = 0x14150740;
+
 constexpr Shape kMode{.role = Role::kSetting,
                       .kind = Kind::kSwitch,
                       .word = Word::kLowByteInDocument,
@@ -40,54 +45,34 @@ constexpr std::string_view kDataRates =
     "5=3.125Hz|6=6.25Hz|7=12.5Hz|8=25Hz|9=50Hz|10=100Hz|\n"
     "11=200Hz|12=400Hz|13=800Hz|14=1600Hz|15=3200Hz";
 
+constexpr Row mode(unsigned int id, std::string_view name, std::string_view options,
+                   unsigned int code) {
+  return {
+      .id = id, .name = name, .options = options, .code = code, .range = Bounds{0, 1}, .as = kMode};
+}
+
+constexpr Row offset(unsigned int id, std::string_view name, unsigned int code) {
+  return {.id = id, .name = name, .unit = "G", .code = code, .range = Bounds{-2, 2}, .as = kOffset};
+}
+
 // The measuring range's heading has no name, and the readings' unit stands on theirs.
 constexpr std::array kRows{
     Row{.id = gsensor::kPresence, .name = "Available", .code = 0x400000},
     Row{.id = gsensor::kSettings, .name = "Settings"},
-    Row{.id = 0x14150710, .name = "Modes", .as = kMode, .block = 0x10},
-    Row{.id = 0x14150711,
-        .name = "Measure mode",
-        .options = "0=standby|1=measurement",
-        .code = 0x430000,
-        .range = Bounds{0, 1},
-        .as = kMode},
-    Row{.id = 0x14150712,
-        .name = "Low power mode",
-        .options = "0=normal operation|1=reduced power operation",
-        .code = 0x440000,
-        .range = Bounds{0, 1},
-        .as = kMode},
-    Row{.id = 0x14150713,
-        .name = "Sleep mode",
-        .options = "0=normal mode|1=sleep mode",
-        .code = 0x440001,
-        .range = Bounds{0, 1},
-        .as = kMode},
-    Row{.id = 0x14150720, .name = "Offset settings", .as = kOffset, .block = 0x10},
-    Row{.id = 0x14150721,
-        .name = "Offset X",
-        .unit = "G",
-        .code = 0x420000,
-        .range = Bounds{-2, 2},
-        .as = kOffset},
-    Row{.id = 0x14150722,
-        .name = "Offset Y",
-        .unit = "G",
-        .code = 0x420001,
-        .range = Bounds{-2, 2},
-        .as = kOffset},
-    Row{.id = 0x14150723,
-        .name = "Offset Z",
-        .unit = "G",
-        .code = 0x420002,
-        .range = Bounds{-2, 2},
-        .as = kOffset},
-    Row{.id = 0x14150730,
+    Row{.id = kModeBlock, .name = "Modes", .as = kMode, .block = 0x10},
+    mode(0x14150711, "Measure mode", "0=standby|1=measurement", 0x430000),
+    mode(0x14150712, "Low power mode", "0=normal operation|1=reduced power operation", 0x440000),
+    mode(0x14150713, "Sleep mode", "0=normal mode|1=sleep mode", 0x440001),
+    Row{.id = kOffsetBlock, .name = "Offset settings", .as = kOffset, .block = 0x10},
+    offset(0x14150721, "Offset X", 0x420000),
+    offset(0x14150722, "Offset Y", 0x420001),
+    offset(0x14150723, "Offset Z", 0x420002),
+    Row{.id = kRateBlock,
         .name = "Data rates",
         .offered = kOfferedRates,
         .as = kCode,
         .block = 0x10},
-    Row{.id = gsensor::kNormalRate,
+    Row{.id = 0x14150731,
         .name = "Normal mode data rate",
         .options = kDataRates,
         .offered = kOfferedRates,
@@ -95,15 +80,15 @@ constexpr std::array kRows{
         .range = Bounds{0, 15},
         .as = kCode,
         .note = "0 can be read"},
-    Row{.id = gsensor::kSleepRate,
+    Row{.id = 0x14150732,
         .name = "Sleep mode data rate",
         .options = "1=1Hz|2=2Hz|4=4Hz|8=8Hz",
         .offered = "1|2|4|8",
         .code = 0x450001,
         .range = Bounds{1, 8},
         .as = kCode},
-    Row{.id = 0x14150740, .offered = kOfferedRanges, .as = kCode, .block = 0x10},
-    Row{.id = gsensor::kRange,
+    Row{.id = kRangeBlock, .offered = kOfferedRanges, .as = kCode, .block = 0x10},
+    Row{.id = 0x14150741,
         .name = "G-range",
         .options = "2=-2~+2G|4=-4~+4G|8=-8~+8G|16=-16~+16G",
         .offered = kOfferedRanges,
@@ -121,10 +106,19 @@ constexpr std::array kPackages{
     Package{.id = gsensor::kSettings, .span = 0x100},
 };
 
-constexpr catalogue::Sheet kSheet{
+}  // namespace
+
+constinit const catalogue::RowTable gsensor::kTable(kRows);
+constinit const catalogue::Ids gsensor::kModes = items_under(kRows, kModeBlock, 0x10);
+constinit const catalogue::Ids gsensor::kOffsets = items_under(kRows, kOffsetBlock, 0x10);
+constinit const catalogue::Ids gsensor::kRates = items_under(kRows, kRateBlock, 0x10);
+constinit const catalogue::Ids gsensor::kRanges = items_under(kRows, kRangeBlock, 0x10);
+constinit const catalogue::Ids gsensor::kReadings = items_under(kRows, kData, 0x100);
+
+constinit const catalogue::Sheet gsensor::kSheet{
     .name = "GSensor",
     .title = "Accelerometer",
-    .id = item_id::kGSensor,
+    .id = gsensor::kFamily,
     .presence_code = *kRows.front().code,
     .rows = kRows,
     .packages = kPackages,
@@ -132,30 +126,8 @@ constexpr catalogue::Sheet kSheet{
         R"(A single read fills the value and still answers `IOT_STATUS_READ_FAILED`: see the
 [host guide](host-guide.md#the-accelerometers-status).)"};
 
-}  // namespace
-
-const catalogue::Sheet& gsensor::sheet() {
-  return kSheet;
-}
-
 ReadEntry Device_GSensor::get_func = nullptr;
 WriteEntry Device_GSensor::set_func = nullptr;
-
-StringMap Device_GSensor::init_device_name_map() {
-  return catalogue::name_map(kRows);
-}
-StringMap Device_GSensor::init_unit_map() {
-  return catalogue::unit_map(kRows);
-}
-StringMap Device_GSensor::init_desc_map() {
-  return catalogue::option_map(kRows);
-}
-RawMap Device_GSensor::init_kova_id_map() {
-  return catalogue::code_map(kRows);
-}
-RangeMap Device_GSensor::init_bound_map() {
-  return catalogue::bound_map(kRows);
-}
 
 const std::string Device_GSensor::NAME_DEVICE = "GSensor";
 StringMap Device_GSensor::device_name_map = load_time::build(init_device_name_map);
