@@ -16,7 +16,7 @@ case "${1:-build}" in
   browser) packages="$build chromium chromium-driver python3-selenium" ;;
   coverage) packages="$build libgtest-dev locales gcovr python3 python3-jsonschema python3-pyte" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
-  mutation) packages="$build libgtest-dev locales python3 ccache git" ;;
+  mutation) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte ccache git" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2

@@ -9,6 +9,7 @@
 #include "include/kova_iot.h"
 #include "tools/host/locations.h"
 #include "tools/host/nearest.h"
+#include "tools/host/text_value.h"
 
 namespace kovactl {
 namespace {
@@ -120,7 +121,9 @@ std::string CommandLine::complaint(const std::vector<std::string>& arguments,
   add_options_of(app_);
   bool command_seen = false;
   for (const CLI::App* command : app_.get_subcommands({})) {
-    commands.push_back(command->get_name());
+    if (!command->get_group().empty()) {  // one that people are not to know has none
+      commands.push_back(command->get_name());
+    }
     if (std::find(arguments.begin(), arguments.end(), command->get_name()) != arguments.end()) {
       command_seen = true;
       add_options_of(*command);
