@@ -12,6 +12,7 @@ case "${1:-build}" in
   check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter systemd" ;;
   browser) packages="$build chromium chromium-driver python3-selenium" ;;
   package) packages="$build dpkg-dev lintian" ;;
+  load) packages="$build wrk curl prometheus-node-exporter" ;;
   package-test) packages="debootstrap debian-archive-keyring" ;;
   fuzz) packages="$build clang-14 libclang-rt-14-dev llvm-14" ;;
   coverage) packages="$build libgtest-dev locales gcovr python3" ;;
