@@ -40,3 +40,5 @@ install(FILES examples/minimal_host.c examples/minimal_host.py
         DESTINATION ${document_folder}/kova-iot-dev/examples COMPONENT dev)
 install(FILES docs/machine-description.md docs/support.md
         DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)
+install(FILES docs/exporter.md docs/metrics.md
+        DESTINATION ${document_folder}/kova-iot-exporter COMPONENT exporter)
