@@ -10,16 +10,7 @@ build=${1:?usage: scripts/exporter_load.sh BUILD_DIR [SECONDS]}
 seconds=${2:-10}
 scripts/install_dependencies.sh load
 
-work=$(mktemp -d)
-started=()
-finish() {
-  for process in "${started[@]}"; do
-    kill "$process" 2>/dev/null || true
-    wait "$process" 2>/dev/null || true
-  done
-  rm -rf "$work"
-}
-trap finish EXIT
+make_work_folder
 
 kova_port=19848
 node_port=19100
