@@ -67,3 +67,5 @@ install_documents(tools)
 install_documents(exporter)
 install(FILES docs/json.schema.json
         DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)
+install(FILES docs/exporter.md docs/metrics.md
+        DESTINATION ${document_folder}/kova-iot-exporter COMPONENT exporter)
