@@ -115,13 +115,16 @@ const char* Recorder::error() noexcept {
   return is_recording_ ? nullptr : error_.c_str();
 }
 
+std::uint64_t Recorder::elapsed_ms() const {
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_).count());
+}
+
 std::uint64_t Recorder::next_ms() {
   if (settings_.step_ms) {
     ms_ = calls_ * *settings_.step_ms;
   } else if (!host_sets_time_) {
-    const auto elapsed =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_);
-    ms_ = static_cast<std::uint64_t>(elapsed.count());
+    ms_ = elapsed_ms();
   }
   ++calls_;
   call_ms_ = ms_;
@@ -133,9 +136,7 @@ std::uint64_t Recorder::length_ms() const {
   if (settings_.step_ms) {
     length = calls_ * *settings_.step_ms;
   } else if (!host_sets_time_) {
-    const auto elapsed =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_);
-    length = static_cast<std::uint64_t>(elapsed.count());
+    length = elapsed_ms();
   }
   return std::max(length, call_ms_ + 1);
 }
@@ -151,37 +152,36 @@ void Recorder::keep(const RecordedCall& call) {
   }
 }
 
-void Recorder::record_read(std::uint32_t code, const Answer& answer) noexcept {
+template <typename Record>
+void Recorder::record(Record record_call) noexcept {
   const Lock lock(mutex_);
   if (!is_recording_) {
     tell_once();
     return;
   }
   try {
-    ++summary_.reads;
-    summary_.failed_reads += answer.status == 0 ? 0 : 1;
-    const auto call = filter_.read(next_ms(), code, answer);
-    if (call) {
-      keep(*call);
-    }
+    record_call();
   } catch (...) {
     end("recording stopped: out of memory", true);
   }
 }
 
+void Recorder::record_read(std::uint32_t code, const Answer& answer) noexcept {
+  record([&] {
+    ++summary_.reads;
+    summary_.failed_reads += answer.status == 0 ? 0 : 1;
+    if (const auto call = filter_.read(next_ms(), code, answer)) {
+      keep(*call);
+    }
+  });
+}
+
 void Recorder::record_write(std::uint32_t code, std::uint32_t word, std::uint32_t status) noexcept {
-  const Lock lock(mutex_);
-  if (!is_recording_) {
-    tell_once();
-    return;
-  }
-  try {
+  record([&] {
     ++summary_.writes;
     summary_.failed_writes += status == 0 ? 0 : 1;
     keep(filter_.write(next_ms(), code, word, status));
-  } catch (...) {
-    end("recording stopped: out of memory", true);
-  }
+  });
 }
 
 void Recorder::set_time(std::uint64_t ms) noexcept {
@@ -271,9 +271,7 @@ void Recorder::look_for_stop_request() {
 void Recorder::write_pending(Lock& lock) {
   std::vector<RecordedCall> calls;
   calls.swap(pending_);
-  const Clock::time_point now = Clock::now();
-  summary_.seconds = static_cast<std::uint64_t>(
-      std::chrono::duration_cast<std::chrono::seconds>(now - start_).count());
+  summary_.seconds = elapsed_ms() / 1000;
   const Summary summary = summary_;
   const std::uint64_t length = length_ms();
   lock.unlock();
@@ -284,8 +282,8 @@ void Recorder::write_pending(Lock& lock) {
   file_->append(moments, length);
   written_ = summary;
   file_->write_note(summary);
-  if (now - synced_ >= SYNC_INTERVAL) {
-    synced_ = now;
+  if (Clock::now() - synced_ >= SYNC_INTERVAL) {
+    synced_ = Clock::now();
     file_->sync();
   }
   lock.lock();

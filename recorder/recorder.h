@@ -63,6 +63,9 @@ class Recorder {
 
   void begin();
   void tell_once();
+  template <typename Record>
+  void record(Record record_call) noexcept;
+  std::uint64_t elapsed_ms() const;
   std::uint64_t next_ms();
   std::uint64_t length_ms() const;
   void keep(const kova_sim::RecordedCall& call);

@@ -149,7 +149,8 @@ class Lasting(TestCase):
         run([*AGENT, "threads"], RECORDER, **self.recording(self.machine()))
         counts = re.findall(r"(\d+) (?:reads|writes)", self.note())
         self.assertEqual(sum(map(int, counts)), 2000)
-        run([*AGENT, "fork"], RECORDER, **self.recording(self.machine()))
+        relative = os.path.relpath(self.file)
+        run([*AGENT, "fork"], RECORDER, **self.recording(self.machine(), KOVA_RECORD_FILE=relative))
         self.assertIn(" 3 reads, ", self.note())
         named = self.folder / "%p.json"
         _, out, _ = run([*AGENT, "fork"], RECORDER,
