@@ -38,5 +38,5 @@ install(FILES docs/host-guide.md docs/items.md
         DESTINATION ${document_folder}/kova-iot-dev COMPONENT dev)
 install(FILES examples/minimal_host.c examples/minimal_host.py
         DESTINATION ${document_folder}/kova-iot-dev/examples COMPONENT dev)
-install(FILES docs/machine-description.md docs/support.md
+install(FILES docs/json.md docs/json.schema.json docs/machine-description.md docs/support.md
         DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)
