@@ -9,12 +9,13 @@ case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3 python3-jsonschema" ;;
   bench) packages="$build libbenchmark-dev" ;;
-  check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 python3-jsonschema prometheus prometheus-node-exporter" ;;
-  package) packages="$build dpkg-dev lintian" ;;
-  package-test) packages="debootstrap debian-archive-keyring" ;;
-  fuzz) packages="$build clang-14 libclang-rt-14-dev llvm-14" ;;
+  check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 python3-jsonschema prometheus prometheus-node-exporter" ;;
+  package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
+  package-test) packages="debootstrap debian-archive-keyring git" ;;
+  fuzz) packages="$build clang libclang-rt-dev llvm" ;;
   coverage) packages="$build libgtest-dev locales gcovr python3 python3-jsonschema" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
+  mutation) packages="$build libgtest-dev locales python3 ccache git" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2
