@@ -41,7 +41,7 @@ install(FILES examples/minimal_host.c examples/minimal_host.py
 # elsewhere gets its link rewritten.
 set(dev_documents host-guide items)
 set(tools_documents json machine-description support)
-set(exporter_documents fleet live-page metrics)
+set(exporter_documents exporter fleet live-page metrics)
 
 function(install_documents component)
   set(folder ${document_folder}/kova-iot-${component})
@@ -67,5 +67,3 @@ install_documents(tools)
 install_documents(exporter)
 install(FILES docs/json.schema.json
         DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)
-install(FILES docs/exporter.md docs/metrics.md
-        DESTINATION ${document_folder}/kova-iot-exporter COMPONENT exporter)
