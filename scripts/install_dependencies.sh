@@ -9,7 +9,7 @@ case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3" ;;
   bench) packages="$build libbenchmark-dev" ;;
-  check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter" ;;
+  check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter systemd" ;;
   browser) packages="$build chromium chromium-driver python3-selenium" ;;
   package) packages="$build dpkg-dev lintian" ;;
   package-test) packages="debootstrap debian-archive-keyring" ;;
