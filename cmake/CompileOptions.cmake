@@ -12,6 +12,10 @@ target_compile_options(kova_options INTERFACE -fstack-protector-strong -fcf-prot
                                               -fstack-clash-protection)
 target_link_options(kova_options INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,text)
 
+# What is shipped tells nothing of the folder it was built in.
+target_compile_options(kova_options INTERFACE
+                       $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+
 if(KOVA_SANITIZE)
   target_compile_options(kova_options INTERFACE -fsanitize=address,undefined
                          -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,6 +1,7 @@
 // Catalogue maps and the lookups and raw reads over them.
 #include "framework/catalogue.h"
 
+#include <bit>
 #include <utility>
 
 namespace catalogue {
@@ -28,6 +29,27 @@ void visit_readable(const ReadEntry& get_func, RawMap& codes, unsigned int first
   }
 }
 
+// The same for the items' texts. A family's texts are read together, one for any of them, after its
+// presence; an empty one counts as none.
+template <typename Visit>
+Status visit_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                   const Visit& visit) {
+  if (get_func == nullptr) {
+    return IOT_STATUS_NOT_READY;
+  }
+  if (!is_available(get_func, codes, table.rows().front().id)) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  Status status = IOT_STATUS_READ_FAILED;
+  visit_readable(get_func, codes, texts.first, texts.end, [&](unsigned int id, unsigned int raw) {
+    if (std::string text = table.find(id)->text(raw); !text.empty()) {
+      status = IOT_STATUS_SUCCESS;
+      visit(id, std::move(text));
+    }
+  });
+  return status;
+}
+
 }  // namespace
 
 StringMap name_map(std::span<const Row> rows) {
@@ -40,11 +62,15 @@ StringMap option_map(std::span<const Row> rows) {
   return text_column(rows, &Row::options);
 }
 
+// Searched at every read, so inserted level by level, which makes a balanced tree: in ascending
+// order the last items, the busiest ones, would come to lie deepest.
 RawMap code_map(std::span<const Row> rows) {
   RawMap map;
-  for (const Row& row : rows) {
-    if (row.code) {
-      map.emplace(row.id, *row.code);
+  for (std::size_t step = std::bit_ceil(rows.size()); step != 0; step /= 2) {
+    for (std::size_t at = step - 1; at < rows.size(); at += 2 * step) {
+      if (rows[at].code) {
+        map.emplace(rows[at].id, *rows[at].code);
+      }
     }
   }
   return map;
@@ -120,27 +146,35 @@ void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int prese
                  [out](unsigned int id, unsigned int raw) { (*out)[id] = raw; });
 }
 
-Status read_texts(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
-                  unsigned int first, unsigned int end, TextFormat format, StringMap* out) {
-  if (get_func == nullptr) {
-    return IOT_STATUS_NOT_READY;
+Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                  StringMap* out) {
+  StringMap made;
+  const Status status =
+      visit_texts(get_func, codes, table, texts,
+                  [&](unsigned int id, std::string&& text) { made.emplace(id, std::move(text)); });
+  if (status == IOT_STATUS_SUCCESS) {
+    *out = std::move(made);
   }
-  if (!is_available(get_func, codes, presence_id)) {
-    return IOT_STATUS_READ_FAILED;
+  return status;
+}
+
+Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                    unsigned int id, json_t* value) {
+  std::string wanted;
+  const Status status =
+      visit_texts(get_func, codes, table, texts, [&](unsigned int read, std::string&& text) {
+        if (read == id) {
+          wanted = std::move(text);
+        }
+      });
+  if (status != IOT_STATUS_SUCCESS) {
+    return status;
   }
-  StringMap texts;
-  bool any_read = false;
-  visit_readable(get_func, codes, first, end, [&](unsigned int id, unsigned int raw) {
-    any_read = true;
-    if (std::string text = format(id, raw); !text.empty()) {
-      texts.emplace(id, std::move(text));
-    }
-  });
-  if (!any_read) {
-    return IOT_STATUS_READ_FAILED;
+  if (wanted.empty()) {
+    return IOT_STATUS_NOT_FOUND;
   }
-  *out = std::move(texts);
-  return out->empty() ? IOT_STATUS_READ_FAILED : IOT_STATUS_SUCCESS;
+  json_string_set(value, wanted.c_str());
+  return IOT_STATUS_SUCCESS;
 }
 
 }  // namespace catalogue

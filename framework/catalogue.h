@@ -2,12 +2,15 @@
 // family binds to its own maps.
 #pragma once
 
+#include <jansson.h>
+
 #include <map>
 #include <span>
 #include <string>
 
 #include "framework/device_library.h"
 #include "framework/row.h"
+#include "framework/row_table.h"
 #include "framework/status.h"
 
 /// The two ends of a permitted range.
@@ -51,13 +54,15 @@ Status read_raw(ReadEntry get_func, RawMap& codes, unsigned int id, unsigned int
 void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
                     unsigned int first, unsigned int end, RawMap* out);
 
-/// Turns an information item's raw word into its display text.
-using TextFormat = std::string (*)(unsigned int id, unsigned int raw);
+/// Reads the text items `texts` and refills `*out`; an empty text is not stored.
+/// IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED, and `*out` as it was, when no
+/// item could be read.
+Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                  StringMap* out);
 
-/// Reads the information items first..end-1 and refills `*out` with their texts; an empty text is
-/// not stored. IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED, and `*out` as it
-/// was, when no item could be read.
-Status read_texts(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
-                  unsigned int first, unsigned int end, TextFormat format, StringMap* out);
+/// As above, and sets the caller's JSON string to the text of `id`, up to its first NUL; text that
+/// is not UTF-8 leaves it as it was. IOT_STATUS_NOT_FOUND when `id` has no text.
+Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+                    unsigned int id, json_t* value);
 
 }  // namespace catalogue

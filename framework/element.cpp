@@ -1,4 +1,4 @@
-// The common ending of an element, and texts read singly.
+// The common ending of an element.
 #include "framework/element.h"
 
 namespace {
@@ -28,14 +28,5 @@ Status end_element(json_t** element, const ElementEnding& ending) {
   }
   add_text(*element, "desc", ending.description);
   add_text(*element, "u", ending.unit);
-  return IOT_STATUS_SUCCESS;
-}
-
-Status publish_text(const StringMap& texts, unsigned int id, json_t* value) {
-  const auto found = texts.find(id);
-  if (found == texts.end()) {
-    return IOT_STATUS_NOT_FOUND;
-  }
-  json_string_set(value, found->second.c_str());
   return IOT_STATUS_SUCCESS;
 }

@@ -1,5 +1,5 @@
-// What the families' elements and published texts have in common: the keys that follow an
-// element's first five, what becomes of an element that could not be built, and texts read singly.
+// What the families' elements have in common: the keys that follow an element's first five, and
+// what becomes of an element that could not be built.
 #pragma once
 
 #include <jansson.h>
@@ -31,7 +31,3 @@ Status build_element(json_t** out, const Build& build) {
     return IOT_STATUS_NOT_READY;
   }
 }
-
-/// Sets the caller's JSON string to the text of `id`, up to its first NUL; text that is not UTF-8
-/// leaves it as it was. IOT_STATUS_NOT_FOUND when the map has no text for `id`.
-Status publish_text(const StringMap& texts, unsigned int id, json_t* value);

@@ -87,14 +87,13 @@ Status IoTJsonUtility::update_json_object(json_t* object, const std::string& key
 }
 
 Status IoTJsonUtility::extend_json_object(json_t* object, const char* format, ...) {
-  // Packed before the size is looked at: only packing takes over the references in the arguments.
+  if (json_object_size(object) == 0) {
+    return IOT_STATUS_JSON_ERROR;
+  }
   va_list arguments;
   va_start(arguments, format);
   const JsonOwner addition(json_vpack_ex(nullptr, 0, format, arguments));
   va_end(arguments);
-  if (json_object_size(object) == 0) {
-    return IOT_STATUS_JSON_ERROR;
-  }
   return json_object_update(object, addition.get()) == 0 ? IOT_STATUS_SUCCESS
                                                          : IOT_STATUS_NOT_READY;
 }
@@ -144,7 +143,7 @@ Status IoTJsonUtility::create_json_func_package(const std::vector<json_t*>& pack
     return IOT_STATUS_JSON_ERROR;
   }
   *out = json_object();
-  json_t* inner = json_pack("{s:i, s:s}", "id", static_cast<int>(id), "bn", name.c_str());
+  json_t* inner = json_pack("{s:I, s:s}", "id", json_int_t{id}, "bn", name.c_str());
   for (json_t* package : packages) {
     if (json_is_object(package)) {
       const char* bn = json_string_value(json_object_get(package, "bn"));

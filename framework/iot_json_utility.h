@@ -53,7 +53,8 @@ class IoTJsonUtility {
   }
 
   /// Packs a temporary object after `format` (jansson's pack language; references given as "o" are
-  /// taken over) and sets its keys into `object`, with the results of update_json_object.
+  /// taken over) and sets its keys into `object`, with the results of update_json_object. Does
+  /// nothing to an empty object: references given as "o" then stay the caller's.
   static Status extend_json_object(json_t* object, const char* format, ...);
 
   /// Deletes a key; IOT_STATUS_NOT_READY when there is none.

@@ -11,13 +11,6 @@ namespace item_id {
 inline constexpr unsigned int kFamilyMask = 0xFFFF0000;
 inline constexpr unsigned int kGroupMask = 0xFFFFFF00;
 
-inline constexpr unsigned int kPoE = 0x14140000;
-inline constexpr unsigned int kGSensor = 0x14150000;
-inline constexpr unsigned int kPic = 0x14160000;
-inline constexpr unsigned int kTrk7000 = 0x14170000;
-inline constexpr unsigned int kSdram = 0x14180000;
-inline constexpr unsigned int kSmartBattery = 0x14190000;
-
 constexpr unsigned int family(unsigned int id) {
   return id & kFamilyMask;
 }
@@ -26,13 +19,8 @@ constexpr unsigned int group(unsigned int id) {
 }
 
 /// Bits 7..0: a PoE port or a memory module's number.
-constexpr unsigned int unit_number(unsigned int id) {
+constexpr unsigned int instance(unsigned int id) {
   return id & 0xFFU;
-}
-
-/// Bits 7..4 in place: 0x10, 0x20, ... the block of related items within a group.
-constexpr unsigned int subgroup(unsigned int id) {
-  return id & 0xF0U;
 }
 
 /// Bits 3..0: the item within its block.

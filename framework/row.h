@@ -8,6 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "framework/status.h"
+#include "framework/word_reader.h"
+
 namespace catalogue {
 
 /// Bounds in display units; advice for the host, never enforced.
@@ -17,7 +20,7 @@ struct Bounds {
 };
 
 /// What an item is to its reader.
-enum class Role {
+enum class Role : std::uint8_t {
   kNone,      ///< not published: a heading, the presence item, a view that only the module uses
   kIdentity,  ///< fixed for the machine: versions, serial numbers, module data
   kReading,   ///< measured, moves by itself
@@ -27,10 +30,10 @@ enum class Role {
 };
 
 /// The JSON kind: "bv", or "v" with an integer or a real, or "sv".
-enum class Kind { kNone, kSwitch, kInteger, kReal, kText };
+enum class Kind : std::uint8_t { kNone, kSwitch, kInteger, kReal, kText };
 
 /// Which part of the raw word counts.
-enum class Word {
+enum class Word : std::uint8_t {
   kWhole,              ///< 32 bits, unsigned
   kSigned,             ///< 32 bits in two's complement
   kLowByteInDocument,  ///< the document takes bits 7..0, a single read all
@@ -42,7 +45,8 @@ struct Shape {
   Role role = Role::kNone;
   Kind kind = Kind::kNone;
   Word word = Word::kWhole;
-  double scale = 1;  ///< value = word * scale + offset
+  double scale = 1;    ///< value = word * scale / divisor + offset
+  double divisor = 1;  ///< 10, 100, ..., where the product would round otherwise
   double offset = 0;
   bool truncated = false;   ///< the value is cut to a whole number, toward zero
   bool normalised = false;  ///< a single read of a switch answers 0 or 1, not the word
@@ -52,6 +56,12 @@ constexpr Shape with_role(Shape shape, Role role) {
   shape.role = role;
   return shape;
 }
+
+struct Row;
+
+/// Reads a field of several words, or one that another word decides on, and makes its text. The
+/// field's status; without a text `out` stays as it was.
+using Decoder = Status (*)(const Row& row, const WordReader& device, std::string& out);
 
 /// One item or heading.
 struct Row {
@@ -66,6 +76,7 @@ struct Row {
   std::optional<Bounds> range{};
   Shape as{};
   std::string (*text)(unsigned int word) = nullptr;  ///< of an item that is one word's text
+  Decoder decode = nullptr;                          ///< of a text that takes more than its word
   unsigned int block = 0;  ///< of a heading: so many IDs from it on, if no row is theirs, are as it
   unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own
   unsigned int default_of = 0;  ///< of a factory default: the setting's ID
@@ -86,9 +97,21 @@ constexpr const char* ui_hint(const Row& row) {
   return row.as.kind == Kind::kSwitch ? "checkbox" : row.offered.empty() ? "textbox" : "combobox";
 }
 
+/// What one step of the raw word is in the value's unit.
+constexpr double step_of(const Shape& as) {
+  return as.scale / as.divisor;
+}
+
+/// The raw word in the item's unit.
+constexpr double real_of(const Shape& as, std::uint32_t raw) {
+  const double word = as.word == Word::kSigned ? static_cast<std::int32_t>(raw) : double{0} + raw;
+  const double scaled = word * as.scale;
+  return (as.divisor == 1 ? scaled : scaled / as.divisor) + as.offset;
+}
+
 /// How many steps of the raw word are one unit of the value: 10 for a scale of 0.1.
 constexpr std::uint32_t steps_per_unit(const Shape& as) {
-  return static_cast<std::uint32_t>(1 / as.scale + 0.5);
+  return static_cast<std::uint32_t>(1 / step_of(as) + 0.5);
 }
 
 constexpr bool is_published(const Row& row) {
@@ -136,7 +159,8 @@ struct Sheet {
       packages{};  ///< in the document's order; none of a family with instances
   std::optional<Instances> instances{};
   std::string_view second_family{};  ///< where the document shows packages again
-  std::string_view note{};           ///< for docs/items.md
+  unsigned int second_family_id = 0;
+  std::string_view note{};  ///< for docs/items.md
 };
 
 }  // namespace catalogue

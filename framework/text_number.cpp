@@ -49,6 +49,32 @@ std::string To_String(double value) {
   return written(value, std::chars_format::general, kSignificantDigits);
 }
 
+std::string hexadecimal(unsigned int value, std::size_t least) {
+  NumberBuffer buffer{};
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, 16);
+  std::string text(buffer.data(), result.ptr);
+  text.insert(0, least - std::min(least, text.size()), '0');
+  return text;
+}
+
+double to_six_digits(double value) {
+  if (value == 0) {
+    return value;
+  }
+  // A number next to one of at most three decimals and six digits has that one's text, and reads
+  // as the double nearest to it: so does the division, which rounds correctly.
+  constexpr double kNext = 1e-7;  // above what a conversion errs, below half a sixth digit's step
+  const double thousandths = value * 1000;
+  if (std::abs(thousandths) < 1e6) {
+    const double half = thousandths < 0 ? -0.5 : 0.5;
+    const auto whole = static_cast<double>(static_cast<std::int64_t>(thousandths + half));
+    if (whole != 0 && std::abs(thousandths - whole) < kNext) {
+      return whole / 1000;
+    }
+  }
+  return real_from_text(To_String(value));
+}
+
 double real_from_text(std::string_view text) {
   text = without_blanks_and_plus(text);
   double value = 0;

@@ -2,28 +2,18 @@
 //
 // A list of JSON values is owned by a JsonList until a package builder takes its references over;
 // a builder that was reached has taken them whatever its result.
+#include <algorithm>
 #include <ctime>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
-#include "devices/addon_board/trk7000_items.h"
-#include "devices/gsensor/gsensor_items.h"
-#include "devices/pic/pic_items.h"
-#include "devices/poe/poe_items.h"
 #include "framework/iot_json_utility.h"
-#include "framework/item_id.h"
 #include "module/kova_device.h"
 
 namespace {
 
-constexpr unsigned int kHardwareMonitor = 0x20000;
-constexpr unsigned int kHardwareMonitorTemperatures = 0x20100;
-constexpr unsigned int kHardwareMonitorFans = 0x20300;
-constexpr unsigned int kOnboardFans = 0x14170310;
 constexpr int kPackageVersion = 1;
-
-// The module number has eight bits in an item ID. A garbled count must not hang the agent's start.
-constexpr unsigned int kMaxMemoryModules = 255;
 
 // A slot is made before the value, so that running out of memory here loses nothing.
 template <typename Build>
@@ -56,17 +46,24 @@ Status append_elements_if_any(std::vector<json_t*>* list, JsonList* elements, co
              : append_elements_to_IPSO_pkgs(list, elements, bn, bu, id, kPackageVersion);
 }
 
-void append_function_package(JsonList* families, JsonList* packages, const std::string& name,
+void append_function_package(JsonList* families, JsonList* packages, std::string_view name,
                              unsigned int id) {
   if (packages->empty()) {
     return;
   }
   append_built(families->get(), [&](json_t** family) {
     const Status status =
-        IoTJsonUtility::create_json_func_package(packages->values(), name, id, family);
+        IoTJsonUtility::create_json_func_package(packages->values(), std::string(name), id, family);
     packages->release();
     return status;
   });
+}
+
+// What the sheet says of a heading's package.
+const catalogue::Package& package_of(const catalogue::Sheet& sheet, unsigned int heading) {
+  static constexpr catalogue::Package kPlain{.id = 0, .span = 0};
+  const auto found = std::ranges::find(sheet.packages, heading, &catalogue::Package::id);
+  return found == sheet.packages.end() ? kPlain : *found;
 }
 
 JsonList shared_copy(const JsonList& list) {
@@ -81,16 +78,15 @@ JsonList shared_copy(const JsonList& list) {
 
 Status KovaDevice::update_capability() {
   try {
-    JsonList families;
-    add_sdram(&families);
-    add_smart_battery(&families);
-    add_addon_board(&families);
-    add_poe(&families);
-    add_pic(&families);
-    add_gsensor(&families);
+    JsonList list;
+    families::visit_all([&](const auto& family) {
+      add_family<typename std::decay_t<decltype(family)>::Adapter>(&list);
+    });
+    if (list.empty()) {
+      return IOT_STATUS_JSON_ERROR;
+    }
     json_t* document = nullptr;
-    const Status status =
-        IoTJsonUtility::create_json_capability_package(families.values(), &document);
+    const Status status = IoTJsonUtility::create_json_capability_package(list.values(), &document);
     capability_.reset(document);
     return status;
   } catch (...) {
@@ -98,114 +94,100 @@ Status KovaDevice::update_capability() {
   }
 }
 
-void KovaDevice::add_sdram(JsonList* families) {
-  if (!sdram_->is_available()) {
+template <typename Device>
+void KovaDevice::add_family(JsonList* families) {
+  Device& device = adapter<Device>();
+  if (!device.is_available()) {
     return;
   }
+  const catalogue::Sheet& sheet = Device::sheet();
   JsonList packages;
-  for (unsigned int i = 0; i < kMaxMemoryModules && i < sdram_->GetSDRAMCount(); ++i) {
-    update_sdram_info_IPSO_pkgs(packages.get(), i);
-  }
-  append_function_package(families, &packages, "SDRAM", item_id::kSdram);
+  JsonList second_packages;
+  update_packages(device, packages.get(), second_packages.get());
+  append_function_package(families, &packages, sheet.name, sheet.id);
+  append_function_package(families, &second_packages, sheet.second_family, sheet.second_family_id);
 }
 
-void KovaDevice::add_smart_battery(JsonList* families) {
-  if (!sbattery_->is_available()) {
-    return;
-  }
-  JsonList packages;
-  update_sbaterry_info_IPSO_pkgs(packages.get());
-  append_function_package(families, &packages, "SMART BATTERY", item_id::kSmartBattery);
+template <typename Device>
+void KovaDevice::update_packages(Device& device, PackageList* list, PackageList* second_list) {
+  device.visit_packages([&](unsigned int heading, auto items) {
+    update_package<Device>(heading, std::move(items), list, second_list);
+  });
 }
 
-void KovaDevice::add_addon_board(JsonList* families) {
-  if (!Device_TRK7000::is_available()) {
-    return;
+void KovaDevice::update_packages(Device_SDRAM& device, PackageList* list,
+                                 PackageList* /*second_list*/) {
+  // The count is asked before every module; a garbled one must not hang the agent's start.
+  for (unsigned int i = 0; i < device.GetSDRAMCount() && i < Device_SDRAM::sheet().instances->max;
+       ++i) {
+    update_sdram_info_IPSO_pkgs(list, i);
   }
-  JsonList packages;
-  JsonList monitor_packages;
-  update_trk7k_info_IPSO_pkgs(packages.get());
-  update_trk7k_fans_IPSO_pkgs(packages.get(), monitor_packages.get());
-  update_trk7k_temp_IPSO_pkgs(packages.get(), monitor_packages.get());
-  append_function_package(families, &packages, Device_TRK7000::NAME_DEVICE, item_id::kTrk7000);
-  append_function_package(families, &monitor_packages, CONST_HWM, kHardwareMonitor);
 }
 
-void KovaDevice::add_poe(JsonList* families) {
-  if (!Device_PoE::is_available()) {
-    return;
-  }
-  JsonList packages;
-  update_poe_IPSO_pkgs(packages.get());
-  append_function_package(families, &packages, Device_PoE::NAME_DEVICE, item_id::kPoE);
+void KovaDevice::update_packages(Device_PoE& /*device*/, PackageList* list,
+                                 PackageList* /*second_list*/) {
+  update_poe_IPSO_pkgs(list);
 }
 
-void KovaDevice::add_pic(JsonList* families) {
-  if (!Device_PIC::is_available()) {
-    return;
-  }
-  JsonList packages;
-  update_pic_info_IPSO_pkgs(packages.get());
-  update_pic_defaults_IPSO_pkgs(packages.get());
-  update_pic_settings_IPSO_pkgs(packages.get());
-  update_pic_real_status_IPSO_pkgs(packages.get());
-  append_function_package(families, &packages, Device_PIC::NAME_DEVICE, item_id::kPic);
+template <typename Device>
+Status KovaDevice::update_package(unsigned int heading, RawMap values, PackageList* list,
+                                  PackageList* second_list) {
+  const catalogue::Package& package = package_of(Device::sheet(), heading);
+  const std::string unit = Device::get_unit_by_id(package.unit_id);
+  return update_IPSO_pkgs(std::move(values), list, heading, Device::get_name_by_id(heading), unit,
+                          package.second_id != 0 ? second_list : nullptr, package.second_id,
+                          std::string(package.second_name), unit);
 }
 
-void KovaDevice::add_gsensor(JsonList* families) {
-  if (!Device_GSensor::is_available()) {
-    return;
-  }
-  JsonList packages;
-  update_gsensor_data_IPSO_pkgs(packages.get());
-  update_gsensor_settings_IPSO_pkgs(packages.get());
-  append_function_package(families, &packages, Device_GSensor::NAME_DEVICE, item_id::kGSensor);
+template <typename Device>
+Status KovaDevice::update_package(unsigned int heading, StringMap texts, PackageList* list,
+                                  PackageList* /*second_list*/) {
+  const std::string name = Device::get_name_by_id(heading);
+  return update_IPSO_pkgs(std::move(texts), list, heading,
+                          name.empty() ? std::string(Device::sheet().name) : name,
+                          Device::get_unit_by_id(package_of(Device::sheet(), heading).unit_id));
 }
 
 Status KovaDevice::update_sdram_info_IPSO_pkgs(PackageList* list, unsigned int module_index) {
   const unsigned int module_number = module_index + 1;
-  return update_IPSO_pkgs(module_number, sdram_->get_info_map(module_index), list,
-                          item_id::kSdram + module_number, "SDRAM" + std::to_string(module_index),
-                          Device_SDRAM::get_unit_by_id(item_id::kSdram));
+  return update_IPSO_pkgs(module_number, adapter<Device_SDRAM>().get_info_map(module_index), list,
+                          sdram::kFamily + module_number, "SDRAM" + std::to_string(module_index),
+                          Device_SDRAM::get_unit_by_id(sdram::kFamily));
 }
 
 Status KovaDevice::update_sbaterry_info_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(sbattery_->get_info_map(), list, item_id::kSmartBattery, "SMART BATTERY",
-                          Device_SBATTERY::get_unit_by_id(item_id::kSmartBattery));
+  return update_package<Device_SBATTERY>(sbattery::kFamily,
+                                         adapter<Device_SBATTERY>().get_info_map(), list);
 }
 
 Status KovaDevice::update_trk7k_info_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(trk7000_->get_info_map(), list, trk7000::kInformation,
-                          Device_TRK7000::get_name_by_id(trk7000::kInformation));
+  return update_package<Device_TRK7000>(trk7000::kInformation,
+                                        adapter<Device_TRK7000>().get_info_map(), list);
 }
 
-// The name stands on the on-board fans' heading, the unit on the whole group's.
 Status KovaDevice::update_trk7k_fans_IPSO_pkgs(PackageList* trk_list, PackageList* hwm_list) {
-  const std::string unit = Device_TRK7000::get_unit_by_id(trk7000::kFanSpeeds);
-  return update_IPSO_pkgs(trk7000_->get_ob_fans(), trk_list, kOnboardFans,
-                          Device_TRK7000::get_name_by_id(kOnboardFans), unit, hwm_list,
-                          kHardwareMonitorFans, CONST_FAN, unit);
+  return update_package<Device_TRK7000>(
+      trk7000::kOnboardFans, adapter<Device_TRK7000>().get_ob_fans(), trk_list, hwm_list);
 }
 
 Status KovaDevice::update_trk7k_temp_IPSO_pkgs(PackageList* trk_list, PackageList* hwm_list) {
-  const std::string unit = Device_TRK7000::get_unit_by_id(trk7000::kTemperatures);
-  return update_IPSO_pkgs(trk7000_->get_temps(), trk_list, trk7000::kTemperatures,
-                          Device_TRK7000::get_name_by_id(trk7000::kTemperatures), unit, hwm_list,
-                          kHardwareMonitorTemperatures, CONST_TEMP, unit);
+  return update_package<Device_TRK7000>(trk7000::kTemperatures,
+                                        adapter<Device_TRK7000>().get_temps(), trk_list, hwm_list);
 }
 
 Status KovaDevice::update_poe_IPSO_pkgs(PackageList* list) {
-  if (poe_->port_count() == 0) {
+  Device_PoE& ports = adapter<Device_PoE>();
+  if (ports.port_count() == 0) {
     return IOT_STATUS_NOT_READY;
   }
-  const auto power = poe_->get_poe_port_power();
-  const auto detects = poe_->get_poe_detects();
-  const auto classes = poe_->get_poe_classes();
-  const auto voltages = poe_->get_poe_voltages();
-  const auto currents = poe_->get_poe_currents();
+  const auto power = ports.get_poe_port_power();
+  const auto detects = ports.get_poe_detects();
+  const auto classes = ports.get_poe_classes();
+  const auto voltages = ports.get_poe_voltages();
+  const auto currents = ports.get_poe_currents();
 
   Status status = IOT_STATUS_NOT_READY;
-  for (unsigned int port = 1; port <= poe_->port_count(); ++port) {
+  for (unsigned int port = 1; port <= ports.port_count(); ++port) {
     JsonList elements;
     // A port that could not be read is published as 0: it must not drop out of the document.
     const auto append = [&](const auto& values, unsigned int kind) {
@@ -224,41 +206,38 @@ Status KovaDevice::update_poe_IPSO_pkgs(PackageList* list) {
     if (!elements.empty()) {
       status = append_elements_to_IPSO_pkgs(list, &elements,
                                             Device_PoE::NAME_DEVICE + " " + std::to_string(port),
-                                            "", item_id::kPoE + port, kPackageVersion);
+                                            "", poe::kFamily + port, kPackageVersion);
     }
   }
   return status;
 }
 
 Status KovaDevice::update_pic_info_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(pic_->get_info_map(), list, pic::kInformation,
-                          Device_PIC::get_name_by_id(pic::kInformation));
+  return update_package<Device_PIC>(pic::kInformation, adapter<Device_PIC>().get_info_map(), list);
 }
 
 Status KovaDevice::update_pic_defaults_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(pic_->get_defaults_map(), list, pic::kDefaultView,
-                          Device_PIC::get_name_by_id(pic::kDefaultView), "");
+  return update_package<Device_PIC>(pic::kDefaultView, adapter<Device_PIC>().get_defaults_map(),
+                                    list);
 }
 
 Status KovaDevice::update_pic_settings_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(pic_->get_settings_map(), list, pic::kCurrentView,
-                          Device_PIC::get_name_by_id(pic::kCurrentView), "");
+  return update_package<Device_PIC>(pic::kCurrentView, adapter<Device_PIC>().get_settings_map(),
+                                    list);
 }
 
 Status KovaDevice::update_pic_real_status_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(pic_->get_status_map(), list, pic::kStatus,
-                          Device_PIC::get_name_by_id(pic::kStatus), "");
+  return update_package<Device_PIC>(pic::kStatus, adapter<Device_PIC>().get_status_map(), list);
 }
 
 Status KovaDevice::update_gsensor_data_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(gsensor_->get_data_map(), list, gsensor::kData,
-                          Device_GSensor::get_name_by_id(gsensor::kData),
-                          Device_GSensor::get_unit_by_id(gsensor::kData));
+  return update_package<Device_GSensor>(gsensor::kData, adapter<Device_GSensor>().get_data_map(),
+                                        list);
 }
 
 Status KovaDevice::update_gsensor_settings_IPSO_pkgs(PackageList* list) {
-  return update_IPSO_pkgs(gsensor_->get_settings_map(), list, gsensor::kSettings,
-                          Device_GSensor::get_name_by_id(gsensor::kSettings), "");
+  return update_package<Device_GSensor>(gsensor::kSettings,
+                                        adapter<Device_GSensor>().get_settings_map(), list);
 }
 
 Status KovaDevice::append_json_to_vector(std::vector<json_t*>* list, unsigned int id, void* data) {

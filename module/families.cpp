@@ -1,14 +1,31 @@
-// The list of families.
+// What all families are given and have.
 #include "module/families.h"
 
-#include "devices/addon_board/trk7000_items.h"
-#include "devices/gsensor/gsensor_items.h"
-#include "devices/pic/pic_items.h"
-#include "devices/poe/poe_items.h"
-#include "devices/sbattery/sbattery_items.h"
-#include "devices/sdram/sdram_items.h"
+namespace families {
+namespace {
 
-std::array<const catalogue::Sheet*, 6> family_sheets() {
-  return {&sdram::sheet(), &sbattery::sheet(), &trk7000::sheet(),
-          &poe::sheet(),   &pic::sheet(),      &gsensor::sheet()};
+template <typename Known>
+using AdapterOf = typename std::decay_t<Known>::Adapter;
+
+}  // namespace
+
+void hand_out(ReadEntry entry) {
+  visit_all([&](const auto& family) { AdapterOf<decltype(family)>::get_func = entry; });
 }
+
+void hand_out(WriteEntry entry) {
+  visit_all([&](const auto& family) {
+    if constexpr (requires { AdapterOf<decltype(family)>::set_func; }) {
+      AdapterOf<decltype(family)>::set_func = entry;
+    }
+  });
+}
+
+std::array<const catalogue::Sheet*, kCount> sheets() {
+  std::array<const catalogue::Sheet*, kCount> all{};
+  auto next = all.begin();
+  visit_all([&](const auto& family) { *next++ = &AdapterOf<decltype(family)>::sheet(); });
+  return all;
+}
+
+}  // namespace families

@@ -7,16 +7,12 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
-#include "devices/addon_board/device_trk7000.h"
-#include "devices/gsensor/device_gsensor.h"
-#include "devices/pic/device_pic.h"
-#include "devices/poe/device_poe.h"
-#include "devices/sbattery/device_sbattery.h"
-#include "devices/sdram/device_sdram.h"
 #include "framework/json_owner.h"
 #include "framework/status.h"
+#include "module/families.h"
 
 class KovaDevice {
  public:
@@ -62,21 +58,15 @@ class KovaDevice {
   [[nodiscard]] json_t* capability() const { return capability_.get(); }
 
   /// Builds the document from every family that is present. IOT_STATUS_JSON_ERROR when there is
-  /// nothing to put in it; IOT_STATUS_NOT_READY when memory runs out.
+  /// none, or nothing to put in it, and IOT_STATUS_NOT_READY when memory runs out: the document
+  /// then stays as it was.
   Status update_capability();
 
- private:
   using PackageList = std::vector<json_t*>;
 
-  // One function package per family, added to `families` when a group of it could be built.
-  void add_sdram(JsonList* families);
-  void add_smart_battery(JsonList* families);
-  void add_addon_board(JsonList* families);
-  void add_poe(JsonList* families);
-  void add_pic(JsonList* families);
-  void add_gsensor(JsonList* families);
-
-  // One IPSO package per group, appended to `list` when it could be built.
+  /// One IPSO package a group, whose reference is appended to `list` when it could be built.
+  /// IOT_STATUS_READ_FAILED when nothing of the group could be read, IOT_STATUS_JSON_ERROR when no
+  /// element could be made. The add-on board's fans and temperatures are put into both lists.
   Status update_sdram_info_IPSO_pkgs(PackageList* list, unsigned int module_index);
   Status update_sbaterry_info_IPSO_pkgs(PackageList* list);
   Status update_trk7k_info_IPSO_pkgs(PackageList* list);
@@ -90,11 +80,8 @@ class KovaDevice {
   Status update_gsensor_data_IPSO_pkgs(PackageList* list);
   Status update_gsensor_settings_IPSO_pkgs(PackageList* list);
 
-  template <typename Value>
-  std::vector<json_t*> create_elements(unsigned int base, std::map<unsigned int, Value> values);
-
-  // The steps all groups share. IOT_STATUS_READ_FAILED for an empty map, IOT_STATUS_JSON_ERROR
-  // when no element could be made.
+  /// The steps that all groups share; `bn` and `bu` are the package's name and unit. The second
+  /// list may be null.
   Status update_IPSO_pkgs(RawMap values, PackageList* list, unsigned int id, const std::string& bn,
                           const std::string& bu);
   Status update_IPSO_pkgs(RawMap values, PackageList* list, unsigned int id, const std::string& bn,
@@ -105,14 +92,43 @@ class KovaDevice {
   Status update_IPSO_pkgs(unsigned int base, StringMap texts, PackageList* list, unsigned int id,
                           const std::string& bn, const std::string& bu);
 
+ private:
+  template <typename Device>
+  Device& adapter() {
+    return *std::get<std::unique_ptr<Device>>(adapters_);
+  }
+
+  // The one route: what `call` answers of the adapter whose family the ID is of, or
+  // IOT_STATUS_UNSUPPORTED.
+  template <typename Call>
+  Status route(unsigned int id, const Call& call);
+
+  // The function packages of a family that is present.
+  template <typename Device>
+  void add_family(JsonList* families);
+
+  // The IPSO packages of a family, by its sheet.
+  template <typename Device>
+  void update_packages(Device& device, PackageList* list, PackageList* second_list);
+  void update_packages(Device_SDRAM& device, PackageList* list, PackageList* second_list);
+  void update_packages(Device_PoE& device, PackageList* list, PackageList* second_list);
+
+  template <typename Device>
+  Status update_package(unsigned int heading, RawMap values, PackageList* list,
+                        PackageList* second_list = nullptr);
+  template <typename Device>
+  Status update_package(unsigned int heading, StringMap texts, PackageList* list,
+                        PackageList* second_list = nullptr);
+
+  template <typename Value>
+  std::vector<json_t*> create_elements(unsigned int base, std::map<unsigned int, Value> values);
+
+  template <typename Device>
+  using Owner = std::unique_ptr<Device>;
+
   void* library_ = nullptr;  // never closed: the library stays mapped for the life of the process
   ReadEntry get_entry_ = nullptr;
   WriteEntry set_entry_ = nullptr;
-  std::unique_ptr<Device_PoE> poe_;
-  std::unique_ptr<Device_PIC> pic_;
-  std::unique_ptr<Device_TRK7000> trk7000_;
-  std::unique_ptr<Device_GSensor> gsensor_;
-  std::unique_ptr<Device_SDRAM> sdram_;
-  std::unique_ptr<Device_SBATTERY> sbattery_;
+  families::Each<Owner> adapters_;
   JsonOwner capability_;
 };

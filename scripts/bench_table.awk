@@ -24,8 +24,6 @@ function item(name,   ns, floor, limit) {
   limit = name ~ /\/poe\// ? 1.5 : 3
   if (allocations["floor/" name] > 0) {
     row(name, ns, floor, allocations[name], "at most 5 allocations", allocations[name] <= 5)
-  } else if (name ~ /\/(memory|battery)\//) {
-    row(name, ns, floor, allocations[name], "no allocation", allocations[name] == 0)
   } else {
     row(name, ns, floor, allocations[name], "ratio " limit ", no allocation",
         ns <= limit * floor && allocations[name] == 0)

@@ -4,18 +4,19 @@
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
-build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libsystemd-dev"
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev locales python3" ;;
+  test) packages="$build libgtest-dev locales python3 python3-pyte" ;;
   bench) packages="$build libbenchmark-dev" ;;
-  check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter systemd" ;;
+  check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 prometheus prometheus-node-exporter systemd" ;;
+  package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
+  package-test) packages="debootstrap debian-archive-keyring git" ;;
+  fuzz) packages="$build clang libclang-rt-dev llvm" ;;
   browser) packages="$build chromium chromium-driver python3-selenium" ;;
-  package) packages="$build dpkg-dev lintian" ;;
-  package-test) packages="debootstrap debian-archive-keyring" ;;
-  fuzz) packages="$build clang-14 libclang-rt-14-dev llvm-14" ;;
   coverage) packages="$build libgtest-dev locales gcovr python3" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
+  mutation) packages="$build libgtest-dev locales python3 ccache git" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Writes docs/items.md and docs/metrics.md from the families' rows. Usage: scripts/items.sh [--check]
-# --check writes nothing, and fails when a file is not what would be written.
+# Writes docs/items.md and docs/metrics.md from the families' rows, and docs/host-guide.md's table of
+# statuses from the C header. Usage: scripts/items.sh [--check]
+# --check writes nothing, and fails when a page is not what would be written.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -16,20 +17,22 @@ esac
 scripts/install_dependencies.sh test
 quietly cmake --preset dev
 quietly cmake --build build/dev --parallel "$(nproc)" --target items_document metrics_document
-made=$(mktemp)
-trap 'rm -f "$made"' EXIT
+made=$(mktemp -d)
+trap 'rm -rf "$made"' EXIT
+generator=build/dev/module/items/items_document
+"$generator" --markdown >"$made/items.md"
+build/dev/tools/host/metrics_document >"$made/metrics.md"
+# The guide's table: what stands before its first status, the statuses, and what follows them.
+"$generator" --statuses >"$made/statuses"
+awk -v statuses="$made/statuses" '
+  /^\| `IOT_STATUS_/ { if (!done++) while ((getline line < statuses) > 0) print line; next }
+  { print }' docs/host-guide.md >"$made/host-guide.md"
 
-# document FILE PROGRAM...
-document() {
-  local file=$1
-  shift
-  "$@" >"$made"
+for page in items.md metrics.md host-guide.md; do
   if [ "$check" = no ]; then
-    cat "$made" >"$file"
-  elif ! diff -u "$file" "$made" >&2; then
-    echo "$file is stale: run scripts/items.sh" >&2
+    cat "$made/$page" >"docs/$page"
+  elif ! diff -u "docs/$page" "$made/$page" >&2; then
+    echo "docs/$page is stale: run scripts/items.sh" >&2
     exit 1
   fi
-}
-document docs/items.md build/dev/module/items/items_document --markdown
-document docs/metrics.md build/dev/tools/host/metrics_document
+done

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Makes the Debian packages kova-iot, kova-iot-dev, kova-iot-tools and kova-iot-exporter in
-# build/packages/ and holds them to lintian, whose warnings are shown and whose errors fail. Installs what is missing.
+# Makes the Debian and the RPM packages of every component in build/packages/, with a list of what
+# they contain and depend on (SPDX), and holds the former to lintian, whose warnings are shown and
+# whose errors fail. Installs what is missing.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -15,10 +16,14 @@ umask 022
 if time=$(git log -1 --format=%ct 2>/dev/null); then
   export SOURCE_DATE_EPOCH=$time
 fi
-build_preset release
 rm -rf build/packages
-quietly cpack --config build/release/CPackConfig.cmake -B "$repository/build/packages"
+build_preset release
+quietly cpack -G DEB --config build/release/CPackConfig.cmake -B "$repository/build/packages"
+build_preset release-rpm
+quietly cpack -G RPM --config build/release-rpm/CPackConfig.cmake -B "$repository/build/packages"
 rm -rf build/packages/_CPack_Packages
+python3 -B scripts/sbom.py build/packages/*.deb build/packages/*.rpm \
+  >build/packages/kova-iot.spdx.json
 
 lintian --allow-root --fail-on error --tag-display-limit 0 build/packages/*.deb
-ls -l build/packages/*.deb
+ls -l build/packages

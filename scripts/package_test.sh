@@ -1,34 +1,34 @@
 #!/usr/bin/env bash
-# Tries the packages of build/packages/ on a bare Debian 12: a chroot of its own, in which they are
-# installed, used as an engineer and a host programmer would, and removed without a trace. Needs
+# Tries the Debian packages of build/packages/ on a bare Debian 12: a chroot of its own, in which they
+# are installed, used as an engineer and a host programmer would, and removed without a trace. Needs
 # root and the package mirror that apt is configured for; takes some minutes.
-# Usage: scripts/package_test.sh [FOLDER FOR THE CHROOT]
+# Usage: scripts/package_test.sh [--from FOLDER] [FOLDER FOR THE CHROOT]
+# With --from, an older release's packages are installed first, upgraded, and installed again.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
+# shellcheck source=scripts/chroot.sh
+. "$repository/scripts/chroot.sh"
 
 fail() {
   echo "package_test.sh: $*" >&2
   exit 1
 }
 
-[ "$#" -le 1 ] || fail "usage: scripts/package_test.sh [FOLDER FOR THE CHROOT]"
+older=""
+if [ "${1:-}" = --from ]; then
+  older=${2:?usage: scripts/package_test.sh [--from FOLDER] [FOLDER FOR THE CHROOT]}
+  shift 2
+fi
+[ "$#" -le 1 ] || fail "usage: scripts/package_test.sh [--from FOLDER] [FOLDER FOR THE CHROOT]"
 [ "$(id -u)" -eq 0 ] || fail "has to run as root"
-for package in kova-iot kova-iot-dev kova-iot-tools; do
-  compgen -G "build/packages/${package}_*.deb" >/dev/null ||
-    fail "no package $package: run scripts/package.sh first"
-done
+compgen -G "build/packages/*.deb" >/dev/null || fail "no packages: run scripts/package.sh first"
 scripts/install_dependencies.sh package-test
 
 mkdir -p "${1:-/var/tmp}"
 root=$(mktemp -d "${1:-/var/tmp}/kova-package-test.XXXXXX")
 trap 'rm -rf --one-file-system "$root"' EXIT
 
-# With a /proc of its own that is gone with the command.
-in_chroot() {
-  unshare --mount --pid --fork --root="$root" --mount-proc \
-    /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C DEBIAN_FRONTEND=noninteractive "$@"
-}
 # The packages and the files, apart from what apt, dpkg and ldconfig keep for themselves.
 inventory() {
   in_chroot dpkg-query --show
@@ -38,20 +38,58 @@ inventory() {
 step() {
   echo "$* ..."
 }
-
+# Installs packages of a folder in the chroot, whatever version is there.
+install() {
+  quietly in_chroot sh -c "apt-get install -y --no-install-recommends --allow-downgrades $*"
+}
+names() {
+  local package
+  for package in "$1"/*.deb; do
+    dpkg-deb --field "$package" Package
+  done
+}
 # shellcheck disable=SC2016
-mirror=$(apt-get indextargets --format '$(REPO_URI) $(RELEASE)' \
-  'Created-By: Packages' 'Origin: Debian' | awk '$2 == "bookworm" { print $1; exit }')
-[ -n "$mirror" ] || fail "apt is configured for no mirror of bookworm"
+version() {
+  in_chroot dpkg-query --show --showformat '${Version}' kova-iot
+}
+
 step "Making a bare Debian 12 in $root"
-quietly debootstrap --variant=minbase bookworm "$root" "$mirror"
+make_chroot bookworm "$root"
 inventory >"$root/tmp/before"
 
-step "Installing kova-iot and kova-iot-tools"
-cp build/packages/*.deb "$root/tmp/"
+mapfile -t packages < <(names build/packages)
+mkdir "$root/tmp/new"
+cp build/packages/*.deb "$root/tmp/new/"
 quietly in_chroot apt-get update
-quietly in_chroot sh -c "apt-get install -y --no-install-recommends \
-  /tmp/kova-iot_*.deb /tmp/kova-iot-tools_*.deb"
+
+if [ -n "$older" ]; then
+  step "Upgrading from the packages of $older, and going back"
+  mkdir "$root/tmp/old"
+  cp "$older"/*.deb "$root/tmp/old/"
+  mapfile -t old_packages < <(names "$older")
+  install "/tmp/old/*.deb"
+  old_version=$(version)
+  install "/tmp/new/*.deb"
+  new_version=$(version)
+  [ "$new_version" != "$old_version" ] || fail "both are version $new_version"
+  in_chroot dpkg --verify "${packages[@]}" || fail "an upgrade changes the packages' files"
+  in_chroot kovactl --simulate list >"$root/tmp/upgraded"
+  # What only the newer release has goes before the older one returns.
+  mapfile -t added < <(comm -13 <(printf '%s\n' "${old_packages[@]}" | sort) \
+    <(printf '%s\n' "${packages[@]}" | sort))
+  [ "${#added[@]}" -eq 0 ] || quietly in_chroot apt-get remove -y "${added[@]}"
+  install "/tmp/old/*.deb"
+  [ "$(version)" = "$old_version" ] || fail "$(version) is there after going back to $old_version"
+  in_chroot dpkg --verify "${old_packages[@]}" || fail "going back changes the packages' files"
+  in_chroot kovactl --simulate list >/dev/null
+  quietly in_chroot apt-get purge -y "${old_packages[@]}"
+  quietly in_chroot apt-get autoremove --purge -y
+  echo "  $old_version to $new_version and back"
+fi
+
+step "Installing what runs on a machine: all but the development files"
+mapfile -t programs < <(printf '%s\n' "${packages[@]}" | grep -v -e '-dev$')
+install "$(printf '/tmp/new/%s_*.deb ' "${programs[@]}")"
 in_chroot kovactl --simulate list >"$root/tmp/list"
 grep -q 'TRK7K VTIN 1' "$root/tmp/list" || fail "kovactl --simulate list: $(cat "$root/tmp/list")"
 grep -v '^ ' "$root/tmp/list" | sed '/^$/d; s/^/  /'
@@ -61,8 +99,7 @@ in_chroot kovactl list >/dev/null 2>&1 || status=$?
 in_chroot kovactl --simulate sixteen-modules list --family SDRAM >/dev/null
 
 step "Compiling and running a host with kova-iot-dev"
-quietly in_chroot sh -c "apt-get install -y --no-install-recommends gcc libc6-dev pkgconf \
-  python3 /tmp/kova-iot-dev_*.deb"
+install gcc libc6-dev pkgconf python3 "/tmp/new/kova-iot-dev_*.deb"
 # shellcheck disable=SC2016
 in_chroot sh -e -c '
   examples=/usr/share/doc/kova-iot-dev/examples
@@ -78,8 +115,7 @@ in_chroot sh -e -c '
   tail -n 2 /tmp/output'
 
 step "Removing everything"
-quietly in_chroot apt-get purge -y kova-iot kova-iot-dev kova-iot-tools gcc pkgconf libc6-dev \
-  python3
+quietly in_chroot apt-get purge -y "${packages[@]}" gcc pkgconf libc6-dev python3
 quietly in_chroot apt-get autoremove --purge -y
 inventory >"$root/tmp/after"
 diff "$root/tmp/before" "$root/tmp/after" >&2 || fail "the chroot is not as it was"

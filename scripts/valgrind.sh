@@ -13,7 +13,6 @@ build_preset dev
 memcheck=(valgrind --quiet --error-exitcode=1 --leak-check=full
   "--errors-for-leak-kinds=definite,indirect,possible"
   --soname-synonyms=somalloc=nouserintercepts)
-export KOVA_TEST_ROUNDS=${KOVA_TEST_ROUNDS:-20}
 
 # The two longest sweeps over allocations would take minutes here; AddressSanitizer runs them.
 for test in module_tests plugin/plugin_tests \

@@ -5,14 +5,19 @@
 
 #include <string>
 
-#include "framework/catalogue.h"
-#include "framework/device_library.h"
-#include "framework/status.h"
+#include "devices/addon_board/trk7000_items.h"
+#include "framework/map_family.h"
 
 /// Groups: temperatures 0x141701xx (whole degrees Celsius), fan speeds 0x141703xx (revolutions per
 /// minute), information 0x141706xx (texts).
-class Device_TRK7000 {
+class Device_TRK7000 : public catalogue::MapFamily<Device_TRK7000> {
  public:
+  static constexpr unsigned int kFamily = trk7000::kFamily;
+  static constexpr unsigned int kPresence = trk7000::kPresence;
+  static constexpr const catalogue::Ids& kTexts = trk7000::kTexts;
+  static const catalogue::RowTable& table() { return trk7000::kTable; }
+  static const catalogue::Sheet& sheet() { return trk7000::kSheet; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
 
   static const std::string NAME_DEVICE;
@@ -22,27 +27,14 @@ class Device_TRK7000 {
   static RawMap kova_id_map;
   static RangeMap bound_map;
 
-  static StringMap init_device_name_map();
-  static StringMap init_unit_map();
-  static StringMap init_desc_map();
-  static RawMap init_kova_id_map();
-  static RangeMap init_bound_map();
-
-  // The common lookups and raw reads, over this family's maps.
-  static Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out);
-  static std::string get_name_by_id(unsigned int id);
-  static std::string get_unit_by_id(unsigned int id);
-  static std::string get_desc_by_id(unsigned int id);
-  static Range get_range_by_id(unsigned int id);
-  static bool is_available();
-  static Status get_value_by_id(unsigned int id, unsigned int* raw);
-  static void get_raw_values(unsigned int first, unsigned int end, RawMap* out);
+  using MapFamily::get_value_by_id;
 
   /// Refills `*out` with the information texts. IOT_STATUS_NOT_READY without a read entry;
   /// IOT_STATUS_READ_FAILED, and `*out` as it was, when nothing could be read.
   static Status get_info_to_map(StringMap* out);
 
-  /// Reads an item into the caller's value: a string for information, else an integer. On a
+  /// Reads an item into the caller's value: a string for information, an integer for fan speeds
+  /// and temperatures (of which half a degree and the cut toward zero make -0.65 degrees 0). On a
   /// failure the value is left as it was: IOT_STATUS_NOT_READY (absent), IOT_STATUS_READ_FAILED,
   /// IOT_STATUS_NOT_FOUND (information ID without a text), IOT_STATUS_UNSUPPORTED (other groups).
   static Status get_value_by_id(unsigned int id, json_t* value);
@@ -61,13 +53,17 @@ class Device_TRK7000 {
   void update_ob_fans();
   Status update_info();
 
+  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
+  template <typename Visit>
+  void visit_packages(const Visit& visit) {
+    visit(trk7000::kInformation, get_info_map());
+    visit(trk7000::kOnboardFans, get_ob_fans());
+    visit(trk7000::kTemperatures, get_temps());
+  }
+
  private:
   RawMap ob_fan_values_;
   RawMap vtin_values_;
   RawMap bt_values_;
   StringMap info_values_;
 };
-
-/// Tenths of a kelvin to whole degrees Celsius: half a degree is added and the result truncated
-/// toward zero, so -0.65 degrees reads 0.
-int decikelvin_to_celsius(unsigned int decikelvin);

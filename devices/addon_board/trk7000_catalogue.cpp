@@ -16,6 +16,9 @@ using catalogue::Role;
 using catalogue::Row;
 using catalogue::Shape;
 
+constexpr unsigned int kVtinSensors = 0x14170110;
+constexpr unsigned int kBtSensors = 0x14170120;
+
 // Tenths of a kelvin to degrees; half a degree is added before the cut, so that -0.65 reads 0.
 constexpr Shape kTemperature{.role = Role::kReading,
                              .kind = Kind::kInteger,
@@ -41,15 +44,11 @@ constexpr Row fan_speed(unsigned int id, std::string_view name, unsigned int cod
 // A version word holds a letter in bits 23..16, the major number in 15..8 and the minor in 7..0:
 // 0x00560102 is V1.2. The EC type's middle number is hexadecimal.
 std::string version_text(unsigned int word, int major_base) {
-  std::array<char, 8> digits{};
-  std::string text(1, static_cast<char>((word >> 16U) & 0xFFU));
-  const auto major =
-      std::to_chars(digits.begin(), digits.end(), (word >> 8U) & 0xFFU, major_base).ptr;
-  text.append(digits.begin(), major);
-  text += '.';
-  const auto minor = std::to_chars(digits.begin(), digits.end(), word & 0xFFU).ptr;
-  text.append(digits.begin(), minor);
-  return text;
+  std::array<char, 8> text{static_cast<char>((word >> 16U) & 0xFFU)};
+  char* end = std::to_chars(&text[1], text.end(), (word >> 8U) & 0xFFU, major_base).ptr;
+  *end = '.';
+  end = std::to_chars(end + 1, text.end(), word & 0xFFU).ptr;
+  return {text.begin(), end};
 }
 
 std::string version(unsigned int word) {
@@ -68,11 +67,11 @@ constexpr std::array kRows{
         .unit = "Cel",
         .as = kTemperature,
         .block = 0x100},
-    Row{.id = 0x14170110, .name = "VTIN temperatures"},
+    Row{.id = kVtinSensors, .name = "VTIN temperatures"},
     temperature(0x14170111, "TRK7K VTIN 1", 0x820000),
     temperature(0x14170112, "TRK7K VTIN 2", 0x820001),
     temperature(0x14170113, "TRK7K VTIN 3", 0x820002),
-    Row{.id = 0x14170120, .name = "BT temperatures"},
+    Row{.id = kBtSensors, .name = "BT temperatures"},
     temperature(0x14170121, "TRK7K BT 1", 0x820003),
     temperature(0x14170122, "TRK7K BT 2", 0x820004),
     temperature(0x14170123, "TRK7K BT 3", 0x820005),
@@ -82,7 +81,7 @@ constexpr std::array kRows{
         .unit = "RPM",
         .as = kFanSpeed,
         .block = 0x100},
-    Row{.id = 0x14170310, .name = "Onboard fan speeds"},
+    Row{.id = trk7000::kOnboardFans, .name = "Onboard fan speeds"},
     fan_speed(0x14170311, "TRK7K OB fan 1", 0x822003),
     fan_speed(0x14170312, "TRK7K OB fan 2", 0x822004),
     fan_speed(0x14170313, "TRK7K OB fan 3", 0x822005),
@@ -91,19 +90,19 @@ constexpr std::array kRows{
     fan_speed(0x14170316, "TRK7K OB fan 6", 0x822008),
     fan_speed(0x14170317, "TRK7K OB fan 7", 0x822009),
     Row{.id = trk7000::kInformation, .name = "Information", .as = kIdentity, .block = 0x100},
-    Row{.id = trk7000::kFirmwareVersion,
+    Row{.id = 0x14170601,
         .name = "Firmware version",
         .code = 0x800001,
         .as = kIdentity,
         .text = version,
         .note = "letter and two numbers: raw 0x00560102 is V1.2"},
-    Row{.id = trk7000::kEcType,
+    Row{.id = 0x14170602,
         .name = "EC type",
         .code = 0x800002,
         .as = kIdentity,
         .text = ec_type,
         .note = "as the firmware version, the first number hexadecimal"},
-    Row{.id = trk7000::kKernelVersion,
+    Row{.id = 0x14170603,
         .name = "Kernel version",
         .code = 0x800003,
         .as = kIdentity,
@@ -126,38 +125,24 @@ constexpr std::array kPackages{
             .second_id = 0x20100},
 };
 
-constexpr catalogue::Sheet kSheet{
-    .name = "TRK-7000",
-    .title = "Add-on board",
-    .id = item_id::kTrk7000,
-    .presence_code = *kRows.front().code,
-    .rows = kRows,
-    .packages = kPackages,
-    .second_family = "Hardware Monitor"};
-
 }  // namespace
 
-const catalogue::Sheet& trk7000::sheet() {
-  return kSheet;
-}
+constinit const catalogue::RowTable trk7000::kTable(kRows);
+constinit const catalogue::Ids trk7000::kVtin = items_under(kRows, kVtinSensors, 0x10);
+constinit const catalogue::Ids trk7000::kBt = items_under(kRows, kBtSensors, 0x10);
+constinit const catalogue::Ids trk7000::kFans = items_under(kRows, kOnboardFans, 0x10);
+constinit const catalogue::Ids trk7000::kTexts = items_under(kRows, kInformation, 0x100);
+
+constinit const catalogue::Sheet trk7000::kSheet{.name = "TRK-7000",
+                                                 .title = "Add-on board",
+                                                 .id = trk7000::kFamily,
+                                                 .presence_code = *kRows.front().code,
+                                                 .rows = kRows,
+                                                 .packages = kPackages,
+                                                 .second_family = "Hardware Monitor",
+                                                 .second_family_id = 0x20000};
 
 ReadEntry Device_TRK7000::get_func = nullptr;
-
-StringMap Device_TRK7000::init_device_name_map() {
-  return catalogue::name_map(kRows);
-}
-StringMap Device_TRK7000::init_unit_map() {
-  return catalogue::unit_map(kRows);
-}
-StringMap Device_TRK7000::init_desc_map() {
-  return catalogue::option_map(kRows);
-}
-RawMap Device_TRK7000::init_kova_id_map() {
-  return catalogue::code_map(kRows);
-}
-RangeMap Device_TRK7000::init_bound_map() {
-  return catalogue::bound_map(kRows);
-}
 
 const std::string Device_TRK7000::NAME_DEVICE = "TRK-7000";
 StringMap Device_TRK7000::device_name_map = load_time::build(init_device_name_map);

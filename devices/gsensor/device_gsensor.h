@@ -6,14 +6,18 @@
 
 #include <string>
 
-#include "framework/catalogue.h"
-#include "framework/device_library.h"
-#include "framework/status.h"
+#include "devices/gsensor/gsensor_items.h"
+#include "framework/map_family.h"
 
 /// Groups: settings 0x141507xx (modes 0x1x, offsets 0x2x, data rates 0x3x, measuring range 0x4x;
 /// writable) and readings 0x141509xx. Offsets and readings are in G.
-class Device_GSensor {
+class Device_GSensor : public catalogue::MapFamily<Device_GSensor> {
  public:
+  static constexpr unsigned int kFamily = gsensor::kFamily;
+  static constexpr unsigned int kPresence = gsensor::kPresence;
+  static const catalogue::RowTable& table() { return gsensor::kTable; }
+  static const catalogue::Sheet& sheet() { return gsensor::kSheet; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static WriteEntry set_func;
   static constexpr double FACTOR = 0.0001;  ///< one raw unit of offsets and readings in G
@@ -25,21 +29,7 @@ class Device_GSensor {
   static RawMap kova_id_map;
   static RangeMap bound_map;
 
-  static StringMap init_device_name_map();
-  static StringMap init_unit_map();
-  static StringMap init_desc_map();
-  static RawMap init_kova_id_map();
-  static RangeMap init_bound_map();
-
-  // The common lookups and raw reads, over this family's maps.
-  static Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out);
-  static std::string get_name_by_id(unsigned int id);
-  static std::string get_unit_by_id(unsigned int id);
-  static std::string get_desc_by_id(unsigned int id);
-  static Range get_range_by_id(unsigned int id);
-  static bool is_available();
-  static Status get_value_by_id(unsigned int id, unsigned int* raw);
-  static void get_raw_values(unsigned int first, unsigned int end, RawMap* out);
+  using MapFamily::get_value_by_id;
 
   /// Reads an item into the caller's value: a real in G for offsets and readings, an integer for
   /// the rest. A scalar is filled and the result is IOT_STATUS_READ_FAILED all the same; a
@@ -64,6 +54,13 @@ class Device_GSensor {
   void update_settings();
   void update_data();
 
+  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
+  template <typename Visit>
+  void visit_packages(const Visit& visit) {
+    visit(gsensor::kData, get_data_map());
+    visit(gsensor::kSettings, get_settings_map());
+  }
+
  private:
   RawMap data_values_;
   RawMap mode_values_;
@@ -71,6 +68,3 @@ class Device_GSensor {
   RawMap offset_values_;
   RawMap range_values_;
 };
-
-/// The raw word as a signed count of 0.0001 G.
-double raw_to_g(unsigned int raw);

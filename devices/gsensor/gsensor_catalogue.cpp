@@ -17,6 +17,11 @@ using catalogue::Shape;
 using catalogue::with_role;
 using catalogue::Word;
 
+constexpr unsigned int kModeBlock = 0x14150710;
+constexpr unsigned int kOffsetBlock = 0x14150720;
+constexpr unsigned int kRateBlock = 0x14150730;
+constexpr unsigned int kRangeBlock = 0x14150740;
+
 constexpr Shape kMode{.role = Role::kSetting,
                       .kind = Kind::kSwitch,
                       .word = Word::kLowByteInDocument,
@@ -44,7 +49,7 @@ constexpr std::string_view kDataRates =
 constexpr std::array kRows{
     Row{.id = gsensor::kPresence, .name = "Available", .code = 0x400000},
     Row{.id = gsensor::kSettings, .name = "Settings"},
-    Row{.id = 0x14150710, .name = "Modes", .as = kMode, .block = 0x10},
+    Row{.id = kModeBlock, .name = "Modes", .as = kMode, .block = 0x10},
     Row{.id = 0x14150711,
         .name = "Measure mode",
         .options = "0=standby|1=measurement",
@@ -63,7 +68,7 @@ constexpr std::array kRows{
         .code = 0x440001,
         .range = Bounds{0, 1},
         .as = kMode},
-    Row{.id = 0x14150720, .name = "Offset settings", .as = kOffset, .block = 0x10},
+    Row{.id = kOffsetBlock, .name = "Offset settings", .as = kOffset, .block = 0x10},
     Row{.id = 0x14150721,
         .name = "Offset X",
         .unit = "G",
@@ -82,12 +87,12 @@ constexpr std::array kRows{
         .code = 0x420002,
         .range = Bounds{-2, 2},
         .as = kOffset},
-    Row{.id = 0x14150730,
+    Row{.id = kRateBlock,
         .name = "Data rates",
         .offered = kOfferedRates,
         .as = kCode,
         .block = 0x10},
-    Row{.id = gsensor::kNormalRate,
+    Row{.id = 0x14150731,
         .name = "Normal mode data rate",
         .options = kDataRates,
         .offered = kOfferedRates,
@@ -95,15 +100,15 @@ constexpr std::array kRows{
         .range = Bounds{0, 15},
         .as = kCode,
         .note = "0 can be read"},
-    Row{.id = gsensor::kSleepRate,
+    Row{.id = 0x14150732,
         .name = "Sleep mode data rate",
         .options = "1=1Hz|2=2Hz|4=4Hz|8=8Hz",
         .offered = "1|2|4|8",
         .code = 0x450001,
         .range = Bounds{1, 8},
         .as = kCode},
-    Row{.id = 0x14150740, .offered = kOfferedRanges, .as = kCode, .block = 0x10},
-    Row{.id = gsensor::kRange,
+    Row{.id = kRangeBlock, .offered = kOfferedRanges, .as = kCode, .block = 0x10},
+    Row{.id = 0x14150741,
         .name = "G-range",
         .options = "2=-2~+2G|4=-4~+4G|8=-8~+8G|16=-16~+16G",
         .offered = kOfferedRanges,
@@ -121,10 +126,19 @@ constexpr std::array kPackages{
     Package{.id = gsensor::kSettings, .span = 0x100},
 };
 
-constexpr catalogue::Sheet kSheet{
+}  // namespace
+
+constinit const catalogue::RowTable gsensor::kTable(kRows);
+constinit const catalogue::Ids gsensor::kModes = items_under(kRows, kModeBlock, 0x10);
+constinit const catalogue::Ids gsensor::kOffsets = items_under(kRows, kOffsetBlock, 0x10);
+constinit const catalogue::Ids gsensor::kRates = items_under(kRows, kRateBlock, 0x10);
+constinit const catalogue::Ids gsensor::kRanges = items_under(kRows, kRangeBlock, 0x10);
+constinit const catalogue::Ids gsensor::kReadings = items_under(kRows, kData, 0x100);
+
+constinit const catalogue::Sheet gsensor::kSheet{
     .name = "GSensor",
     .title = "Accelerometer",
-    .id = item_id::kGSensor,
+    .id = gsensor::kFamily,
     .presence_code = *kRows.front().code,
     .rows = kRows,
     .packages = kPackages,
@@ -132,30 +146,8 @@ constexpr catalogue::Sheet kSheet{
         R"(A single read fills the value and still answers `IOT_STATUS_READ_FAILED`: see the
 [host guide](host-guide.md#the-accelerometers-status).)"};
 
-}  // namespace
-
-const catalogue::Sheet& gsensor::sheet() {
-  return kSheet;
-}
-
 ReadEntry Device_GSensor::get_func = nullptr;
 WriteEntry Device_GSensor::set_func = nullptr;
-
-StringMap Device_GSensor::init_device_name_map() {
-  return catalogue::name_map(kRows);
-}
-StringMap Device_GSensor::init_unit_map() {
-  return catalogue::unit_map(kRows);
-}
-StringMap Device_GSensor::init_desc_map() {
-  return catalogue::option_map(kRows);
-}
-RawMap Device_GSensor::init_kova_id_map() {
-  return catalogue::code_map(kRows);
-}
-RangeMap Device_GSensor::init_bound_map() {
-  return catalogue::bound_map(kRows);
-}
 
 const std::string Device_GSensor::NAME_DEVICE = "GSensor";
 StringMap Device_GSensor::device_name_map = load_time::build(init_device_name_map);

@@ -1,98 +1,28 @@
 // Reads, writes and elements of the power and ignition controller.
 #include "devices/pic/device_pic.h"
 
-#include <algorithm>
-
-#include "devices/pic/pic_items.h"
-#include "framework/element.h"
 #include "framework/item_id.h"
-#include "framework/written_value.h"
 
 namespace {
 
-constexpr unsigned int kVoltsToRaw = 10;
+using catalogue::Kind;
+using catalogue::Row;
 
-double tenths_to_volts(unsigned int raw) {
-  return raw * Device_PIC::FACTOR;
+// All views of a setting have the shape of its current value; so has what the device knows no
+// setting for.
+const Row& setting_row(unsigned int id) {
+  return *pic::kTable.find(pic::kCurrentView + item_id::index(id));
 }
 
-bool is_voltage_setting(unsigned int number) {
-  return number == pic::k12VThreshold || number == pic::k24VThreshold;
+const Row* row_read(unsigned int id) {
+  return item_id::group(id) == pic::kSettings ? &setting_row(id) : pic::kTable.find(id);
 }
 
-// On/off items, which elements publish as booleans.
-bool is_switch(unsigned int id) {
-  return id == pic::kIgnitionStatus || id == pic::kOutput48V ||
-         (item_id::group(id) == pic::kSettings && item_id::index(id) == pic::kLowVoltageSwitch);
-}
-
-// Only the current values and the defaults of the eleven settings are published.
-bool is_published_setting(unsigned int id) {
-  const unsigned int number = item_id::index(id);
-  const unsigned int view = id - number;
-  return (view == pic::kCurrentView || view == pic::kDefaultView) && number >= 1 &&
-         number <= pic::kSettingCount;
-}
-
-std::string info_text(unsigned int id, unsigned int raw) {
-  switch (id) {
-    case pic::kFirmwareVersion:
-      return "V." + std::to_string(raw & 0xFFU);
-    case pic::kSwitchStatus:
-      return raw != 0 ? "HW mode" : "SW mode";
-    case pic::kVehicleOrPcMode:
-      return raw != 0 ? "PC mode" : "Vehicle mode";
-    case pic::kBatteryType:
-      return raw == 0 ? "ERR" : raw == 1 ? "12V" : "24V";
-    default:
-      return "";  // not reached: no other item is read with the group
-  }
-}
-
-std::uint32_t setting_word(unsigned int number, const json_t* value) {
-  if (number == pic::kLowVoltageSwitch) {
-    return switch_word(value);
-  }
-  return is_voltage_setting(number) ? scaled_word(value, kVoltsToRaw) : integer_word(value);
-}
-
-// How an item is shown: access mode and user-interface hint. Defaults are "w", not "r": hosts
-// offer them as values to write back.
-struct Presentation {
-  const char* access;
-  const char* ui;
-};
-
-Presentation presentation(unsigned int id) {
-  const unsigned int number = item_id::index(id);
-  if (item_id::group(id) != pic::kSettings) {
-    return {.access = "r", .ui = "label"};
-  }
-  if (id - number == pic::kDefaultView) {
-    return {.access = "w", .ui = "label"};
-  }
-  if (number == pic::kBatteryTypeChoice) {
-    return {.access = "rw", .ui = "combobox"};
-  }
-  return {.access = "rw", .ui = number == pic::kLowVoltageSwitch ? "checkbox" : "textbox"};
-}
-
-void make_element(unsigned int id, const void* value, json_t** out) {
-  const std::string& name = Device_PIC::device_name_map[id];
-  const auto [access, ui] = presentation(id);
-  if (item_id::group(id) == pic::kInformation) {
-    const auto& text = *static_cast<const std::string*>(value);
-    IoTJsonUtility::create_json_element(name, id, text, access, ui, out);
-    return;
-  }
-  const unsigned int raw = *static_cast<const unsigned int*>(value);
-  if (is_switch(id)) {
-    IoTJsonUtility::create_json_element(name, id, raw != 0, access, ui, out);
-  } else if (Device_PIC::is_transfer_volt(id)) {
-    IoTJsonUtility::create_json_element(name, id, tenths_to_volts(raw), access, ui, out);
-  } else {
-    IoTJsonUtility::create_json_element(name, id, static_cast<int>(raw), access, ui, out);
-  }
+// Of the settings only the current values and the defaults are published.
+const Row* row_shown(unsigned int id) {
+  const Row* row = pic::kTable.find(id);
+  const bool hidden = row != nullptr && item_id::group(id) == pic::kSettings && !is_published(*row);
+  return hidden ? nullptr : row;
 }
 
 }  // namespace
@@ -103,45 +33,13 @@ Device_PIC::Device_PIC() {
   }
 }
 
-Status Device_PIC::get_string_from_map(const StringMap& map, unsigned int id, std::string* out) {
-  return catalogue::get_string_from_map(map, id, out);
-}
-
-std::string Device_PIC::get_name_by_id(unsigned int id) {
-  return catalogue::text_by_id(device_name_map, id);
-}
-
-std::string Device_PIC::get_unit_by_id(unsigned int id) {
-  return catalogue::text_by_id(unit_map, id);
-}
-
-std::string Device_PIC::get_desc_by_id(unsigned int id) {
-  return catalogue::text_by_id(desc_map, id);
-}
-
-Range Device_PIC::get_range_by_id(unsigned int id) {
-  return catalogue::range_by_id(bound_map, id);
-}
-
-bool Device_PIC::is_available() {
-  return catalogue::is_available(get_func, kova_id_map, pic::kPresence);
-}
-
-Status Device_PIC::get_value_by_id(unsigned int id, unsigned int* value) {
-  return catalogue::read_raw(get_func, kova_id_map, id, value);
-}
-
-void Device_PIC::get_raw_values(unsigned int first, unsigned int end, RawMap* out) {
-  catalogue::read_raw_range(get_func, kova_id_map, pic::kPresence, first, end, out);
-}
-
 void Device_PIC::update_bound_map_by_id(unsigned int id, double min, double max) {
   catalogue::update_range(bound_map, id, min, max);
 }
 
 bool Device_PIC::is_transfer_volt(unsigned int id) {
-  return item_id::group(id) == pic::kSettings ? is_voltage_setting(item_id::index(id))
-                                              : id == pic::kPowerInput;
+  const Row* row = row_read(id);
+  return row != nullptr && row->as.kind == Kind::kReal;
 }
 
 void Device_PIC::update_bound_map() {
@@ -149,20 +47,8 @@ void Device_PIC::update_bound_map() {
     return;
   }
   try {
-    for (unsigned int n = 1; n <= pic::kSettingCount; ++n) {
-      unsigned int minimum = 0;
-      unsigned int maximum = 0;
-      const Status minimum_status = get_value_by_id(pic::kMinimumView + n, &minimum);
-      const Status maximum_status = get_value_by_id(pic::kMaximumView + n, &maximum);
-      if (minimum_status != IOT_STATUS_SUCCESS || maximum_status != IOT_STATUS_SUCCESS) {
-        continue;
-      }
-      const bool volts = is_voltage_setting(n);
-      const double min = volts ? tenths_to_volts(minimum) : minimum;
-      const double max = volts ? tenths_to_volts(maximum) : maximum;
-      for (const unsigned int view : {pic::kDefaultView, pic::kCurrentView, pic::kWriteView}) {
-        update_bound_map_by_id(view + n, min, max);
-      }
+    for (unsigned int id = pic::kCurrentValues.first; id < pic::kCurrentValues.end; ++id) {
+      update_bounds_of(item_id::index(id));
     }
   } catch (...) {
     // Memory ran out: the ranges not yet refreshed keep their defaults, which are good enough to
@@ -170,66 +56,35 @@ void Device_PIC::update_bound_map() {
   }
 }
 
+void Device_PIC::update_bounds_of(unsigned int setting) {
+  unsigned int minimum = 0;
+  unsigned int maximum = 0;
+  const Status minimum_status = get_value_by_id(pic::kMinimumView + setting, &minimum);
+  const Status maximum_status = get_value_by_id(pic::kMaximumView + setting, &maximum);
+  if (minimum_status != IOT_STATUS_SUCCESS || maximum_status != IOT_STATUS_SUCCESS) {
+    return;
+  }
+  const double unit = setting_row(setting).as.scale;
+  for (const unsigned int view : {pic::kDefaultView, pic::kCurrentView, pic::kWriteView}) {
+    update_bound_map_by_id(view + setting, minimum * unit, maximum * unit);
+  }
+}
+
 Status Device_PIC::get_info_to_map(StringMap* out) {
-  return catalogue::read_texts(get_func, kova_id_map, pic::kPresence, pic::kFirmwareVersion,
-                               pic::kBatteryType + 1, info_text, out);
+  return read_texts(out);
 }
 
 Status Device_PIC::get_value_by_id(unsigned int id, json_t* value) {
-  if (!is_available()) {
-    return IOT_STATUS_NOT_READY;
-  }
-  const unsigned int group = item_id::group(id);
-  if (group == pic::kInformation) {
-    StringMap texts;
-    if (const Status status = get_info_to_map(&texts); status != IOT_STATUS_SUCCESS) {
-      return status;
-    }
-    return publish_text(texts, id, value);
-  }
-  if (group != pic::kSettings && group != pic::kStatus) {
-    return IOT_STATUS_UNSUPPORTED;
-  }
-  unsigned int raw = 0;
-  if (const Status status = get_value_by_id(id, &raw); status != IOT_STATUS_SUCCESS) {
-    return status;
-  }
-  if (is_transfer_volt(id)) {
-    json_real_set(value, tenths_to_volts(raw));
-  } else {
-    json_integer_set(value, raw);
-  }
-  return IOT_STATUS_SUCCESS;
+  return read_item(row_read(id), id, value);
 }
 
 Status Device_PIC::set_value_by_id(unsigned int id, json_t* value) {
-  if (set_func == nullptr) {
-    return IOT_STATUS_NOT_READY;
-  }
-  if (!json_is_number(value)) {
-    return IOT_STATUS_INVALID_PARAMETER;
-  }
-  if (item_id::group(id) != pic::kSettings) {
-    return IOT_STATUS_UNSUPPORTED;
-  }
-  const unsigned int number = item_id::index(id);
-  const unsigned int code = kova_id_map[pic::kWriteView + number];
-  return set_func(code, setting_word(number, value)) == 0 ? IOT_STATUS_SUCCESS
-                                                          : IOT_STATUS_WRITE_FAILED;
+  return catalogue::write_item(set_func, kova_id_map, item_id::group(id) == pic::kSettings,
+                               pic::kWriteView + item_id::index(id), setting_row(id).as, value);
 }
 
 Status Device_PIC::create_json_element(unsigned int id, void* value, json_t** out) {
-  return build_element(out, [&] {
-    const unsigned int group = item_id::group(id);
-    if (group == pic::kInformation || group == pic::kStatus || is_published_setting(id)) {
-      make_element(id, value, out);
-    }
-    const bool offers_choice = id == pic::kCurrentView + pic::kBatteryTypeChoice;
-    return end_element(out, {.options = offers_choice ? "0|1|2" : "",
-                             .range = get_range_by_id(id),
-                             .description = get_desc_by_id(id),
-                             .unit = get_unit_by_id(id)});
-  });
+  return create_element(row_shown(id), id, value, out);
 }
 
 StringMap Device_PIC::get_info_map() {
@@ -261,13 +116,13 @@ void Device_PIC::update_info() {
 }
 
 void Device_PIC::update_status() {
-  get_raw_values(pic::kIgnitionStatus, pic::kStatusEnd, &status_);
+  get_raw_values(pic::kStatusItems, &status_);
 }
 
 void Device_PIC::update_defaults() {
-  get_raw_values(pic::kDefaultView + 1, pic::kDefaultView + pic::kSettingCount + 1, &defaults_);
+  get_raw_values(pic::kDefaults, &defaults_);
 }
 
 void Device_PIC::update_settings() {
-  get_raw_values(pic::kCurrentView + 1, pic::kCurrentView + pic::kSettingCount + 1, &settings_);
+  get_raw_values(pic::kCurrentValues, &settings_);
 }

@@ -6,16 +6,21 @@
 
 #include <string>
 
-#include "framework/catalogue.h"
-#include "framework/device_library.h"
-#include "framework/status.h"
+#include "devices/pic/pic_items.h"
+#include "framework/map_family.h"
 
 /// Groups: information 0x14160601.. (texts), settings 0x14160711.. (writable), their factory
 /// defaults 0x14160721.., real-time status 0x14160801... A setting n (1..11) stands in five views:
 /// current 0x1416071n, default 0x1416072n, write target 0x1416073n, and the minimum 0x1416074n and
 /// maximum 0x1416075n that the device reports.
-class Device_PIC {
+class Device_PIC : public catalogue::MapFamily<Device_PIC> {
  public:
+  static constexpr unsigned int kFamily = pic::kFamily;
+  static constexpr unsigned int kPresence = pic::kPresence;
+  static constexpr const catalogue::Ids& kTexts = pic::kTexts;
+  static const catalogue::RowTable& table() { return pic::kTable; }
+  static const catalogue::Sheet& sheet() { return pic::kSheet; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static WriteEntry set_func;
   static constexpr double FACTOR = 0.1;  ///< one raw voltage unit in volts
@@ -27,24 +32,12 @@ class Device_PIC {
   static RawMap kova_id_map;
   static RangeMap bound_map;  ///< the settings' ranges become the device's own at construction
 
-  static StringMap init_device_name_map();
-  static StringMap init_unit_map();
-  static StringMap init_desc_map();
-  static RawMap init_kova_id_map();
-  static RangeMap init_bound_map();
-
   /// Takes the settings' ranges from the device, when there is a read entry.
   Device_PIC();
 
-  // The common lookups and raw reads, over this family's maps.
-  static Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out);
-  static std::string get_name_by_id(unsigned int id);
-  static std::string get_unit_by_id(unsigned int id);
-  static std::string get_desc_by_id(unsigned int id);
-  static Range get_range_by_id(unsigned int id);
-  static bool is_available();
-  static Status get_value_by_id(unsigned int id, unsigned int* value);
-  static void get_raw_values(unsigned int first, unsigned int end, RawMap* out);
+  using MapFamily::get_value_by_id;
+
+  /// Replaces both ends of an item's range, or makes it.
   static void update_bound_map_by_id(unsigned int id, double min, double max);
 
   /// True for items whose raw value is in tenths of a volt: settings 6 and 7 in every view, and
@@ -85,7 +78,18 @@ class Device_PIC {
   void update_defaults();
   void update_settings();
 
+  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
+  template <typename Visit>
+  void visit_packages(const Visit& visit) {
+    visit(pic::kInformation, get_info_map());
+    visit(pic::kDefaultView, get_defaults_map());
+    visit(pic::kCurrentView, get_settings_map());
+    visit(pic::kStatus, get_status_map());
+  }
+
  private:
+  static void update_bounds_of(unsigned int setting);
+
   StringMap info_;
   RawMap status_;
   RawMap defaults_;

@@ -80,7 +80,7 @@ constexpr std::array kFixedRows{
         .as = kStateText,
         .text = battery_type,
         .note = kLabel},
-    Row{.id = pic::kCurrentView, .name = "Settings"},
+    Row{.id = pic::kCurrentView, .name = "Settings", .as = kSettingNumber, .block = 0x10},
     Row{.id = pic::kDefaultView, .name = "Default settings"},
     Row{.id = pic::kStatus, .name = "Real-time status", .as = kNumber, .block = 0x100},
     Row{.id = 0x14160801,
@@ -244,10 +244,18 @@ constexpr std::array kPackages{
     Package{.id = pic::kStatus, .span = 0x100},
 };
 
-constexpr catalogue::Sheet kSheet{
+}  // namespace
+
+constinit const catalogue::RowTable pic::kTable(kRows);
+constinit const catalogue::Ids pic::kTexts = items_under(kRows, kInformation, 0x100);
+constinit const catalogue::Ids pic::kCurrentValues = items_under(kRows, kCurrentView, 0x10);
+constinit const catalogue::Ids pic::kDefaults = items_under(kRows, kDefaultView, 0x10);
+constinit const catalogue::Ids pic::kStatusItems = items_under(kRows, kStatus, 0x100);
+
+constinit const catalogue::Sheet pic::kSheet{
     .name = "PIC",
     .title = "Power and ignition controller",
-    .id = item_id::kPic,
+    .id = pic::kFamily,
     .presence_code = *kRows.front().code,
     .rows = kRows,
     .packages = kPackages,
@@ -256,30 +264,8 @@ constexpr catalogue::Sheet kSheet{
 `0x6B0000` + n - 1 (minimum) and `0x6C0000` + n - 1 (maximum); the ranges below stand where it does
 not. Factory defaults cannot be changed: a write to one sets the setting of that name.)"};
 
-}  // namespace
-
-const catalogue::Sheet& pic::sheet() {
-  return kSheet;
-}
-
 ReadEntry Device_PIC::get_func = nullptr;
 WriteEntry Device_PIC::set_func = nullptr;
-
-StringMap Device_PIC::init_device_name_map() {
-  return catalogue::name_map(kRows);
-}
-StringMap Device_PIC::init_unit_map() {
-  return catalogue::unit_map(kRows);
-}
-StringMap Device_PIC::init_desc_map() {
-  return catalogue::option_map(kRows);
-}
-RawMap Device_PIC::init_kova_id_map() {
-  return catalogue::code_map(kRows);
-}
-RangeMap Device_PIC::init_bound_map() {
-  return catalogue::bound_map(kRows);
-}
 
 const std::string Device_PIC::NAME_DEVICE = "PIC";
 StringMap Device_PIC::device_name_map = load_time::build(init_device_name_map);

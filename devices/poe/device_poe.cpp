@@ -61,19 +61,6 @@ constexpr std::array kRows{
 constexpr std::array kPortCounts{Count{.code = 0x260007, .count = 8},
                                  Count{.code = 0x260003, .count = 4}};
 
-constexpr catalogue::Sheet kSheet{.name = "PoE",
-                                  .title = "PoE ports",
-                                  .id = item_id::kPoE,
-                                  .presence_code = kPresenceCode,
-                                  .rows = kRows,
-                                  .instances = catalogue::Instances{.word = "port",
-                                                                    .max = 8,
-                                                                    .code_step = 1,
-                                                                    .package_name = "PoE {n}",
-                                                                    .item_prefix = "PoE {n} ",
-                                                                    .in_row_order = true,
-                                                                    .counted_by = kPortCounts}};
-
 // The rows by bits 11..8 of the ID, in which the kinds differ.
 constexpr unsigned int place_of(unsigned int id) {
   return (id >> 8) & 0xFU;
@@ -101,11 +88,11 @@ const Row* published_kind_of(unsigned int id) {
 
 // And of a numbered port: headings (port 0) have neither unit nor range nor options.
 const Row* port_kind_of(unsigned int id) {
-  return item_id::unit_number(id) != 0 ? published_kind_of(id) : nullptr;
+  return item_id::instance(id) != 0 ? published_kind_of(id) : nullptr;
 }
 
 unsigned int code_of(const Row& kind, unsigned int id) {
-  return *kind.code - 1 + item_id::unit_number(id);
+  return *kind.code - 1 + item_id::instance(id);
 }
 
 void make_element(unsigned int id, const void* data, json_t** out) {
@@ -137,9 +124,19 @@ ReadEntry Device_PoE::get_func = nullptr;
 WriteEntry Device_PoE::set_func = nullptr;
 const std::string Device_PoE::NAME_DEVICE = "PoE";
 
-const catalogue::Sheet& poe::sheet() {
-  return kSheet;
-}
+constinit const catalogue::Sheet poe::kSheet{
+    .name = "PoE",
+    .title = "PoE ports",
+    .id = poe::kFamily,
+    .presence_code = kPresenceCode,
+    .rows = kRows,
+    .instances = catalogue::Instances{.word = "port",
+                                      .max = 8,
+                                      .code_step = 1,
+                                      .package_name = "PoE {n}",
+                                      .item_prefix = "PoE {n} ",
+                                      .in_row_order = true,
+                                      .counted_by = kPortCounts}};
 
 Device_PoE::Device_PoE() : port_count_(getPortNumber()) {}
 
@@ -184,7 +181,7 @@ std::string Device_PoE::get_name_by_id(unsigned int id) {
   if (kind == nullptr) {
     return "";
   }
-  const unsigned int port = item_id::unit_number(id);
+  const unsigned int port = item_id::instance(id);
   return "PoE " + (port != 0 ? std::to_string(port) + " " : "") + std::string(kind->name);
 }
 

@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 
+#include "devices/poe/poe_items.h"
 #include "framework/catalogue.h"
 #include "framework/device_library.h"
 #include "framework/status.h"
@@ -15,6 +16,9 @@
 /// voltage (0x0200, volts) and current (0x0400, published as "mA").
 class Device_PoE {
  public:
+  static constexpr unsigned int kFamily = poe::kFamily;
+  static const catalogue::Sheet& sheet() { return poe::kSheet; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static WriteEntry set_func;
   static const std::string NAME_DEVICE;

@@ -1,24 +1,7 @@
 // The smart-battery adapter: the decoder's texts as a map, single values and elements.
 #include "devices/sbattery/device_sbattery.h"
 
-#include <utility>
-
 #include "devices/sbattery/sbattery_func.h"
-#include "devices/sbattery/sbattery_items.h"
-#include "framework/item_id.h"
-#include "framework/text_item.h"
-
-namespace {
-
-text_item::Family items() {
-  return {.family_id = item_id::kSmartBattery,
-          .rows = sbattery::rows(),
-          .names = Device_SBATTERY::device_name_map,
-          .units = Device_SBATTERY::unit_map,
-          .bounds = Device_SBATTERY::bound_map};
-}
-
-}  // namespace
 
 Device_SBATTERY::Device_SBATTERY() : decoder_(std::make_unique<SBatteryFunc>(get_func)) {
   init_device_name_map();
@@ -34,7 +17,7 @@ bool Device_SBATTERY::is_available() const {
 
 Status Device_SBATTERY::update_info() {
   Status status = IOT_STATUS_SUCCESS;
-  for (const catalogue::Row& row : sbattery::rows()) {
+  for (const catalogue::Row& row : sheet().rows) {
     status = get_info_to_map_single(&info_, row.id);
   }
   return status;
@@ -47,44 +30,9 @@ StringMap Device_SBATTERY::get_info_map() {
 }
 
 Status Device_SBATTERY::get_info_to_map_single(StringMap* map, const unsigned int& id) const {
-  std::string text;
-  const Status status = decoder_->GetBatteryInfo(id, text);
-  map->emplace(id, status == IOT_STATUS_SUCCESS ? std::move(text) : text_item::kNotAvailable);
-  return status;
+  return text_item::add_text(items(), decoder_->device(), id, map);
 }
 
 Status Device_SBATTERY::get_value_by_id(const unsigned int& id, json_t* value) const {
-  if (!is_available()) {
-    return IOT_STATUS_NOT_READY;
-  }
-  if (item_id::family(id) != item_id::kSmartBattery) {
-    return IOT_STATUS_READ_FAILED;
-  }
-  std::string text;
-  const Status status = decoder_->GetBatteryInfo(item_id::group(id), text);
-  if (status == IOT_STATUS_SUCCESS) {
-    text_item::set_value(items(), id, text, value);
-  }
-  return status;
-}
-
-Status Device_SBATTERY::create_json_element(const unsigned int& id, void* data, json_t** out) {
-  return text_item::create_element(items(), id, static_cast<const std::string*>(data), out);
-}
-
-std::string Device_SBATTERY::get_name_by_id(const unsigned int& id) {
-  return catalogue::text_by_id(device_name_map, id);
-}
-
-std::string Device_SBATTERY::get_unit_by_id(const unsigned int& id) {
-  return catalogue::text_by_id(unit_map, id);
-}
-
-Range Device_SBATTERY::get_range_by_id(const unsigned int& id) {
-  return catalogue::range_by_id(bound_map, id);
-}
-
-Status Device_SBATTERY::get_string_from_map(const StringMap& map, unsigned int id,
-                                            std::string* out) {
-  return catalogue::get_string_from_map(map, id, out);
+  return read_item(is_available(), decoder_->device(), id, value);
 }

@@ -7,16 +7,21 @@
 #include <memory>
 #include <string>
 
+#include "devices/sbattery/sbattery_items.h"
 #include "framework/catalogue.h"
 #include "framework/device_library.h"
 #include "framework/status.h"
+#include "framework/text_family.h"
 
 class SBatteryFunc;
 
 /// An item ID is 0x1419ss00 with the field's selector ss. There is one battery: bits 7..0 are
 /// ignored by single reads and elements.
-class Device_SBATTERY {
+class Device_SBATTERY : public text_item::TextFamily<Device_SBATTERY, const unsigned int&> {
  public:
+  static constexpr unsigned int kFamily = sbattery::kFamily;
+  static const text_item::Family& items() { return sbattery::kItems; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static StringMap device_name_map;
   static StringMap unit_map;
@@ -44,6 +49,12 @@ class Device_SBATTERY {
   /// be read is "N/A".
   StringMap get_info_map();
 
+  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
+  template <typename Visit>
+  void visit_packages(const Visit& visit) {
+    visit(kFamily, get_info_map());
+  }
+
   /// Adds one field to `*map`, "N/A" when it cannot be read; an entry already there stays. The
   /// decoder's status.
   Status get_info_to_map_single(StringMap* map, const unsigned int& id) const;
@@ -55,18 +66,6 @@ class Device_SBATTERY {
   /// IOT_STATUS_READ_FAILED for another family's ID, IOT_STATUS_NOT_FOUND for a time that does not
   /// apply, or the device library's code. A field that does not exist reads as "N/A".
   Status get_value_by_id(const unsigned int& id, json_t* value) const;
-
-  /// Makes the element of an item. `data` points at a std::string, the item's decoded text; a
-  /// numeric item whose text is no number is published as 0. `*out` receives the caller's
-  /// reference, or null with IOT_STATUS_JSON_ERROR (another family's ID, text that is not UTF-8)
-  /// or IOT_STATUS_NOT_READY (memory ran out).
-  static Status create_json_element(const unsigned int& id, void* data, json_t** out);
-
-  /// Lookups by item ID with bits 7..0 clear.
-  static std::string get_name_by_id(const unsigned int& id);
-  static std::string get_unit_by_id(const unsigned int& id);
-  static Range get_range_by_id(const unsigned int& id);
-  static Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out);
 
  private:
   std::unique_ptr<SBatteryFunc> decoder_;

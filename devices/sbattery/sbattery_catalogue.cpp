@@ -1,10 +1,13 @@
-// Catalogue of the battery: the fields with their names, units, ranges and JSON kinds, and the
-// class-static maps made from them.
+// The battery's fields: the register that each is read from, how its words become its text, and
+// what hosts see of it. The commands are those of the Smart Battery Data Specification, revision
+// 1.1, except the presence probe, the manufacturer name (four characters a read, where the standard
+// has one block) and the gauge's own state of health.
 #include <array>
 
 #include "devices/sbattery/device_sbattery.h"
 #include "devices/sbattery/sbattery_items.h"
-#include "framework/item_id.h"
+#include "framework/text_item.h"
+#include "framework/text_number.h"
 
 namespace {
 
@@ -17,6 +20,69 @@ using catalogue::Shape;
 using catalogue::Word;
 
 constexpr unsigned int kCurrentCode = 0xB0000A;
+
+constexpr unsigned int kDischarging = 0x0040;       // of BatteryStatus
+constexpr unsigned int kErrorCode = 0x000F;         // of BatteryStatus
+constexpr unsigned int kTimeNotApplicable = 65535;  // of the average times
+
+// From the year down; years count from 1980.
+std::string date(unsigned int word) {
+  return To_String((word >> 9) + 1980U) + '/' + To_String((word >> 5) & 0xFU) + '/' +
+         To_String(word & 0x1FU);
+}
+
+std::string serial_number(unsigned int word) {
+  std::string digits = hexadecimal(word, 4);
+  for (char& digit : digits) {
+    digit = digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit;
+  }
+  return "0x" + digits;
+}
+
+std::string error_code(unsigned int battery_status) {
+  return "0x" + hexadecimal(battery_status & kErrorCode);
+}
+
+Status charging_state(const Row& row, const WordReader& device, std::string& out) {
+  unsigned int word = 0;
+  if (const Status status = device.read(*row.asks_first, &word); status != IOT_STATUS_SUCCESS) {
+    return status;
+  }
+  if ((word & 0xFFFFU) == 0) {
+    out = "AC Power";  // nothing flows: the machine runs on external power
+    return IOT_STATUS_SUCCESS;
+  }
+  // Into the variable of the current, which stands for a status that is not stored.
+  const Status status = device.read(*row.code, &word);
+  if (status == IOT_STATUS_SUCCESS) {
+    out = (word & kDischarging) != 0 ? "Discharging" : "Charging";
+  }
+  return status;
+}
+
+Status manufacturer_name(const Row& row, const WordReader& device, std::string& out) {
+  out.reserve(out.size() + row.words * sizeof *row.code);
+  return device.append_words(*row.code, *row.code + row.words - 1, 0, out);
+}
+
+Status average_time(const Row& row, const WordReader& device, std::string& out) {
+  unsigned int current = 0;
+  const Status current_status = device.read(*row.asks_first, &current);
+  // An unreadable current does not tell that the battery is idle.
+  if (current_status == IOT_STATUS_SUCCESS && current == 0) {
+    return IOT_STATUS_NOT_FOUND;
+  }
+  unsigned int minutes = 0;
+  const Status status = device.read(*row.code, &minutes);
+  if (status != IOT_STATUS_SUCCESS) {
+    return status;
+  }
+  if (minutes == kTimeNotApplicable) {
+    return IOT_STATUS_NOT_FOUND;
+  }
+  out = To_String(minutes / 60U) + " h " + To_String(minutes % 60U) + " m";
+  return IOT_STATUS_SUCCESS;
+}
 
 constexpr Shape kIdentityText{.role = Role::kIdentity, .kind = Kind::kText};
 constexpr Shape kStateText{.role = Role::kState, .kind = Kind::kText};
@@ -46,22 +112,26 @@ constexpr std::array kRows{
         .code = 0xB00016,
         .asks_first = kCurrentCode,
         .as = kStateText,
+        .decode = charging_state,
         .note = "AC Power while no current flows, else Charging or Discharging"},
     Row{.id = sbattery::kManufacturerName,
         .name = "Manufacturer Name",
         .code = 0xB00024,
         .words = 5,
         .as = kIdentityText,
+        .decode = manufacturer_name,
         .note = "20 characters, trailing blanks included"},
     Row{.id = sbattery::kManufacturerDate,
         .name = "Manufacturer Date",
         .code = 0xB0001B,
         .as = kIdentityText,
+        .text = date,
         .note = "year/month/day: 2025/1/31"},
     Row{.id = sbattery::kSerialNumber,
         .name = "Serial Number",
         .code = 0xB0001C,
         .as = kIdentityText,
+        .text = serial_number,
         .is_private = true,
         .note = "four hexadecimal digits: 0x0012"},
     Row{.id = sbattery::kDesignVoltage,
@@ -126,6 +196,7 @@ constexpr std::array kRows{
         .asks_first = kCurrentCode,
         .range = kWord,
         .as = kReadingText,
+        .decode = average_time,
         .note = kTimeNote},
     Row{.id = sbattery::kAverageTimeToFull,
         .name = "Average Time To Full",
@@ -134,6 +205,7 @@ constexpr std::array kRows{
         .asks_first = kCurrentCode,
         .range = kWord,
         .as = kReadingText,
+        .decode = average_time,
         .note = kTimeNote},
     Row{.id = sbattery::kCycleCount,
         .name = "CycleCount",
@@ -152,23 +224,11 @@ constexpr std::array kRows{
         .name = "ErrorCodes",
         .code = 0xB00016,
         .as = kStateText,
+        .text = error_code,
         .note = "error bits 3..0 of BatteryStatus: 0x7"},
 };
 
-constexpr std::array kPackages{Package{.id = item_id::kSmartBattery, .span = 0x10000}};
-
-constexpr catalogue::Sheet kSheet{
-    .name = "SMART BATTERY",
-    .title = "Smart battery",
-    .id = item_id::kSmartBattery,
-    .presence_code = 0xB00000,
-    .present_when_readable = true,
-    .rows = kRows,
-    .packages = kPackages,
-    .note =
-        R"(A field that cannot be read is "N/A" in the document, or 0 where it is a number. Codes are `0xB00000`
-and the Smart Battery Data command, except those of the manufacturer's name and the state of
-health.)"};
+constexpr std::array kPackages{Package{.id = sbattery::kFamily, .span = 0x10000}};
 
 void assign_each(const StringMap& from, StringMap* to) {
   for (const auto& [id, text] : from) {
@@ -183,13 +243,25 @@ StringMap Device_SBATTERY::device_name_map;
 StringMap Device_SBATTERY::unit_map;
 RangeMap Device_SBATTERY::bound_map;
 
-const catalogue::Sheet& sbattery::sheet() {
-  return kSheet;
-}
+constinit const catalogue::Sheet sbattery::kSheet{
+    .name = "SMART BATTERY",
+    .title = "Smart battery",
+    .id = sbattery::kFamily,
+    .presence_code = 0xB00000,
+    .present_when_readable = true,
+    .rows = kRows,
+    .packages = kPackages,
+    .note =
+        R"(A field that cannot be read is "N/A" in the document, or 0 where it is a number. Codes are `0xB00000`
+and the Smart Battery Data command, except those of the manufacturer's name and the state of
+health.)"};
 
-std::span<const Row> sbattery::rows() {
-  return kRows;
-}
+constinit const text_item::Family sbattery::kItems{.sheet = sbattery::kSheet,
+                                                   .places = text_item::places_of(kRows),
+                                                   .no_such_field = IOT_STATUS_SUCCESS,
+                                                   .names = Device_SBATTERY::device_name_map,
+                                                   .units = Device_SBATTERY::unit_map,
+                                                   .bounds = Device_SBATTERY::bound_map};
 
 void Device_SBATTERY::init_device_name_map() {
   assign_each(catalogue::name_map(kRows), &device_name_map);

@@ -1,11 +1,11 @@
-// Item IDs of the battery's fields, and the catalogue as the adapter walks it.
+// Item IDs of the battery's fields, and its sheet.
 #pragma once
 
-#include <span>
-
-#include "framework/catalogue.h"
+#include "framework/text_item.h"
 
 namespace sbattery {
+
+inline constexpr unsigned int kFamily = 0x14190000;
 
 inline constexpr unsigned int kBatteryStatus = 0x14190100;
 inline constexpr unsigned int kManufacturerName = 0x14190200;
@@ -26,9 +26,8 @@ inline constexpr unsigned int kCycleCount = 0x14191000;
 inline constexpr unsigned int kTemperature = 0x14191100;
 inline constexpr unsigned int kErrorCodes = 0x14191200;
 
-/// All fields, in the order in which they are read.
-std::span<const catalogue::Row> rows();
+extern const catalogue::Sheet kSheet;
 
-const catalogue::Sheet& sheet();
+extern const text_item::Family kItems;
 
 }  // namespace sbattery

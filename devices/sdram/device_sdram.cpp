@@ -1,24 +1,8 @@
 // The memory-module adapter: the decoder's texts as maps, single values and elements.
 #include "devices/sdram/device_sdram.h"
 
-#include <utility>
-
 #include "devices/sdram/sdram_func.h"
-#include "devices/sdram/sdram_items.h"
 #include "framework/item_id.h"
-#include "framework/text_item.h"
-
-namespace {
-
-text_item::Family items() {
-  return {.family_id = item_id::kSdram,
-          .rows = sdram::rows(),
-          .names = Device_SDRAM::device_name_map,
-          .units = Device_SDRAM::unit_map,
-          .bounds = Device_SDRAM::bound_map};
-}
-
-}  // namespace
 
 Device_SDRAM::Device_SDRAM() : decoder_(std::make_unique<SdRamFunc>(get_func)) {}
 
@@ -43,7 +27,7 @@ StringMap Device_SDRAM::get_info_map(const unsigned int& module) {
 }
 
 Status Device_SDRAM::get_info_to_map(StringMap* map, const unsigned int& module) const {
-  for (const catalogue::Row& row : sdram::rows()) {
+  for (const catalogue::Row& row : sheet().rows) {
     get_info_to_map_single(map, module, row.id);
   }
   return IOT_STATUS_SUCCESS;
@@ -51,45 +35,10 @@ Status Device_SDRAM::get_info_to_map(StringMap* map, const unsigned int& module)
 
 Status Device_SDRAM::get_info_to_map_single(StringMap* map, const unsigned int& module,
                                             const unsigned int& info_id) const {
-  std::string text;
-  const Status status = decoder_->GetRamIndexInfo(module, info_id, text);
-  map->emplace(info_id, status == IOT_STATUS_SUCCESS ? std::move(text) : text_item::kNotAvailable);
-  return status;
+  return text_item::add_text(items(), decoder_->device(module), info_id, map);
 }
 
 Status Device_SDRAM::get_value_by_id(unsigned int id, json_t* value) const {
-  if (!is_available()) {
-    return IOT_STATUS_NOT_READY;
-  }
-  if (item_id::family(id) != item_id::kSdram) {
-    return IOT_STATUS_READ_FAILED;
-  }
   // Module number 0 wraps to an index whose low four bits name module 15.
-  const unsigned int module = item_id::unit_number(id) - 1;
-  std::string text;
-  const Status status = decoder_->GetRamIndexInfo(module, item_id::group(id), text);
-  if (status == IOT_STATUS_SUCCESS) {
-    text_item::set_value(items(), id, text, value);
-  }
-  return status;
-}
-
-Status Device_SDRAM::create_json_element(unsigned int id, void* data, json_t** out) {
-  return text_item::create_element(items(), id, static_cast<const std::string*>(data), out);
-}
-
-std::string Device_SDRAM::get_name_by_id(unsigned int id) {
-  return catalogue::text_by_id(device_name_map, id);
-}
-
-std::string Device_SDRAM::get_unit_by_id(unsigned int id) {
-  return catalogue::text_by_id(unit_map, id);
-}
-
-Range Device_SDRAM::get_range_by_id(const unsigned int& id) {
-  return catalogue::range_by_id(bound_map, id);
-}
-
-Status Device_SDRAM::get_string_from_map(const StringMap& map, unsigned int id, std::string* out) {
-  return catalogue::get_string_from_map(map, id, out);
+  return read_item(is_available(), decoder_->device(item_id::instance(id) - 1), id, value);
 }

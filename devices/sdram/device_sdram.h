@@ -7,9 +7,11 @@
 #include <memory>
 #include <string>
 
+#include "devices/sdram/sdram_items.h"
 #include "framework/catalogue.h"
 #include "framework/device_library.h"
 #include "framework/status.h"
+#include "framework/text_family.h"
 
 class SdRamFunc;
 
@@ -17,8 +19,11 @@ class SdRamFunc;
 /// info ID is the item ID with mm cleared; the catalogue maps are keyed by it, so that all modules
 /// share names, units and ranges. Module indices count from 0; their low four bits reach the
 /// device library.
-class Device_SDRAM {
+class Device_SDRAM : public text_item::TextFamily<Device_SDRAM, unsigned int> {
  public:
+  static constexpr unsigned int kFamily = sdram::kFamily;
+  static const text_item::Family& items() { return sdram::kItems; }
+
   static ReadEntry get_func;  ///< null until the manager has loaded the device library
   static StringMap device_name_map;
   static StringMap unit_map;
@@ -62,18 +67,6 @@ class Device_SDRAM {
   /// ID, IOT_STATUS_UNDEFINED_ITEM for a field that does not exist, IOT_STATUS_UNSUPPORTED for a
   /// field that the module does not carry, or the device library's code.
   Status get_value_by_id(unsigned int id, json_t* value) const;
-
-  /// Makes the element of an item. `data` points at a std::string, the item's decoded text; a
-  /// numeric item whose text is no number is published as 0. `*out` receives the caller's
-  /// reference, or null with IOT_STATUS_JSON_ERROR (another family's ID, text that is not UTF-8)
-  /// or IOT_STATUS_NOT_READY (memory ran out).
-  static Status create_json_element(unsigned int id, void* data, json_t** out);
-
-  /// Lookups by info ID.
-  static std::string get_name_by_id(unsigned int id);
-  static std::string get_unit_by_id(unsigned int id);
-  static Range get_range_by_id(const unsigned int& id);
-  static Status get_string_from_map(const StringMap& map, unsigned int id, std::string* out);
 
  private:
   StringMap info_;

@@ -1,11 +1,13 @@
-// Info IDs of the memory modules' fields, and the catalogue as the adapter walks it.
+// Info IDs of the memory modules' fields, and their sheet.
 #pragma once
 
-#include <span>
+#include <string_view>
 
-#include "framework/catalogue.h"
+#include "framework/text_item.h"
 
 namespace sdram {
+
+inline constexpr unsigned int kFamily = 0x14180000;
 
 inline constexpr unsigned int kMemoryType = 0x14180100;
 inline constexpr unsigned int kModuleType = 0x14180200;
@@ -22,9 +24,11 @@ inline constexpr unsigned int kDramManufacturer = 0x14180C00;
 inline constexpr unsigned int kPartNumber = 0x14181100;
 inline constexpr unsigned int kSpecificData = 0x14182100;
 
-/// All fields, in the order in which they are read.
-std::span<const catalogue::Row> rows();
+/// How a part number starts whose module carries vendor-specific data.
+inline constexpr std::string_view kOwnSeries = "VLX-";
 
-const catalogue::Sheet& sheet();
+extern const catalogue::Sheet kSheet;
+
+extern const text_item::Family kItems;
 
 }  // namespace sdram

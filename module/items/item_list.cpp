@@ -98,7 +98,7 @@ void check(const Sheet& sheet, const std::vector<Package>& packages) {
 std::string conversion_of(const Row& row) {
   const catalogue::Shape& as = row.as;
   if (as.kind == Kind::kReal && as.offset == 0) {
-    return fmt::format("raw{} × {}", as.word == Word::kSigned ? ", signed," : "", as.scale);
+    return fmt::format("raw{} × {}", as.word == Word::kSigned ? ", signed," : "", step_of(as));
   }
   if (as.word == Word::kLow16Signed) {
     return "low 16 bits of raw, signed";

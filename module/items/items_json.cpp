@@ -124,8 +124,8 @@ void add_range(json_t* item, const Row& row) {
 }
 
 void add_conversion(json_t* item, const Row& row) {
-  if (row.as.scale != 1) {
-    add_number(item, "scale", row.as.scale);
+  if (step_of(row.as) != 1) {
+    add_number(item, "scale", step_of(row.as));
   }
   if (row.as.offset != 0) {
     add_number(item, "offset", row.as.offset);
@@ -254,7 +254,7 @@ json_t* family_of(const Sheet& sheet) {
 std::string items_json() {
   const JsonOwner document(
       json_pack("{s:i, s:s, s:[]}", "format", 1, "release", KOVA_IOT_VERSION, "families"));
-  for (const Sheet* sheet : family_sheets()) {
+  for (const Sheet* sheet : families::sheets()) {
     json_array_append_new(json_object_get(document.get(), "families"), family_of(*sheet));
   }
   const std::unique_ptr<char, decltype(&std::free)> text(

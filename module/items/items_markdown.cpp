@@ -170,7 +170,7 @@ std::string family_of(const Sheet& sheet) {
 
 std::string items_markdown() {
   std::string text(kIntroduction);
-  for (const Sheet* sheet : family_sheets()) {
+  for (const Sheet* sheet : families::sheets()) {
     text += family_of(*sheet);
   }
   return text;

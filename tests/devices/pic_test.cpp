@@ -7,13 +7,7 @@
 
 namespace {
 
-TEST(DevicePIC, CatalogueHasTheItemsOfTheController) {
-  EXPECT_EQ(Device_PIC::init_device_name_map().size(), 39U);
-  EXPECT_EQ(Device_PIC::init_unit_map().size(), 24U);
-  EXPECT_EQ(Device_PIC::init_desc_map().size(), 9U);
-  EXPECT_EQ(Device_PIC::init_kova_id_map().size(), 68U);
-  EXPECT_EQ(Device_PIC::init_bound_map().size(), 44U);
-  // A write target has a range and a code, but neither name nor unit.
+TEST(DevicePIC, AWriteTargetHasARangeAndACodeButNeitherNameNorUnit) {
   EXPECT_EQ(Device_PIC::get_name_by_id(0x14160731), "");
   EXPECT_EQ(Device_PIC::get_unit_by_id(0x14160731), "");
   EXPECT_EQ(Device_PIC::init_bound_map().at(0x14160731), (Range{{MIN, 7.0}, {MAX, 65535.0}}));
@@ -60,26 +54,6 @@ TEST(DevicePIC, RangesBecomeTheDevicesOwnWhereItReportsBothEnds) {
     }
   }
   Device_PIC::bound_map = Device_PIC::init_bound_map();
-}
-
-TEST(DevicePIC, OnlyPublishedItemsMakeElements) {
-  unsigned int raw = 1;
-  for (const unsigned int id : {0x14160731U, 0x14160741U, 0x14160710U, 0x1416071CU, 0x14160001U}) {
-    json_t* element = reinterpret_cast<json_t*>(&raw);
-    EXPECT_EQ(Device_PIC::create_json_element(id, &raw, &element), IOT_STATUS_JSON_ERROR);
-    EXPECT_EQ(element, nullptr) << std::hex << id;
-  }
-}
-
-TEST(DevicePIC, AbsentControllerHasNoItems) {
-  DeviceDouble device;
-  device.values[0x600008] = 0;
-  device.lenient = true;
-  Device_PIC pic;
-  EXPECT_TRUE(pic.get_info_map().empty());
-  EXPECT_TRUE(pic.get_status_map().empty());
-  EXPECT_TRUE(pic.get_settings_map().empty());
-  EXPECT_TRUE(pic.get_defaults_map().empty());
 }
 
 }  // namespace

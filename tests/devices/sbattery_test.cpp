@@ -1,7 +1,8 @@
-// The smart battery: the order of its reads, presence, and its catalogue.
+// The smart battery: the status of a full read, presence, and its catalogue.
 #include <gtest/gtest.h>
 
 #include "devices/sbattery/device_sbattery.h"
+#include "devices/sbattery/sbattery_func.h"
 #include "devices/sbattery/sbattery_items.h"
 #include "tests/support/reference_machine.h"
 
@@ -17,17 +18,6 @@ class BatteryTest : public testing::Test {
   DeviceDouble device_;
   Device_SBATTERY adapter_;
 };
-
-TEST_F(BatteryTest, ReadsTheFieldsInOrder) {
-  EXPECT_EQ(adapter_.get_info_map().size(), 18U);
-  std::vector<std::uint32_t> expected = {0x0A, 0x16, 0x24, 0x25, 0x26, 0x27, 0x28, 0x1B, 0x1C,
-                                         0x19, 0x18, 0x09, 0x0A, 0x0D, 0x0E, 0x4F, 0x10, 0x0F,
-                                         0x0A, 0x12, 0x0A, 0x13, 0x17, 0x08, 0x16};
-  for (std::uint32_t& code : expected) {
-    code += kBase;
-  }
-  EXPECT_EQ(device_.codes_read(), expected);
-}
 
 TEST_F(BatteryTest, ReportsOnlyTheLastFieldOfAFullRead) {
   device_.read_status = {{kBase + 0x09, kOwnCode}};
@@ -45,6 +35,23 @@ TEST_F(BatteryTest, IsPresentWhenTheProbeIsAnswered) {
   EXPECT_EQ(adapter_.get_value_by_id(0x14180101, nullptr), IOT_STATUS_NOT_READY);
   Device_SBATTERY::get_func = nullptr;
   EXPECT_FALSE(Device_SBATTERY().is_available());
+}
+
+// Of -1 mA bit 6 is set, of -200 mA it is not.
+TEST_F(BatteryTest, AStatusThatIsNotStoredIsTheCurrents) {
+  static std::uint32_t current;
+  const SBatteryFunc decoder([](std::uint32_t code, std::uint32_t* word) {
+    *word = code == kBase + 0x0A ? current : *word;
+    return IOT_STATUS_SUCCESS;
+  });
+  const std::pair<std::uint32_t, const char*> cases[] = {
+      {0xFFFF, "Discharging"}, {0xFF38, "Charging"}, {0, "AC Power"}};
+  for (const auto& [word, state] : cases) {
+    current = word;
+    std::string text;
+    EXPECT_EQ(decoder.getBatteryStatus(text), IOT_STATUS_SUCCESS);
+    EXPECT_EQ(text, state) << word;
+  }
 }
 
 TEST_F(BatteryTest, ASecondAdapterKeepsTheCatalogue) {

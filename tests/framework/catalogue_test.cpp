@@ -1,16 +1,10 @@
-// Lookups and raw reads over catalogue maps, and relations that every family's catalogue keeps.
+// Lookups and raw reads over catalogue maps.
 #include "framework/catalogue.h"
 
 #include <gtest/gtest.h>
 
-#include <charconv>
-#include <set>
+#include <array>
 
-#include "devices/addon_board/device_trk7000.h"
-#include "devices/gsensor/device_gsensor.h"
-#include "devices/pic/device_pic.h"
-#include "devices/sbattery/device_sbattery.h"
-#include "devices/sdram/device_sdram.h"
 #include "tests/support/device_double.h"
 
 namespace {
@@ -85,95 +79,34 @@ TEST(Catalogue, BulkReadSkipsWhatFailsAndAsksForPresenceFirst) {
   EXPECT_EQ(out, (RawMap{{99, 99}}));
 }
 
+std::string text_unless_zero(unsigned int word) {
+  return word != 0 ? "text" : "";
+}
+
 TEST(Catalogue, TextsOfInformationItems) {
+  using catalogue::Row;
+  static constexpr catalogue::Shape kText{.role = catalogue::Role::kIdentity,
+                                          .kind = catalogue::Kind::kText};
+  static constexpr std::array kRows{
+      Row{.id = kPresence, .code = 0x600008},
+      Row{.id = kPresence + 1, .code = 0x10, .as = kText, .text = text_unless_zero},
+      Row{.id = kPresence + 2, .code = 0x11, .as = kText, .text = text_unless_zero}};
+  static constexpr catalogue::RowTable kTable(kRows);
+  constexpr catalogue::Ids kTexts{.first = kPresence + 1, .end = kPresence + 3};
   DeviceDouble device;
   device.values = {{0x600008, 1}, {0x10, 1}, {0x11, 0}};
-  RawMap raw_ids{{kPresence, 0x600008}, {1, 0x10}, {2, 0x11}};
-  const auto format = [](unsigned int, unsigned int raw) {
-    return raw != 0 ? std::string("text") : std::string();
-  };
-  const ReadEntry none = nullptr;
-  const ReadEntry entry = &DeviceDouble::get;
+  RawMap codes = catalogue::code_map(kRows);
   StringMap out{{9, "kept"}};
-  EXPECT_EQ(catalogue::read_texts(none, raw_ids, kPresence, 1, 3, format, &out),
-            IOT_STATUS_NOT_READY);
+  const auto read = [&](ReadEntry entry) {
+    return catalogue::read_texts(entry, codes, kTable, kTexts, &out);
+  };
+  EXPECT_EQ(read(nullptr), IOT_STATUS_NOT_READY);
   device.values[0x600008] = 0;
-  EXPECT_EQ(catalogue::read_texts(entry, raw_ids, kPresence, 1, 3, format, &out),
-            IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(read(&DeviceDouble::get), IOT_STATUS_READ_FAILED);
   EXPECT_EQ(out, (StringMap{{9, "kept"}}));
   device.values[0x600008] = 1;
-  EXPECT_EQ(catalogue::read_texts(entry, raw_ids, kPresence, 1, 3, format, &out),
-            IOT_STATUS_SUCCESS);
-  EXPECT_EQ(out, (StringMap{{1, "text"}}));  // an empty text is not stored
-}
-
-// Relations that a mistyped row breaks, over all families with catalogue maps.
-struct Family {
-  const char* name;
-  unsigned int prefix;
-  const StringMap& names;
-  const StringMap& units;
-  const RangeMap& bounds;
-  StringMap options{};
-  RawMap raw_ids{};
-};
-
-// The values of an option list such as "0=OFF|1=ON".
-std::vector<double> option_values(const std::string& options) {
-  std::vector<double> values;
-  for (std::size_t start = 0; start < options.size();) {
-    const std::size_t end = std::min(options.find('|', start), options.size());
-    start += options[start] == '\n' ? 1 : 0;
-    int value = -1;
-    const auto parsed = std::from_chars(&options[start], options.data() + end, value);
-    EXPECT_TRUE(parsed.ec == std::errc() && *parsed.ptr == '=') << options;
-    values.push_back(value);
-    start = end + 1;
-  }
-  return values;
-}
-
-TEST(Catalogue, EveryFamilysRowsAgreeWithEachOther) {
-  const Device_SBATTERY fills_the_battery_maps;
-  const Family families[] = {
-      {"PIC", 0x1416, Device_PIC::device_name_map, Device_PIC::unit_map, Device_PIC::bound_map,
-       Device_PIC::desc_map, Device_PIC::init_kova_id_map()},
-      {"TRK-7000", 0x1417, Device_TRK7000::device_name_map, Device_TRK7000::unit_map,
-       Device_TRK7000::bound_map, Device_TRK7000::desc_map, Device_TRK7000::init_kova_id_map()},
-      {"GSensor", 0x1415, Device_GSensor::device_name_map, Device_GSensor::unit_map,
-       Device_GSensor::bound_map, Device_GSensor::desc_map, Device_GSensor::init_kova_id_map()},
-      {"SDRAM", 0x1418, Device_SDRAM::device_name_map, Device_SDRAM::unit_map,
-       Device_SDRAM::bound_map},
-      {"SMART BATTERY", 0x1419, Device_SBATTERY::device_name_map, Device_SBATTERY::unit_map,
-       Device_SBATTERY::bound_map},
-  };
-  const std::set<std::string> known_units{"sec(s)", "time(s)", "V",     "Cel",     "RPM", "G",
-                                          "MT/s",   "GB",      "Ranks", "Celsuis", "mV",  "mAh",
-                                          "mA",     "%",       "min",   "cycles"};
-  std::set<unsigned int> raw_ids_seen;
-  for (const Family& family : families) {
-    SCOPED_TRACE(family.name);
-    EXPECT_FALSE(family.names.empty());
-    for (const auto& [id, name] : family.names) {
-      EXPECT_EQ(id >> 16U, family.prefix) << name;
-    }
-    for (const auto& [id, unit] : family.units) {
-      EXPECT_TRUE(family.names.contains(id)) << "unit without a name: " << std::hex << id;
-      EXPECT_TRUE(known_units.contains(unit)) << unit;
-    }
-    for (const auto& [id, range] : family.bounds) {
-      EXPECT_LT(range.at(MIN), range.at(MAX)) << std::hex << id;
-    }
-    for (const auto& [id, options] : family.options) {
-      for (const double value : option_values(options)) {
-        EXPECT_GE(value, family.bounds.at(id).at(MIN)) << options;
-        EXPECT_LE(value, family.bounds.at(id).at(MAX)) << options;
-      }
-    }
-    for (const auto& [id, raw] : family.raw_ids) {
-      EXPECT_TRUE(raw_ids_seen.insert(raw).second) << "device code twice: " << std::hex << raw;
-    }
-  }
+  EXPECT_EQ(read(&DeviceDouble::get), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(out, (StringMap{{kPresence + 1, "text"}}));  // an empty text is not stored
 }
 
 }  // namespace

@@ -54,7 +54,8 @@ TEST(IoTJsonUtility, WhatJanssonRefusesMakesNoElement) {
 TEST(IoTJsonUtility, KeysAreAddedOnlyToAnObjectThatHasSome) {
   const JsonOwner empty(json_object());
   EXPECT_EQ(IoTJsonUtility::update_json_object(empty.get(), "u", "mA"), IOT_STATUS_JSON_ERROR);
-  EXPECT_EQ(IoTJsonUtility::extend_json_object(empty.get(), "{s:o}", "k", json_string("v")),
+  const JsonOwner kept(json_string("v"));  // a refusal takes over no reference
+  EXPECT_EQ(IoTJsonUtility::extend_json_object(empty.get(), "{s:o}", "k", kept.get()),
             IOT_STATUS_JSON_ERROR);
   EXPECT_EQ(json_object_size(empty.get()), 0U);
   EXPECT_EQ(IoTJsonUtility::update_json_object(nullptr, "u", 1), IOT_STATUS_JSON_ERROR);
@@ -78,6 +79,10 @@ TEST(IoTJsonUtility, FreeingSetsThePointerToNull) {
   value = json_pack("{s:i}", "a", 1);
   EXPECT_EQ(IoTJsonUtility::free_json_obj(&value), IOT_STATUS_SUCCESS);
   EXPECT_EQ(value, nullptr);
+  value = json_pack("{s:i}", "a", 1);
+  const JsonOwner another_holder(json_incref(value));  // keeps the object, but empty
+  EXPECT_EQ(IoTJsonUtility::free_json_obj(&value), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(json_object_size(another_holder.get()), 0U);
   value = json_array();
   EXPECT_EQ(IoTJsonUtility::free_json_obj(&value), IOT_STATUS_NOT_READY);
   EXPECT_EQ(value, nullptr);

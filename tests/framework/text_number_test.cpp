@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <climits>
+#include <cstdint>
+#include <limits>
 
 #include "tests/support/comma_locale.h"
 
@@ -33,6 +36,32 @@ constexpr struct {
     {"-infinity", 0, 0},
 };
 
+// Among them the last ones beside a number of three decimals whose text is that number's, and the
+// first ones whose text is not.
+constexpr double kReals[] = {0.0,
+                             -0.0,
+                             36.849999999999966,
+                             -0.05,
+                             999.999,
+                             -999.999,
+                             999.9999999,
+                             1000.0009,
+                             123456.7,
+                             0.0009999996,
+                             0.0009999994,
+                             0.001000004,
+                             0.001000006,
+                             0.0099999996,
+                             0.0005,
+                             1e-9,
+                             1.0000001,
+                             1.000004,
+                             1.000006,
+                             1e300,
+                             std::numeric_limits<double>::denorm_min(),
+                             std::numeric_limits<double>::infinity(),
+                             std::numeric_limits<double>::quiet_NaN()};
+
 void expect_conversions() {
   EXPECT_EQ(To_String(4294967295U), "4294967295");
   EXPECT_EQ(To_String(short{-32768}), "-32768");
@@ -42,6 +71,12 @@ void expect_conversions() {
       {0.00001, "1e-05"}, {31000 / 100.0 - 273.15, "36.85"}};
   for (const auto& [value, text] : reals) {
     EXPECT_EQ(To_String(value), text);
+  }
+  for (const double value : kReals) {
+    const double read_back = real_from_text(To_String(value));
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(to_six_digits(value)),
+              std::bit_cast<std::uint64_t>(read_back))
+        << To_String(value);
   }
   for (const auto& reading : kReadings) {
     EXPECT_DOUBLE_EQ(real_from_text(reading.text), reading.real) << '"' << reading.text << '"';

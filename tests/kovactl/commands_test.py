@@ -18,7 +18,7 @@ class Lists(TestCase):
         self.assertEqual(result.err, "kovactl: cannot read 0x14140402 PoE 2 current: the device did "
                          "not answer (0x5)\nkovactl: 1 of 20 items could not be read\n")
         self.assertEqual(result.out.partition("\n\nPoE: PoE 3")[0], """\
-  ID          NAME           VALUE       RANGE     ACCESS
+  ID          NAME           VALUE        RANGE     ACCESS
 
 PoE: PoE 1
   0x14140B01  PoE 1 power    1 (Enable)   0 .. 1    rw
@@ -31,7 +31,7 @@ PoE: PoE 2
   0x14140B02  PoE 2 power    1 (Enable)   0 .. 1    rw
   0x14140802  PoE 2 detect   4            0 .. 7    r
   0x14140902  PoE 2 class    2            0 .. 7    r
-  0x14140402  PoE 2 current  unreadable: the device did not answer (0x5)  0 .. 600  r
+  0x14140402  PoE 2 current  unreadable: the device did not answer (0x5)
   0x14140202  PoE 2 voltage  48.247 V     0 .. 100  r""")
         board = run([*self.worn, "list", "--family", "trk-7000"]).out
         self.assertIn("150 Cel   0 .. 100   r  OUT OF RANGE\n", board)

@@ -1,7 +1,9 @@
 // A module for kovactl's tests, which answers as real ones rarely do. What it plays is named by
 // the environment variable FAKE_MODULE.
+#include <chrono>
 #include <cstdlib>
 #include <string_view>
+#include <thread>
 
 #include "include/kova_iot.h"
 
@@ -54,6 +56,11 @@ uint32_t KovaIoTGetMDCapability(json_t* target) {
 }
 
 uint32_t KovaIoTGetMDValue(uint32_t id, json_t* value) {
+  if (scene() == "hangs" && id == 0x14150711) {
+    for (;;) {
+      std::this_thread::sleep_for(std::chrono::hours(1));
+    }
+  }
   switch (id) {
     case 0x14150911:  // filled, and yet a failure is reported
       json_real_set(value, -0.5);

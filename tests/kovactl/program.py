@@ -14,6 +14,8 @@ import tempfile
 import termios
 import unittest
 
+import pyte
+
 PROGRAM = os.environ["KOVACTL"]
 VERSION = os.environ["KOVACTL_VERSION"]
 FAKE_MODULE = os.environ["KOVACTL_FAKE_MODULE"]
@@ -45,7 +47,7 @@ def run(arguments, options=None, **environment):
 
 
 class Terminal:
-    """The program on a pseudo-terminal, 10 rows of 80 columns, for stdin, stdout and stderr.
+    """The program on a pseudo-terminal of SIZE rows and columns, for stdin, stdout and stderr.
 
     A session whose leader ends loses what its terminal has not handed over. So the leader is a
     process in between, which stays until it is killed. The exit code comes as the last text on the
@@ -53,19 +55,21 @@ class Terminal:
     """
     END = re.compile(rb"\0ended with (-?\d+)\0")
 
-    def __init__(self, *arguments, **environment):
+    def __init__(self, *arguments, size=(10, 80), **environment):
         self._seen = b""
+        self._size = size
+        self._emulator = pyte.Screen(size[1], size[0])
+        self._stream = pyte.ByteStream(self._emulator)
         self._leader, self._descriptor = pty.fork()
         if self._leader == 0:
             try:
-                self._lead([PROGRAM, *arguments], {**os.environ, **environment})
+                self._lead([PROGRAM, *arguments], {**os.environ, "TERM": "xterm", **environment})
             finally:
                 os._exit(1)
 
-    @classmethod
-    def _lead(cls, command, environment):
+    def _lead(self, command, environment):
         signal.signal(signal.SIGINT, lambda *_: None)  # unlike SIG_IGN not inherited
-        termios.tcsetwinsize(0, (10, 80))
+        termios.tcsetwinsize(0, self._size)
         exit_code = subprocess.call(command, env=environment)
         os.write(1, b"\0ended with %d\0" % exit_code)
         while True:
@@ -73,10 +77,18 @@ class Terminal:
 
     @property
     def screen(self):
+        """All that was sent to the terminal, escape sequences included."""
         return self.END.sub(b"", self._seen).decode(errors="replace")
 
+    @property
+    def rows(self):
+        """What a terminal shows of it."""
+        return [row.rstrip() for row in self._emulator.display]
+
     def _read(self):
-        self._seen += os.read(self._descriptor, 4096)
+        text = os.read(self._descriptor, 4096)
+        self._seen += text
+        self._stream.feed(text.partition(b"\0")[0])
 
     def wait_for(self, text):
         """Reads until `text` has been seen since the start."""
@@ -85,8 +97,23 @@ class Terminal:
                 raise AssertionError(f"ended without {text!r}: {self.screen!r}")
             self._read()
 
+    def wait_for_row(self, pattern):
+        """Reads until a row on the screen matches, and gives that row."""
+        while not (found := [row for row in self.rows if re.search(pattern, row)]):
+            if self.END.search(self._seen):
+                raise AssertionError(f"ended without {pattern!r}: {self.rows}")
+            self._read()
+        return found[0]
+
+    def resize(self, rows, columns):
+        self._emulator.resize(rows, columns)
+        termios.tcsetwinsize(self._descriptor, (rows, columns))
+
+    def type(self, keys):
+        os.write(self._descriptor, keys.encode())
+
     def press_control_c(self):
-        os.write(self._descriptor, b"\x03")
+        self.type("\x03")
 
     def finish(self):
         """Reads the rest and gives the exit code, or a signal's number, negative."""
@@ -113,8 +140,8 @@ class TestCase(unittest.TestCase):
         file.write_text(json.dumps({"base": "builtin", **description}))
         return ["--simulate", str(file)]
 
-    def terminal(self, *arguments, **environment):
-        terminal = Terminal(*arguments, **environment)
+    def terminal(self, *arguments, **options):
+        terminal = Terminal(*arguments, **options)
         self.addCleanup(terminal.close)
         return terminal
 

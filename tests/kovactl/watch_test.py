@@ -1,9 +1,10 @@
 """`kovactl watch`, and what the program draws on a terminal."""
 import json
+import signal
 import subprocess
 import unittest
 
-from program import PROGRAM, TestCase, run
+from program import FAKE_MODULE, PROGRAM, TestCase, run
 
 # Every device call moves the machine's clock by a second: port 1's voltage climbs 10 mV each.
 CLIMBING = {"clock": {"step_ms": 1000},
@@ -14,7 +15,7 @@ class Watch(TestCase):
     def test_prints_one_line_a_sample_when_piped(self):
         result = run("--simulate watch 0x14140B01 0x14200001 --interval 0.05 --count 3")
         self.assertEqual(result.exit_code, 1)  # one item cannot be read
-        line = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ\t0x14140B01=1\t0x14200001=unreadable\n"
+        line = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z\t0x14140B01=1\t0x14200001=unreadable\n"
         self.assertRegex(result.out, rf"\A({line}){{3}}\Z")
 
     def test_prints_one_json_document_a_line(self):
@@ -25,32 +26,74 @@ class Watch(TestCase):
         self.assertIsInstance(first["time"], float)
         self.assertLess(first["items"][0]["value"], second["items"][0]["value"])  # read afresh
 
-    def test_redraws_in_place_until_control_c_and_leaves_the_terminal_in_order(self):
-        program = self.terminal(*self.machine(**CLIMBING), "watch", "0x14140201", "0x14140B01",
-                                "--interval", "0.05", LC_ALL="C.UTF-8", TERM="xterm", NO_COLOR="")
-        program.wait_for("sample 3 ")
+    def test_with_changed_prints_everything_once_and_then_what_moves(self):
+        result = run([*self.machine(**CLIMBING), "watch", "0x14140201", "0x14140B01", "--changed",
+                      "--interval", "0.05", "--count", "3"])
+        self.assertEqual(["0x14140B01" in line for line in result.out.splitlines()],
+                         [True, False, False])
+
+    def test_type_of_terminal_that_cannot_draw_gets_lines(self):
+        for terminal_type in ("dumb", "", "no-such-terminal"):
+            program = self.terminal("--simulate", "watch", "0x14140B01", "--count", "1",
+                                    TERM=terminal_type)
+            self.assertEqual(program.finish(), 0)
+            self.assertRegex(program.screen, r"Z\t0x14140B01=1\r\n\Z")
+            self.assertNotIn("\x1b", program.screen)
+
+
+class WatchScreen(TestCase):
+    """The values stand still on the screen; keys move what is seen of them."""
+    def watch(self, *arguments, **options):
+        options = {"LC_ALL": "C.UTF-8", "NO_COLOR": "", **options}
+        return self.terminal("watch", "--interval", "0.05", *arguments, **options)
+
+    def test_shows_changes_in_place_and_gives_the_terminal_back(self):
+        program = self.watch(*self.machine(**CLIMBING), "0x14140201", "0x14140B01")
+        program.wait_for_row("^sample 9 ")
+        self.assertRegex(program.rows[1], r"^0x14140201  PoE 1 voltage  \* [0-9.]+ V +▁[▁-█]+█$")
+        self.assertRegex(program.rows[2], "^0x14140B01  PoE 1 power      1 \\(Enable\\)  ▁▁▁▁")
+        self.assertIn("\x1b[0;7m", program.screen, "a changed value is highlighted")
         program.press_control_c()
         self.assertEqual(program.finish(), 0)
-        self.assertIn("\x1b[?25l", program.screen, "cursor hidden")
-        self.assertIn("\x1b[3A", program.screen, "moved up over title and two items")
-        self.assertRegex(program.screen, r"\* \x1b\[7m[0-9.]+ V", "changed")
-        self.assertIn("▁█", program.screen, "a climbing value's bars")
-        # The terminal may still echo the Ctrl-C behind it.
-        self.assertRegex(program.screen, r"\x1b\[\?7h\x1b\[\?25h(\^C)?\Z", "cursor given back")
+        for what, given_back in (("cursor", "\x1b[?25h"), ("screen", "\x1b[?1049l")):
+            self.assertIn(given_back, program.screen, what)
+        # The terminal may still echo the Ctrl-C, but what was seen last stays, in rows of its own.
+        self.assertRegex(program.screen.rpartition("\x1b")[2], r"PoE 1 power +1 \(Enable\)\r\n(\^C)?\Z")
 
-    def test_shows_what_fits_and_says_so(self):
-        # The title and the cursor take two of the ten rows, the note another.
-        ids = [f"0x14140{kind}{port:02}" for kind in ("2", "4", "B") for port in (1, 2, 3, 4)]
-        for items, note in ((ids[:8], None), (ids[:9], "\r2 more do not fit"),
-                            ([], "more do not fit")):
-            program = self.terminal("--simulate", "watch", *items, "--count", "2", "--interval",
-                                    "0.05", NO_COLOR="1", LC_ALL="C")
-            self.assertEqual(program.finish(), 0)
-            self.assertIn(note or "", program.screen)
-            self.assertEqual("more do not fit" in program.screen, note is not None)
-            self.assertIn("\x1b[9A", program.screen, "one row less than the terminal has")
-            self.assertNotRegex(program.screen, r"\x1b\[[0-9;]*m", "colour")
-            self.assertNotIn("▁", program.screen, "UTF-8 where the user has none")
+    def test_keys_move_what_is_seen(self):
+        program = self.watch("--simulate", NO_COLOR="1", LC_ALL="C")
+        for keys, row in (
+            ("", "^1-8 of 129 "),
+            ("\x1b[6~", "^9-16 of "),  # page down
+            ("\x1b[5~\x1bOB", "^2-9 of "),  # page up, arrow down
+            ("kkk", "^1-8 of "),
+            ("\x1bOF", "^122-129 of 129"),  # end
+            ("/fan 4\n", "^0x14170314 .*fan 4"),
+            ("/fan 4x", r"^/fan 4x_  \(no such item\)"),
+            ("\x1b", "^[0-9-]+ of "),
+            ("/ONBOARD fan SPEEDS\nnn", "^0x14170313 "),  # a package's name finds its items
+            ("c", " of [0-9]+ changed "),
+            (" ", "^sample [0-9]+ at .*, paused"),
+        ):
+            with self.subTest(keys=keys):
+                program.type(keys)
+                program.wait_for_row(row)
+        self.assertNotRegex(program.screen, r"\x1b\[[0-9;]*[1-9]m", "colour")
+        self.assertNotIn("▁", program.screen, "UTF-8 where the user has none")
+        program.type("q")
+        self.assertEqual(program.finish(), 0)
+
+    def test_fits_every_size(self):
+        program = self.watch("--simulate")
+        for rows, columns, last in ((10, 40, "1-8"), (24, 80, "1-22"), (5, 20, "1-3"),
+                                    (2, 20, "~ry"), (10, 200, "1-8")):
+            number = program.wait_for_row("^sample").split()[1]
+            program.resize(rows, columns)
+            program.wait_for_row(f"^sample {int(number) + 4}")
+            self.assertEqual(program.rows[-1].split()[0], last, "the last row")
+            self.assertEqual(sum("3200 MT/s" in row for row in program.rows), rows > 5, "stale")
+            if columns == 40:
+                self.assertRegex(program.rows[5], r"SDRAM0/Rank +1 Ranks$")
 
 
 class OnTerminal(TestCase):
@@ -64,12 +107,61 @@ class OnTerminal(TestCase):
             check(text, program.screen)
         self.assertNotIn("\x1b", run(self.LIST).out)
 
-    def test_shows_progress_of_slow_work(self):
+    def test_list_keeps_values_whole_on_narrow_terminals(self):
+        wide = run("--simulate list").out
+        for columns, kept in ((120, "ID NAME VALUE RANGE ACCESS"), (107, "ID NAME VALUE ACCESS"),
+                              (80, "ID NAME VALUE"), (40, "NAME VALUE")):
+            program = self.terminal("--simulate", "list", size=(200, columns), NO_COLOR="1")
+            self.assertEqual(program.finish(), 0)
+            rows = program.screen.splitlines()
+            self.assertEqual(rows[0].split(), kept.split())
+            self.assertLessEqual(max(map(len, rows)), columns)
+            for value in ("LOT 2315-0042 WIDE TEMP", "0 (normal operation)", "  22 V"):
+                self.assertEqual(program.screen.count(value), 1, value)
+                self.assertIn(value, wide)
+
+    def test_progress_names_what_is_read(self):
         program = self.terminal(*self.machine(bus={"delay_us": 4000}), "list", NO_COLOR="1")
         self.assertEqual(program.finish(), 0)
         self.assertRegex(program.screen, r"\rstarting the module, [0-9]+ s")
-        self.assertRegex(program.screen, r"\rreading [0-9]+/[0-9]+")
+        self.assertRegex(program.screen, r"\rreading [0-9]+/[0-9]+, [A-Z]")
         self.assertIn("\r\x1b[K  ID ", program.screen, "taken away before the result")
+
+
+class DeviceThatHangs(TestCase):
+    """fake_module.cpp waits for ever when it reads the item that FAKE_MODULE names."""
+    ITEM = "0x14150711"
+    ARGUMENTS = ("--module", FAKE_MODULE)
+
+    def test_time_limit_names_the_item(self):
+        for command in ("list --json", f"get {self.ITEM} --json", f"set {self.ITEM} 1 --json",
+                        "watch --json --interval 0.05", "metrics"):
+            with self.subTest(command=command):
+                result = run([*self.ARGUMENTS, *command.split(), "--timeout", "0.3"],
+                             FAKE_MODULE="hangs")
+                self.assertEqual(result.exit_code, 3)
+                self.assertEqual(result.err,
+                                 f"kovactl: {self.ITEM} Measure mode did not answer within 0.3 s\n")
+                if "--json" in command:
+                    self.assertEqual(result.json["error"]["exit_code"], 3)
+        self.assertEqual(run([*self.ARGUMENTS, "get", "0x14160650", "--timeout", "0.3"]).exit_code, 0)
+
+    def test_control_c_ends_it_on_a_fresh_line(self):
+        for command, wait, exit_code in (("list", "reading ", -signal.SIGINT),
+                                         ("watch", "^waiting for 0x14150711 Measure mode, 1 s", 0)):
+            with self.subTest(command=command):
+                program = self.terminal(*self.ARGUMENTS, command, FAKE_MODULE="hangs")
+                program.wait_for_row(wait)
+                program.press_control_c()
+                self.assertEqual(program.finish(), exit_code)
+                after = program.rows if command == "list" else [
+                    program.screen.rpartition("\x1b[?1049l")[2]]
+                self.assertNotRegex("".join(after), "mode|Mode")
+
+    def test_time_limit_gives_the_terminal_back(self):
+        program = self.terminal(*self.ARGUMENTS, "watch", "--timeout", "0.5", FAKE_MODULE="hangs")
+        self.assertEqual(program.finish(), 3)
+        self.assertRegex(program.screen, r"\x1b\[\?1049l(?s:.)*did not answer within 0.5 s\r\n\Z")
 
 
 class InPipe(TestCase):

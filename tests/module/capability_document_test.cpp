@@ -1,7 +1,10 @@
 // The capability document of the reference machine and of machines that lack something.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
+#include <iomanip>
+#include <sstream>
 
 #include "framework/json_owner.h"
 #include "include/kova_iot.h"
@@ -50,6 +53,22 @@ TEST_F(CapabilityDocument, IsTheReferenceMachinesToTheByte) {
 
   clear_base_times(made.get());
   EXPECT_EQ(first_difference(made.get(), reference_document().get()), "");
+}
+
+TEST_F(CapabilityDocument, AsksTheDeviceInItsOrder) {
+  load_reference_machine(&device);
+  document();
+  std::ostringstream expected;
+  const JsonOwner steps = load_test_data("reference_calls.json");
+  for (size_t i = 0; i < json_array_size(steps.get()); ++i) {
+    const json_t* reads = json_object_get(json_array_get(steps.get(), i), "reads");
+    expected << json_string_value(reads) << ' ';
+  }
+  std::ostringstream asked;
+  for (const std::uint32_t code : device.codes_read()) {
+    asked << std::hex << std::uppercase << std::setw(6) << std::setfill('0') << code << ' ';
+  }
+  EXPECT_EQ(asked.str(), expected.str());
 }
 
 TEST_F(CapabilityDocument, MergesIntoTheHostsObjectAndOutlivesTheModule) {
@@ -123,6 +142,8 @@ TEST_F(CapabilityDocument, AGarbledModuleCountCannotHangTheStart) {
   const auto modules = keys(json_object_get(made.get(), "SDRAM"));
   ASSERT_EQ(modules.size(), 255U);
   EXPECT_EQ(modules.back(), "SDRAM254");
+  // Asked twice for presence, before every pass, and once more before the limit ends it.
+  EXPECT_EQ(std::ranges::count(device.codes_read(), 0xA00000U), 2 + 255 + 1);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The entry points and the manager behind them: life cycle, routing and the checks of a write.
+// The entry points and the manager behind them: life cycle, and families probed in order.
 #include "include/kova_iot.h"
 
 #include <gtest/gtest.h>
@@ -89,32 +89,6 @@ TEST_F(KovaIoT, FamiliesAreProbedInOrderUntilOneAnswers) {
     EXPECT_EQ(codes[2], 0x6B0000U);
     EXPECT_EQ(std::vector(codes.begin() + 24, codes.begin() + 24 + static_cast<long>(probed)),
               std::vector(probes, probes + probed));
-  }
-}
-
-TEST_F(KovaIoT, ReadsAndWritesAreRoutedByTheFamilyOfTheId) {
-  ASSERT_EQ(KovaIoTInitialize(), IOT_STATUS_SUCCESS);
-  const struct {
-    unsigned int id;
-    uint32_t read, write;
-  } cases[] = {
-      {0x14140B01, 0, 0},
-      {0x14150741, IOT_STATUS_READ_FAILED, 0},
-      {0x14160711, 0, 0},
-      {0x14170111, 0, IOT_STATUS_UNSUPPORTED},
-      {0x14180301, 0, IOT_STATUS_UNSUPPORTED},
-      {0x14190700, 0, IOT_STATUS_UNSUPPORTED},
-      {0x14130001, IOT_STATUS_UNSUPPORTED, IOT_STATUS_UNSUPPORTED},
-      {0x14200001, IOT_STATUS_UNSUPPORTED, IOT_STATUS_UNSUPPORTED},
-      {0x15140B01, IOT_STATUS_UNSUPPORTED, IOT_STATUS_UNSUPPORTED},
-      {0, IOT_STATUS_UNSUPPORTED, IOT_STATUS_UNSUPPORTED},
-  };
-  device.write_status = {{0x430001, 0}, {0x680000, 0}};
-  for (const auto& [id, read, write] : cases) {
-    const JsonOwner value(json_integer(-1));
-    EXPECT_EQ(KovaIoTGetMDValue(id, value.get()), read) << std::hex << id;
-    const JsonOwner one(json_integer(1));
-    EXPECT_EQ(KovaIoTSetMDValue(id, one.get()), write) << std::hex << id;
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -104,6 +105,12 @@ TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
 TEST(SimulatorLibrary, AnUnreadableFileIsRefused) {
   EXPECT_STREQ(Loaded("/nowhere/m.json").error(), "/nowhere/m.json: cannot be read (ENOENT)");
   EXPECT_STREQ(Loaded("/tmp").error(), "/tmp: cannot be read (EISDIR)");
+  const std::string path = testing::TempDir() + "large_machine.json";
+  std::ofstream(path).close();
+  std::filesystem::resize_file(path, (16U << 20U) + 1);
+  EXPECT_EQ(Loaded(path.c_str()).error(), path + ": cannot be read (larger than 16 MiB)");
+  std::filesystem::resize_file(path, 16U << 20U);
+  EXPECT_EQ(std::string(Loaded(path.c_str()).error()).find(path + ":1:"), 0U);  // just no JSON
 }
 
 }  // namespace

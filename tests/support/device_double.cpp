@@ -3,12 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "devices/addon_board/device_trk7000.h"
-#include "devices/gsensor/device_gsensor.h"
-#include "devices/pic/device_pic.h"
-#include "devices/poe/device_poe.h"
-#include "devices/sbattery/device_sbattery.h"
-#include "devices/sdram/device_sdram.h"
+#include "module/families.h"
 
 namespace {
 
@@ -18,15 +13,8 @@ constexpr std::uint32_t kGarbage = 0xA5A5A5A5;
 DeviceDouble* living = nullptr;
 
 void connect_families(ReadEntry get, WriteEntry set) {
-  Device_PoE::get_func = get;
-  Device_PIC::get_func = get;
-  Device_TRK7000::get_func = get;
-  Device_GSensor::get_func = get;
-  Device_SDRAM::get_func = get;
-  Device_SBATTERY::get_func = get;
-  Device_PoE::set_func = set;
-  Device_PIC::set_func = set;
-  Device_GSensor::set_func = set;
+  families::hand_out(get);
+  families::hand_out(set);
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <dlfcn.h>
 
+#include "tools/host/pending_call.h"
+
 namespace kova_host {
 
 std::optional<DeviceLibrary> DeviceLibrary::in_process() {
@@ -18,6 +20,7 @@ std::optional<DeviceLibrary> DeviceLibrary::in_process() {
 }
 
 DeviceAnswer DeviceLibrary::read(uint32_t code) const {
+  const auto pending = PendingCall::of_code(code);
   DeviceAnswer answer;
   answer.status = read_(code, &answer.word);
   return answer;

@@ -11,7 +11,11 @@ namespace kova_host {
 InterruptGuard::InterruptGuard() {
   sigemptyset(&signals_);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    sigaddset(&signals_, signal);
+    // A blocked signal comes even if it is ignored, as nohup wants it.
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+      sigaddset(&signals_, signal);
+    }
   }
   pthread_sigmask(SIG_BLOCK, &signals_, &previous_);
 }
@@ -22,19 +26,26 @@ InterruptGuard::~InterruptGuard() {
 
 bool InterruptGuard::wait_until(std::chrono::steady_clock::time_point time) {
   using std::chrono::nanoseconds;
-  while (!interrupted_) {
+  while (signal_ == 0) {
     const auto left =
         std::max(nanoseconds(0),
                  std::chrono::duration_cast<nanoseconds>(time - std::chrono::steady_clock::now()));
     const timespec timeout = {.tv_sec = static_cast<time_t>(left.count() / 1'000'000'000),
                               .tv_nsec = static_cast<long>(left.count() % 1'000'000'000)};
-    if (sigtimedwait(&signals_, nullptr, &timeout) > 0) {
-      interrupted_ = true;
+    const int signal = sigtimedwait(&signals_, nullptr, &timeout);
+    if (signal > 0) {
+      signal_ = signal;
     } else if (errno == EAGAIN) {
       break;
     }
   }
-  return interrupted_;
+  return signal_ != 0;
+}
+
+void block_all_signals() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);
 }
 
 }  // namespace kova_host

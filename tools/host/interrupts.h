@@ -8,7 +8,8 @@
 namespace kova_host {
 
 // While it lives, SIGINT, SIGTERM and SIGHUP do not kill the program: they are kept until asked
-// for. Make it before any other thread, which inherits it.
+// for, except those that the program was started to ignore. Make it before any other thread, which
+// inherits it.
 class InterruptGuard {
  public:
   InterruptGuard();
@@ -19,13 +20,19 @@ class InterruptGuard {
   // True once one of the signals has come.
   bool interrupted() { return wait_until(std::chrono::steady_clock::time_point()); }
 
+  // The signal that has come; 0 before.
+  int signal() const { return signal_; }
+
   // Waits for that time, or for a signal; true if one has come.
   bool wait_until(std::chrono::steady_clock::time_point time);
 
  private:
   sigset_t signals_{};
   sigset_t previous_{};
-  bool interrupted_ = false;
+  int signal_ = 0;
 };
+
+// For a thread that is to receive no signal: those of the terminal belong to the main one.
+void block_all_signals();
 
 }  // namespace kova_host

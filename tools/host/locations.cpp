@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <system_error>
 
@@ -67,6 +68,24 @@ fs::path machine_description(const std::string& name) {
     }
   }
   throw HostError(Fault::usage, fmt::format("no machine description '{}'", name));
+}
+
+std::vector<std::string> shipped_machines() {
+  std::vector<std::string> names;
+  for (const fs::path& place :
+       {fs::path(KOVA_HOST_DATA_FOLDER) / "machines", fs::path("../machines")}) {
+    std::error_code error;
+    for (const auto& file : fs::directory_iterator(program_folder() / place, error)) {
+      if (file.path().extension() == ".json") {
+        names.push_back(file.path().stem());
+      }
+    }
+    if (!names.empty()) {
+      break;
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace kova_host

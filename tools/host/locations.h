@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace kova_host {
 
@@ -15,5 +16,8 @@ std::filesystem::path recorder_library();
 // `name` is a file, or the name without suffix of a description that is shipped, such as
 // "sixteen-modules". Throws HostError (usage) if there is neither.
 std::filesystem::path machine_description(const std::string& name);
+
+// The names of the shipped descriptions, sorted.
+std::vector<std::string> shipped_machines();
 
 }  // namespace kova_host

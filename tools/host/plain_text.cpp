@@ -42,4 +42,38 @@ std::string padded(std::string_view text, size_t width) {
   return result;
 }
 
+std::string shortened(std::string_view text, size_t width) {
+  if (display_width(text) <= width) {
+    return std::string(text);
+  }
+  std::string result;
+  size_t columns = 0;
+  for (const char c : text) {
+    columns += display_width(std::string_view(&c, 1));
+    if (columns >= width) {
+      break;
+    }
+    result += c;
+  }
+  return width == 0 ? result : result + '~';
+}
+
+std::string shortened_in_front(std::string_view text, size_t width) {
+  const size_t columns = display_width(text);
+  if (columns <= width) {
+    return std::string(text);
+  }
+  // Beginnings of characters that go, and all that is left of the last of them.
+  size_t too_many = columns + 1 - width;
+  while (!text.empty() && (too_many > 0 || display_width(text.substr(0, 1)) == 0)) {
+    too_many -= too_many > 0 ? display_width(text.substr(0, 1)) : 0;
+    text.remove_prefix(1);
+  }
+  return width == 0 ? std::string() : '~' + std::string(text);
+}
+
+std::string_view without_trailing_blanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 }  // namespace kova_host

@@ -19,4 +19,13 @@ size_t display_width(std::string_view text);
 // `text` filled with blanks to `width` columns.
 std::string padded(std::string_view text, size_t width);
 
+// `text` if it takes at most `width` columns; otherwise its beginning and "~" for the rest.
+std::string shortened(std::string_view text, size_t width);
+
+// The same with the end of `text` kept: for paths, whose last part says the most.
+std::string shortened_in_front(std::string_view text, size_t width);
+
+// `text` without the blanks behind it, with which devices fill their texts up.
+std::string_view without_trailing_blanks(std::string_view text);
+
 }  // namespace kova_host

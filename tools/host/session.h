@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tools/host/json_ptr.h"
+#include "tools/host/pending_call.h"
 
 namespace kova_host {
 
@@ -26,13 +27,23 @@ class Module {
   const std::filesystem::path& file() const { return file_; }
 
   // The module's entry points. Calls must not overlap.
-  uint32_t initialize() const { return initialize_(); }
-  uint32_t uninitialize() const { return uninitialize_(); }
-  uint32_t capability(json_t* target) const { return capability_(target); }
-  uint32_t read(uint32_t id, json_t* value) const { return get_(id, value); }
-  uint32_t write(uint32_t id, json_t* value) const { return set_(id, value); }
+  uint32_t initialize() const { return call(PendingCall(), initialize_); }
+  uint32_t uninitialize() const { return call(PendingCall(), uninitialize_); }
+  uint32_t capability(json_t* target) const { return call(PendingCall(), capability_, target); }
+  uint32_t read(uint32_t id, json_t* value) const {
+    return call(PendingCall::of_item(id), get_, id, value);
+  }
+  uint32_t write(uint32_t id, json_t* value) const {
+    return call(PendingCall::of_item(id), set_, id, value);
+  }
 
  private:
+  // `pending` lives as long as the call.
+  template <typename Function, typename... Arguments>
+  static uint32_t call(const PendingCall& /*pending*/, Function* function, Arguments... arguments) {
+    return function(arguments...);
+  }
+
   std::filesystem::path file_;
   uint32_t (*initialize_)() = nullptr;
   uint32_t (*uninitialize_)() = nullptr;

@@ -24,6 +24,17 @@ ExitCode exit_code_of(const HostError& error) {
   return error.fault() == Fault::no_device ? ExitCode::no_device : ExitCode::usage;
 }
 
+double checked_seconds(const std::string& text, double least, double most, std::string_view what) {
+  const auto number = parse_number(text);
+  const double seconds =
+      !number ? 0 : std::visit([](auto v) { return static_cast<double>(v); }, *number);
+  if (seconds < least || seconds > most) {
+    throw HostError(Fault::usage,
+                    fmt::format("'{}' is no {} of {} to {} seconds", text, what, least, most));
+  }
+  return seconds;
+}
+
 bool asks_for_json(const std::vector<std::string>& arguments) {
   return std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
 }
@@ -37,6 +48,8 @@ CommandLine::CommandLine()
                   "or a shipped one by its name")
       ->type_name("[MACHINE]");
   app_.add_flag(kSimulateBuiltIn)->group("");
+  app_.add_option("--timeout", timeout_, "End when the device takes longer than this to answer")
+      ->type_name("S");
   app_.set_version_flag("--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
   app_.footer(kExitCodes);
   app_.require_subcommand(1);
@@ -46,7 +59,7 @@ CLI::App& CommandLine::add(const CommandText& text, Run run) {
   CLI::App* command = app_.add_subcommand(text.name, text.description);
   command->fallthrough();
   command->footer(fmt::format(
-      "--module and --simulate may stand here too (see kovactl --help).\nExample:\n  {}",
+      "--module, --simulate and --timeout may stand here too (see kovactl --help).\nExample:\n  {}",
       text.example));
   command->callback([this, run = std::move(run)] { chosen_ = run; });
   return *command;
@@ -62,7 +75,7 @@ bool CommandLine::is_command(const std::string& word) const {
 // a command nor an item ID. The parser's own rule would take an ID, so it gets to see an option
 // that has a value, or one that has none.
 std::vector<std::string> CommandLine::settle_simulate(std::vector<std::string> arguments) const {
-  for (size_t i = 0; i < arguments.size(); ++i) {
+  for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
     if (arguments[i] != "--simulate") {
       continue;
     }
@@ -92,6 +105,9 @@ CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
   parsed.globals.host.simulate = app_.count(kSimulateBuiltIn) + app_.count("--simulate") > 0;
   if (app_.count("--simulate") > 0) {
     parsed.globals.host.machine = machine_;
+  }
+  if (app_.count("--timeout") > 0) {
+    parsed.globals.timeout_seconds = checked_seconds(timeout_, 0.1, 86400, "time limit");
   }
   parsed.run = chosen_;
   return parsed;

@@ -25,9 +25,13 @@ enum class ExitCode : int {
 
 ExitCode exit_code_of(const HostError& error);
 
+class Attendant;
+
 // Options that every command takes.
 struct GlobalOptions {
   HostOptions host;
+  std::optional<double> timeout_seconds;  // of a call into the module
+  Attendant* attendant = nullptr;         // what looks after the command; never null in one
 };
 
 // Does a command's work. What ends it early is thrown: HostError or OutputError.
@@ -56,6 +60,9 @@ class CommandLine {
   // `arguments` without the program's name. Throws HostError (usage).
   Parsed parse(std::vector<std::string> arguments);
 
+  // For those who ask what may be typed.
+  const CLI::App& app() const { return app_; }
+
  private:
   bool is_command(const std::string& word) const;
   std::vector<std::string> settle_simulate(std::vector<std::string> arguments) const;
@@ -63,8 +70,12 @@ class CommandLine {
   CLI::App app_;
   std::string module_;
   std::string machine_;
+  std::string timeout_;
   Run chosen_;
 };
+
+// The seconds in `text`, within these bounds; throws HostError (usage), where they are `what`.
+double checked_seconds(const std::string& text, double least, double most, std::string_view what);
 
 // True if the arguments ask for JSON, which holds for errors in the arguments themselves too.
 bool asks_for_json(const std::vector<std::string>& arguments);

@@ -1,4 +1,6 @@
 // `kovactl list`: everything the machine offers, with its values.
+#include <unistd.h>
+
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
 #include "tools/kovactl/command_support.h"
@@ -21,7 +23,7 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   if (options.json) {
     print(json_document(json_items(items, readings).get(), JsonLayout::indented));
   } else {
-    print(item_table(items, readings, Painter::for_stdout()));
+    print(item_table(items, readings, Painter::for_stdout(), terminal_columns(STDOUT_FILENO)));
   }
   return verdict(items, readings);
 }

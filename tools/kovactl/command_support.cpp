@@ -19,8 +19,8 @@ std::unique_ptr<Session> open_session(const GlobalOptions& globals) {
 
 Readings read_with_progress(const Session& session, const std::vector<Item>& items) {
   Progress progress("reading", items.size());
-  return *read_items(session, items, [&progress](const Item&) {
-    progress.advance();
+  return *read_items(session, items, [&progress](const Item& item) {
+    progress.advance(item);
     return true;
   });
 }

@@ -1,39 +1,29 @@
 // `kovactl watch`: samples at a fixed interval until a number of them or Ctrl-C.
 #include <fmt/format.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <memory>
 
-#include "tools/host/interrupts.h"
+#include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
-#include "tools/kovactl/progress.h"
+#include "tools/kovactl/sample_text.h"
+#include "tools/kovactl/sampler.h"
 #include "tools/kovactl/terminal.h"
-#include "tools/kovactl/watch_view.h"
+#include "tools/kovactl/watch_screen.h"
 
 namespace kovactl {
 namespace {
-
-using std::chrono::steady_clock;
 
 struct Options {
   Selection selection;
   std::string interval;
   std::string count;
+  bool changed = false;
   bool json = false;
 };
-
-double checked_interval(const std::string& text) {
-  const auto number = parse_number(text);
-  const double seconds =
-      !number ? 0 : std::visit([](auto v) { return static_cast<double>(v); }, *number);
-  if (seconds < 0.05 || seconds > 86400) {
-    throw HostError(Fault::usage,
-                    fmt::format("'{}' is no interval of 0.05 to 86400 seconds", text));
-  }
-  return seconds;
-}
 
 uint32_t checked_count(const std::string& text) {
   const auto count = parse_item_id(text);
@@ -43,70 +33,109 @@ uint32_t checked_count(const std::string& text) {
   return *count;
 }
 
-// Prints one sample in the form that was asked for or that suits stdout.
-class SamplePrinter {
- public:
-  SamplePrinter(const std::vector<Item>& items, bool json) : items_(items), json_(json) {
-    if (!json && is_terminal(STDOUT_FILENO)) {
-      view_ = std::make_unique<WatchView>(items, Painter::for_stdout(), prefers_utf8());
-    }
+// Waits for one of the descriptors, or so many milliseconds; -1 for no end.
+void wait_for(std::initializer_list<int> descriptors, int milliseconds) {
+  std::vector<pollfd> events;
+  for (const int descriptor : descriptors) {
+    events.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
   }
+  poll(events.data(), events.size(), milliseconds);
+}
 
-  void operator()(const Readings& readings) {
-    if (view_ != nullptr) {
-      view_->show(readings, terminal_rows());
-    } else {
-      print(json_ ? sample_json(items_, readings) : sample_line(items_, readings));
-    }
-  }
+// The work of one `watch`, in the form that was asked for or that suits stdout.
+class Watch {
+ public:
+  Watch(Attendant& attendant, const Options& options, const Session& session,
+        const Sampler::Plan& plan)
+      : attendant_(attendant), options_(options), items_(plan.items), sampler_(session, plan) {}
+  // The sampler's last read may never come back.
+  ~Watch() { attendant_.end(); }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  // Until the last sample, a signal or the user's wish.
+  void as_lines();
+  // False if the terminal cannot show it.
+  bool on_screen();
 
  private:
-  const std::vector<Item>& items_;
-  bool json_;
-  std::unique_ptr<WatchView> view_;
+  void note_failures(const Sample& sample);
+  void print_lines(const Sample& sample);
+
+  Attendant& attendant_;
+  const Options& options_;
+  std::vector<Item> items_;
+  WatchHistory history_;
+  Sampler sampler_;
 };
 
-// Nothing if a signal has come before the last read.
-std::optional<Readings> read_until(InterruptGuard& guard, const Session& session,
-                                   const std::vector<Item>& items) {
-  Progress progress("reading", items.size());
-  return read_items(session, items, [&guard, &progress](const Item&) {
-    progress.advance();
-    return !guard.interrupted();
+void Watch::note_failures(const Sample& sample) {
+  if (any_failed(sample.readings)) {
+    attendant_.end_with(ExitCode::item_failed);
+  }
+}
+
+void Watch::print_lines(const Sample& sample) {
+  history_.follow(items_, sample.readings);
+  std::vector<Item> items;
+  std::copy_if(items_.begin(), items_.end(), std::back_inserter(items), [this](const Item& item) {
+    return !options_.changed || history_.samples() == 1 || history_.track(item).changed;
   });
+  if (!items.empty()) {
+    print(options_.json ? sample_json(items, sample) : sample_line(items, sample));
+  }
+}
+
+void Watch::as_lines() {
+  while (!sampler_.finished() && !attendant_.interrupted()) {
+    wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor()}, -1);
+    if (const auto sample = sampler_.take()) {
+      note_failures(*sample);
+      print_lines(*sample);
+    }
+  }
+}
+
+bool Watch::on_screen() {
+  auto screen = WatchScreen::open(items_, options_.changed);
+  if (screen == nullptr) {
+    return false;
+  }
+  attendant_.before_exit([&screen] { screen->abandon(); });
+  const int keys = is_terminal(STDIN_FILENO) ? STDIN_FILENO : -1;
+  while (!sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit()) {
+    // Once a second too, to show that the device is waited for.
+    wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor(), keys}, 1000);
+    if (const auto sample = sampler_.take()) {
+      note_failures(*sample);
+      screen->show(*sample);
+    }
+    screen->answer();
+    sampler_.pause(screen->paused());
+  }
+  attendant_.before_exit(nullptr);
+  const std::string rows = screen->rows_as_text();
+  screen.reset();
+  print(rows);
+  return true;
 }
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
-  const double interval_seconds = options.interval.empty() ? 2 : checked_interval(options.interval);
+  const double interval_seconds =
+      options.interval.empty() ? 2 : checked_seconds(options.interval, 0.05, 86400, "interval");
   const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
-  InterruptGuard guard;
+  Attendant& attendant = *globals.attendant;
+  attendant.let_command_end();
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  SamplePrinter print_sample(items, options.json);
-  const auto interval = std::chrono::duration_cast<steady_clock::duration>(
+  const auto interval = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
       std::chrono::duration<double>(interval_seconds));
-
-  bool failed = false;
-  auto next = steady_clock::now();
-  for (uint32_t sample = 1;; ++sample) {
-    // Ctrl-C between two reads ends the sample unfinished; what is printed is always whole.
-    const auto readings = read_until(guard, *session, items);
-    if (!readings) {
-      break;
-    }
-    print_sample(*readings);
-    failed = failed || any_failed(*readings);
-    if (sample == count) {
-      break;
-    }
-    // Samples keep to the clock; one that took longer than the interval delays the next.
-    next = std::max(next + interval, steady_clock::now());
-    if (guard.wait_until(next)) {
-      break;
-    }
+  Watch watch(attendant, options, *session, {items, interval, count});
+  if (options.json || !can_draw_on(STDOUT_FILENO) || !watch.on_screen()) {
+    watch.as_lines();
   }
-  return failed ? ExitCode::item_failed : ExitCode::success;
+  return attendant.exit_code();
 }
 
 }  // namespace
@@ -121,6 +150,7 @@ void add_watch(CommandLine& line) {
   command.add_option("--interval", options->interval, "Seconds between samples (default 2)")
       ->type_name("S");
   command.add_option("--count", options->count, "End after so many samples")->type_name("N");
+  command.add_flag("--changed", options->changed, "Show only what has changed lately");
   command.add_flag("--json", options->json, "Print one line of JSON a sample");
 }
 

@@ -8,6 +8,7 @@
 #include "tools/host/descriptor_output.h"
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
+#include "tools/kovactl/attendant.h"
 #include "tools/kovactl/commands.h"
 #include "tools/kovactl/output.h"
 
@@ -23,22 +24,30 @@ kova_host::JsonPtr error_document(const kova_host::HostError& error) {
   return document;
 }
 
+void tell(const kova_host::HostError& error, bool as_json) {
+  kovactl::report(error.what());
+  if (as_json) {
+    kovactl::print(
+        kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::indented));
+  }
+}
+
 ExitCode run(const std::vector<std::string>& arguments) {
+  const bool as_json = kovactl::asks_for_json(arguments);
   try {
     kovactl::CommandLine line;
     kovactl::add_commands(line);
-    const auto parsed = line.parse(arguments);
+    auto parsed = line.parse(arguments);
     if (parsed.answer) {
       kovactl::print(*parsed.answer);
       return ExitCode::success;
     }
+    kovactl::Attendant attendant(
+        parsed.globals, [as_json](const kova_host::HostError& error) { tell(error, as_json); });
+    parsed.globals.attendant = &attendant;
     return parsed.run(parsed.globals);
   } catch (const kova_host::HostError& error) {
-    kovactl::report(error.what());
-    if (kovactl::asks_for_json(arguments)) {
-      kovactl::print(
-          kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::indented));
-    }
+    tell(error, as_json);
     return kovactl::exit_code_of(error);
   }
 }

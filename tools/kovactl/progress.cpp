@@ -5,46 +5,94 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <mutex>
 #include <utility>
 
+#include "tools/host/plain_text.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/terminal.h"
 
 namespace kovactl {
+namespace {
 
-Progress::Progress(std::string label, size_t total) : label_(std::move(label)), total_(total) {
-  if (is_terminal(STDERR_FILENO)) {
-    thread_ = std::jthread([this](const std::stop_token& stop) { draw(stop); });
-  }
-}
+using std::chrono::steady_clock;
 
-std::string Progress::line(int seconds) const {
-  if (total_ == 0) {
-    return fmt::format("\r{}, {} s{}", label_, seconds, kEraseToEndOfLine);
-  }
-  return fmt::format("\r{} {}/{}{}", label_, done_.load(), total_, kEraseToEndOfLine);
-}
-
-void Progress::draw(const std::stop_token& stop) const {
-  using std::chrono::steady_clock;
-  const auto start = steady_clock::now();
-  auto next = start + std::chrono::milliseconds(500);
+struct State {
   std::mutex mutex;
-  std::unique_lock lock(mutex);
-  std::condition_variable_any wake;
+  bool ended = false;
+  std::string label;  // "" if there is nothing to show
+  std::string item;
+  size_t done = 0;
+  size_t total = 0;
+  steady_clock::time_point start;
   bool drawn = false;
-  while (!wake.wait_until(lock, stop, next, [&stop] { return stop.stop_requested(); })) {
-    const auto elapsed = steady_clock::now() - start;
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
-    write_if_possible(STDERR_FILENO, line(static_cast<int>(seconds)));
-    drawn = true;
-    next = steady_clock::now() + std::chrono::milliseconds(200);
+};
+
+State& state() {
+  static State instance;
+  return instance;
+}
+
+std::string line_of(const State& now, steady_clock::duration elapsed) {
+  using std::chrono::duration_cast, std::chrono::seconds;
+  if (now.total == 0) {
+    return fmt::format("{}, {} s", now.label, duration_cast<seconds>(elapsed).count());
   }
-  if (drawn) {
+  return fmt::format("{} {}/{}, {}", now.label, now.done, now.total, now.item);
+}
+
+void erase(State& now) {
+  if (std::exchange(now.drawn, false)) {
     write_if_possible(STDERR_FILENO, fmt::format("\r{}", kEraseToEndOfLine));
   }
+}
+
+}  // namespace
+
+Progress::Progress(std::string label, size_t total) {
+  State& now = state();
+  const std::lock_guard lock(now.mutex);
+  now.label = std::move(label);
+  now.item.clear();
+  now.done = 0;
+  now.total = total;
+  now.start = steady_clock::now();
+}
+
+Progress::~Progress() {
+  State& now = state();
+  const std::lock_guard lock(now.mutex);
+  now.label.clear();
+  erase(now);
+}
+
+void Progress::advance(const kova_host::Item& item) {
+  State& now = state();
+  const std::lock_guard lock(now.mutex);
+  ++now.done;
+  now.item = name_or_path(item);
+}
+
+void draw_progress() {
+  State& now = state();
+  const std::lock_guard lock(now.mutex);
+  const auto elapsed = steady_clock::now() - now.start;
+  if (now.ended || now.label.empty() || elapsed < std::chrono::milliseconds(500) ||
+      !can_draw_on(STDERR_FILENO)) {
+    return;
+  }
+  // A line that wrapped could not be drawn over.
+  const std::string line = kova_host::shortened(kova_host::printable(line_of(now, elapsed)),
+                                                terminal_columns(STDERR_FILENO).value_or(80) - 1);
+  write_if_possible(STDERR_FILENO, fmt::format("\r{}{}", line, kEraseToEndOfLine));
+  now.drawn = true;
+}
+
+void end_progress() {
+  State& now = state();
+  const std::lock_guard lock(now.mutex);
+  erase(now);
+  now.ended = true;
 }
 
 }  // namespace kovactl

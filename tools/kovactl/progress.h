@@ -1,30 +1,31 @@
 // Signs of life on stderr while something slow runs.
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <string>
-#include <thread>
+
+#include "tools/host/item.h"
 
 namespace kovactl {
 
-// Shows "reading 37/412", or "starting the module, 3 s" without a total, once the work has taken
-// half a second; takes the line away again when it is destroyed. Silent unless stderr is a
-// terminal. The drawing has a thread of its own, since one device call may last for seconds.
+// What the command is at: "reading 37/412, PoE 1 power", or "starting the module, 3 s" without a
+// total. One at a time; the attendant shows it once it has lived for half a second, and it takes
+// the line away again when it is destroyed. Silent unless stderr is a terminal that can draw.
 class Progress {
  public:
   explicit Progress(std::string label, size_t total = 0);
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
 
-  void advance() { ++done_; }
-
- private:
-  void draw(const std::stop_token& stop) const;
-  std::string line(int seconds) const;
-
-  std::string label_;
-  size_t total_;
-  std::atomic<size_t> done_ = 0;
-  std::jthread thread_;  // the last member: it is stopped before the others go
+  // The next of the total is this item's turn.
+  void advance(const kova_host::Item& item);
 };
+
+// For the attendant, from its own thread: shows the progress there is, if it is time to.
+void draw_progress();
+
+// Takes the line away, for good: what is drawn afterwards stands on a clean line.
+void end_progress();
 
 }  // namespace kovactl

@@ -44,12 +44,18 @@ bool is_terminal(int descriptor) {
   return isatty(descriptor) == 1;
 }
 
-size_t terminal_rows() {
-  winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0) {
-    return 24;
+bool can_draw_on(int descriptor) {
+  const std::string_view type = variable("TERM");
+  return is_terminal(descriptor) && !type.empty() && type != "dumb";
+}
+
+std::optional<size_t> terminal_columns(int descriptor) {
+  if (!is_terminal(descriptor)) {
+    return std::nullopt;
   }
-  return size.ws_row;
+  winsize size{};
+  const bool told = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return told ? size.ws_col : 80;
 }
 
 bool prefers_utf8() {
@@ -65,8 +71,7 @@ bool prefers_utf8() {
 }
 
 Painter Painter::for_stdout() {
-  return Painter(is_terminal(STDOUT_FILENO) && variable("NO_COLOR").empty() &&
-                 variable("TERM") != "dumb");
+  return Painter(can_draw_on(STDOUT_FILENO) && variable("NO_COLOR").empty());
 }
 
 std::string Painter::operator()(Style style, std::string_view text) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,19 +12,24 @@ inline constexpr std::string_view kEraseToEndOfLine = "\x1b[K";
 
 bool is_terminal(int descriptor);
 
-// Rows of the terminal on stdout; 24 if it does not tell.
-size_t terminal_rows();
+// True for a terminal whose cursor can be moved: TERM names one, and not "dumb".
+bool can_draw_on(int descriptor);
+
+// Columns of the terminal there, 80 if it does not tell; nothing if it is none.
+std::optional<size_t> terminal_columns(int descriptor);
 
 // True if the user's locale encodes text as UTF-8. The environment is looked at, never set.
 bool prefers_utf8();
 
 enum class Style { plain, heading, faint, unreadable, alarm, changed };
 
-// Colours text on a terminal, unless NO_COLOR is set; leaves it alone otherwise.
+// Colours text on a terminal that can draw, unless NO_COLOR is set; leaves it alone otherwise.
 class Painter {
  public:
   explicit Painter(bool colour) : colour_(colour) {}
   static Painter for_stdout();
+
+  bool paints() const { return colour_; }
 
   std::string operator()(Style style, std::string_view text) const;
 

@@ -1,0 +1,108 @@
+// The thread beside the command's own: progress, the device's time limit, Ctrl-C.
+#include "tools/kovactl/attendant.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <csignal>
+#include <utility>
+
+#include "tools/host/descriptor_output.h"
+#include "tools/kovactl/progress.h"
+#include "tools/kovactl/unanswered.h"
+
+namespace kovactl {
+namespace {
+
+constexpr std::chrono::milliseconds kTick{50};
+constexpr std::chrono::seconds kGrace{1};
+
+}  // namespace
+
+Attendant::Attendant(const GlobalOptions& options, Tell tell)
+    : limit_seconds_(options.timeout_seconds),
+      host_options_(options.host),
+      tell_(std::move(tell)),
+      thread_([this](const std::stop_token& stop) { attend(stop); }) {}
+
+void Attendant::before_exit(std::function<void()> hook) {
+  const std::lock_guard lock(mutex_);
+  before_exit_ = std::move(hook);
+}
+
+void Attendant::attend(const std::stop_token& stop) {
+  block_all_signals();
+  std::mutex mutex;
+  std::unique_lock lock(mutex);
+  std::condition_variable_any wake;
+  while (!wake.wait_for(lock, stop, kTick, [&stop] { return stop.stop_requested(); })) {
+    check_signals();
+    check_end();
+    check_pending_call();
+    draw_progress();
+  }
+}
+
+void Attendant::put_terminal_in_order() {
+  const std::lock_guard lock(mutex_);
+  if (before_exit_) {
+    before_exit_();
+  }
+  end_progress();
+}
+
+void Attendant::check_signals() {
+  if (!signals_.interrupted()) {
+    return;
+  }
+  if (!command_can_end_) {
+    put_terminal_in_order();
+    // As if the signal had never been held back, so that the caller sees what ended the program.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, signals_.signal());
+    (void)raise(signals_.signal());
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+  }
+  if (!interrupted_.exchange(true)) {
+    interruption_.raise();
+    ending_ = true;
+  }
+}
+
+void Attendant::check_end() {
+  if (!ending_) {
+    return;
+  }
+  if (!last_moment_) {
+    last_moment_ = Clock::now() + kGrace;
+  } else if (Clock::now() > *last_moment_) {
+    put_terminal_in_order();
+    _exit(static_cast<int>(exit_code_.load()));
+  }
+}
+
+void Attendant::check_pending_call() {
+  const auto call = PendingCall::now();
+  if (!limit_seconds_ || !call) {
+    return;
+  }
+  if (std::chrono::duration<double>(Clock::now() - call->since).count() < *limit_seconds_) {
+    return;
+  }
+  const HostError error = unanswered(*call, *limit_seconds_, host_options_, [this] {
+    check_signals();
+    draw_progress();
+    return !interrupted_;
+  });
+  put_terminal_in_order();
+  try {
+    tell_(error);
+  } catch (const OutputError&) {
+    // The exit code says it.
+  }
+  _exit(static_cast<int>(exit_code_of(error)));
+}
+
+}  // namespace kovactl

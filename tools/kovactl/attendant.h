@@ -1,0 +1,69 @@
+// The thread beside the command's own. That one may be stuck in the device library, where nothing
+// can reach it; this one shows progress, holds the device to its time, and takes Ctrl-C.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "tools/host/errors.h"
+#include "tools/host/interrupts.h"
+#include "tools/kovactl/command_line.h"
+#include "tools/kovactl/event_flag.h"
+
+namespace kovactl {
+
+class Attendant {
+ public:
+  using Tell = std::function<void(const HostError&)>;
+
+  // Takes SIGINT, SIGTERM and SIGHUP over; make it before any other thread. A call into the module
+  // that lasts longer than the options' time limit ends the program, after `tell` was told what did
+  // not answer.
+  Attendant(const GlobalOptions& options, Tell tell);
+
+  // For a command that a signal ends in order, with a status that tells of what it has done until
+  // then: instead of the program's end, interruption() is raised, and end() follows.
+  void let_command_end() { command_can_end_ = true; }
+  EventFlag& interruption() { return interruption_; }
+  bool interrupted() const { return interrupted_; }
+
+  // What the program ends with if the command cannot end it.
+  void end_with(ExitCode code) { exit_code_ = code; }
+  ExitCode exit_code() const { return exit_code_; }
+
+  // The command has a second to end the program. More would not help: a call that lasts, lasts.
+  void end() { ending_ = true; }
+
+  // `hook` is called on the attendant's thread before it ends the program, to put the terminal in
+  // order; null for nothing.
+  void before_exit(std::function<void()> hook);
+
+ private:
+  void attend(const std::stop_token& stop);
+  void check_signals();
+  void check_pending_call();
+  void check_end();
+  void put_terminal_in_order();
+
+  using Clock = std::chrono::steady_clock;
+
+  InterruptGuard signals_;
+  EventFlag interruption_;
+  std::optional<double> limit_seconds_;
+  HostOptions host_options_;
+  Tell tell_;
+  std::mutex mutex_;
+  std::function<void()> before_exit_;  // under the mutex
+  std::atomic<bool> command_can_end_ = false;
+  std::atomic<bool> interrupted_ = false;
+  std::atomic<bool> ending_ = false;
+  std::atomic<ExitCode> exit_code_ = ExitCode::success;
+  std::optional<Clock::time_point> last_moment_;
+  std::jthread thread_;  // the last member: it is stopped before the others go
+};
+
+}  // namespace kovactl

@@ -1,0 +1,19 @@
+// A sample of `kovactl watch` for pipes and logs.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/kovactl/sampler.h"
+
+namespace kovactl {
+
+// One line: the UTC time with milliseconds, then "0x14140201=48.2" for each item, separated by
+// tabs.
+std::string sample_line(const std::vector<Item>& items, const Sample& sample);
+
+// One line of JSON: as `list --json`, without what never changes, and with "time", the seconds
+// since the Unix epoch.
+std::string sample_json(const std::vector<Item>& items, const Sample& sample);
+
+}  // namespace kovactl

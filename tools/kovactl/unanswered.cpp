@@ -1,0 +1,78 @@
+// What to say of a device that does not answer.
+#include "tools/kovactl/unanswered.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/host/item_data.h"
+#include "tools/kovactl/child_process.h"
+
+namespace kovactl {
+namespace {
+
+constexpr uint32_t kFamilyMask = 0xFFFF0000;
+
+std::string name_of_item(uint32_t id) {
+  for (const FamilyData& family : item_data()) {
+    if (family.id != (id & kFamilyMask)) {
+      continue;
+    }
+    for (const Item& item : family.items(family.instances ? family.instances->max : 1)) {
+      if (item.id == id) {
+        return ' ' + item.name;
+      }
+    }
+  }
+  return "";
+}
+
+// The last item that `kovactl read-each-item` names before it is stuck, or "".
+std::string item_that_hangs(double limit_seconds, const HostOptions& options,
+                            const std::function<bool()>& wait_on) {
+  std::vector<std::string> arguments = {"read-each-item"};
+  if (options.simulate) {
+    arguments.emplace_back("--simulate");
+    if (options.machine) {
+      arguments.push_back(*options.machine);
+    }
+  }
+  ChildProcess child(arguments);
+  std::string last;
+  while (const auto line = child.next_line(limit_seconds, wait_on)) {
+    last = *line;
+  }
+  return child.at_end() ? "" : last;
+}
+
+}  // namespace
+
+std::string subject_of(const PendingCall::State& call) {
+  switch (call.subject) {
+    case PendingCall::Subject::item:
+      return id_text(call.number) + name_of_item(call.number);
+    case PendingCall::Subject::device_code:
+      return fmt::format("device code 0x{:08X}", call.number);
+    case PendingCall::Subject::module:
+      break;
+  }
+  return "the module";
+}
+
+HostError unanswered(const PendingCall::State& call, double limit_seconds,
+                     const HostOptions& options, const std::function<bool()>& wait_on) {
+  std::string subject = subject_of(call);
+  if (call.subject == PendingCall::Subject::module) {
+    const std::string item = item_that_hangs(limit_seconds, options, wait_on);
+    if (item.empty()) {
+      return {Fault::no_device,
+              fmt::format("the module did not come back within {} s, although the device answers "
+                          "for every item: it needs more time",
+                          limit_seconds)};
+    }
+    subject = item;
+  }
+  return {Fault::no_device, fmt::format("{} did not answer within {} s", subject, limit_seconds)};
+}
+
+}  // namespace kovactl
