@@ -26,6 +26,11 @@ else()
                          $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 endif()
 
+if(KOVA_SANITIZE_THREADS)
+  target_compile_options(kova_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(kova_options INTERFACE -fsanitize=thread)
+endif()
+
 if(KOVA_COVERAGE)
   target_compile_options(kova_options INTERFACE --coverage -fprofile-abs-path -fprofile-update=atomic)
   target_link_options(kova_options INTERFACE --coverage)

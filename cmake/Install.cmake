@@ -1,6 +1,6 @@
 # What an installation has beside the programs, which their own folders install: the header and
 # how a host's build finds it, and the documentation. Components are runtime (the plug-in), dev
-# (for host programmers) and tools (kovactl and the simulator).
+# (for host programmers) and tools (kovactl, the simulator and the recorder).
 include(CMakePackageConfigHelpers)
 
 set(build_support ${CMAKE_CURRENT_LIST_DIR})
@@ -38,5 +38,5 @@ install(FILES docs/host-guide.md docs/items.md
         DESTINATION ${document_folder}/kova-iot-dev COMPONENT dev)
 install(FILES examples/minimal_host.c examples/minimal_host.py
         DESTINATION ${document_folder}/kova-iot-dev/examples COMPONENT dev)
-install(FILES docs/json.md docs/json.schema.json docs/machine-description.md
+install(FILES docs/json.md docs/json.schema.json docs/machine-description.md docs/support.md
         DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)

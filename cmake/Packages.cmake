@@ -98,7 +98,16 @@ kova_package(tools DEB kova-iot-tools RPM kova-iot-tools SECTION utils BINARY NE
              DEB_SUGGESTS bash-completion DESCRIPTION
 "hardware-monitoring plug-in for an IoT agent (command-line tool)
 kovactl loads the KOVA IoT module as an agent does, and lists, reads, writes
-and watches its items. A simulated device library lets both run on a machine
-without the hardware.")
+and watches its items, records a machine and compares two. A simulated device
+library lets both run on a machine without the hardware, and replays what was
+recorded.")
+
+kova_package(exporter DEB kova-iot-exporter RPM kova-iot-exporter SECTION net BINARY NEEDS runtime
+             DEB_SUGGESTS kova-iot-tools DESCRIPTION
+"hardware-monitoring plug-in for an IoT agent (exporter)
+kova-exporter loads the KOVA IoT module and serves what it reads over HTTP:
+metrics for Prometheus, a live page with charts, and JSON. It listens on the
+machine itself only unless told otherwise, and cannot write to the device.
+Its systemd service is not enabled by the installation.")
 
 include(CPack)

@@ -4,7 +4,7 @@
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
-build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libncurses-dev"
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte" ;;
@@ -13,6 +13,7 @@ case "${1:-build}" in
   package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
   package-test) packages="debootstrap debian-archive-keyring git" ;;
   fuzz) packages="$build clang libclang-rt-dev llvm" ;;
+  browser) packages="$build chromium chromium-driver python3-selenium" ;;
   coverage) packages="$build libgtest-dev locales gcovr python3 python3-jsonschema python3-pyte" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
   mutation) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte ccache git" ;;

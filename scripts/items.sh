@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Writes docs/items.md from the families' rows, and docs/host-guide.md's table of statuses from the C
-# header. Usage: scripts/items.sh [--check]
+# Writes docs/items.md and docs/metrics.md from the families' rows, and docs/host-guide.md's table of
+# statuses from the C header. Usage: scripts/items.sh [--check]
 # --check writes nothing, and fails when a page is not what would be written.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
@@ -16,18 +16,19 @@ esac
 
 scripts/install_dependencies.sh test
 quietly cmake --preset dev
-quietly cmake --build build/dev --parallel "$(nproc)" --target items_document
+quietly cmake --build build/dev --parallel "$(nproc)" --target items_document metrics_document
 made=$(mktemp -d)
 trap 'rm -rf "$made"' EXIT
 generator=build/dev/module/items/items_document
 "$generator" --markdown >"$made/items.md"
+build/dev/tools/host/metrics_document >"$made/metrics.md"
 # The guide's table: what stands before its first status, the statuses, and what follows them.
 "$generator" --statuses >"$made/statuses"
 awk -v statuses="$made/statuses" '
   /^\| `IOT_STATUS_/ { if (!done++) while ((getline line < statuses) > 0) print line; next }
   { print }' docs/host-guide.md >"$made/host-guide.md"
 
-for page in items.md host-guide.md; do
+for page in items.md metrics.md host-guide.md; do
   if [ "$check" = no ]; then
     cat "$made/$page" >"docs/$page"
   elif ! diff -u "docs/$page" "$made/$page" >&2; then

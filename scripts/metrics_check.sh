@@ -60,13 +60,13 @@ prometheus --config.file="$work/prometheus.yml" --storage.tsdb.path="$work/data"
   --web.listen-address="127.0.0.1:$prometheus_port" >"$work/prometheus.log" 2>&1 &
 started+=($!)
 
-# The design voltage of the simulated battery does not move: 11100 mV.
+# The design voltage of the simulated battery does not move: 11.1 V.
 answer_is_the_reading() {
-  ask "http://127.0.0.1:$prometheus_port/api/v1/query?query=kova_voltage_millivolt%7Bid%3D%220x14190500%22%7D" |
+  ask "http://127.0.0.1:$prometheus_port/api/v1/query?query=kova_voltage_volts%7Bid%3D%220x14190500%22%7D" |
     python3 -c '
 import json, sys
 result = json.load(sys.stdin)["data"]["result"]
-assert [r["value"][1] for r in result] == ["11100"], result
+assert [r["value"][1] for r in result] == ["11.1"], result
 assert result[0]["metric"]["family"] == "SMART BATTERY", result'
 }
 eventually answer_is_the_reading

@@ -9,25 +9,14 @@
 
 #include "simulator/item_parser.h"
 #include "simulator/json_node.h"
+#include "simulator/trace_parser.h"
 
 namespace kova_sim {
 namespace {
 
-constexpr std::size_t MAX_FILE_SIZE = std::size_t{16} << 20;
 constexpr int MAX_DEPTH = 8;
 
 using Items = std::map<std::uint32_t, Item>;
-
-JsonOwner parse_json(const std::string& text, const std::string& file) {
-  json_error_t error;
-  JsonOwner json(
-      json_loadb(text.data(), text.size(), JSON_REJECT_DUPLICATES | JSON_ALLOW_NUL, &error));
-  if (!json) {
-    throw DescriptionError(file + ":" + std::to_string(error.line) + ":" +
-                           std::to_string(error.column) + ": " + error.text);
-  }
-  return json;
-}
 
 void read_clock(MachineDescription& machine, const Node& node) {
   constexpr std::int64_t ONE_DAY_MS = 86'400'000;
@@ -150,26 +139,27 @@ MachineDescription read_base(const Node& node, const std::string& file, const Fi
   return read_machine(reader(path), path, reader, depth + 1);
 }
 
-// Base, copies, codes: each step may change what the ones before have described, whatever the
-// order of the keys in the file.
+// Base, copies, recording, codes: each step may change what the ones before have described,
+// whatever the order of the keys in the file.
 MachineDescription read_machine(const std::string& text, const std::string& file,
                                 const FileReader& reader, int depth) {
-  const JsonOwner json = parse_json(text, file);
+  const JsonSource source = JsonSource::parse(text, file);
   std::optional<Node> base;
   std::optional<Node> clock;
   std::optional<Node> bus;
   std::optional<Node> copies;
+  std::optional<Node> trace;
   std::optional<Node> codes;
   const auto keep = [](std::optional<Node>& place) {
     return [&place](const Node& node) { place = node; };
   };
-  Node(json.get(), file, "")
-      .members({{"note", [](const Node& n) { n.text(); }},
-                {"base", keep(base)},
-                {"clock", keep(clock)},
-                {"bus", keep(bus)},
-                {"copy", keep(copies)},
-                {"codes", keep(codes)}});
+  Node(source).members({{"note", [](const Node& n) { n.text(); }},
+                        {"base", keep(base)},
+                        {"clock", keep(clock)},
+                        {"bus", keep(bus)},
+                        {"copy", keep(copies)},
+                        {"trace", keep(trace)},
+                        {"codes", keep(codes)}});
   MachineDescription machine;
   if (base) {
     machine = read_base(*base, file, reader, depth);
@@ -182,6 +172,10 @@ MachineDescription read_machine(const std::string& text, const std::string& file
   }
   if (copies) {
     read_copies(machine.items, *copies);
+  }
+  if (trace) {
+    read_recording(machine, *trace);
+    check_size(machine.items, *trace);
   }
   if (codes) {
     read_codes(machine.items, *codes);

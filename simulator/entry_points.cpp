@@ -77,3 +77,14 @@ KOVA_SIM_EXPORT const char* KovaSimulatorError(void) {
   loaded.error_is_told = true;
   return loaded.machine ? nullptr : loaded.error.c_str();
 }
+
+KOVA_SIM_EXPORT void KovaSimulatorSetTime(uint64_t milliseconds) {
+  if (kova_sim::Machine* machine = kova_sim::machine()) {
+    machine->set_time(milliseconds);
+  }
+}
+
+KOVA_SIM_EXPORT uint64_t KovaSimulatorRecordedTime(void) {
+  const kova_sim::Library& loaded = kova_sim::library();
+  return loaded.machine ? loaded.machine->recorded_ms() : 0;
+}

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "simulator/kova_device_sim.h"
+#include "simulator/trace_parser.h"
 
 namespace kova_sim {
 namespace {
@@ -177,6 +178,7 @@ void apply_object(Item& item, const Node& entry, const Place& place) {
                  {"ramp", [&](const Node& n) { sources.emplace_back(read_ramp(n)); }},
                  {"sine", [&](const Node& n) { sources.emplace_back(read_sine(n)); }},
                  {"noise", [&](const Node& n) { sources.emplace_back(read_noise(n)); }},
+                 {"trace", [&](const Node& n) { sources.emplace_back(read_trace(n)); }},
                  {"write", [&](const Node& n) { item.write = read_write(n, place); }},
                  {"fail_read", [&](const Node& n) { item.fail_read = read_failure(n, true); }},
                  {"fail_write", [&](const Node& n) { item.fail_write = read_failure(n, false); }},
@@ -189,7 +191,7 @@ void apply_object(Item& item, const Node& entry, const Place& place) {
     sources.emplace_back(read_text(*text, nul ? '\0' : ' ', place));
   }
   if (sources.size() > 1) {
-    entry.refuse("more than one of value, text, ramp, sine and noise");
+    entry.refuse("more than one of value, text, ramp, sine, noise and trace");
   }
   if (!sources.empty()) {
     item.value = sources.front();
@@ -199,18 +201,14 @@ void apply_object(Item& item, const Node& entry, const Place& place) {
 }  // namespace
 
 CodeRun parse_run(const std::string& text, const Node& node) {
-  constexpr std::string_view DOTS = "..";
-  const std::size_t dots = text.find(DOTS);
-  const auto first = parse_hex(text.substr(0, dots));
-  const auto last = dots == std::string::npos ? first : parse_hex(text.substr(dots + DOTS.size()));
-  if (!first || !last) {
+  const auto run = parse_code_run(text);
+  if (!run) {
     node.refuse("a device code is \"0x690000\", a run of them \"0x690000..0x69000A\"");
   }
-  const CodeRun run{*first, *last};
-  if (run.last < run.first || run.size() > MAX_RUN) {
+  if (run->last < run->first || run->size() > MAX_RUN) {
     node.refuse("a run goes upward over at most " + std::to_string(MAX_RUN) + " codes");
   }
-  return run;
+  return *run;
 }
 
 void apply_entry(Item& item, const Node& entry, const Place& place) {

@@ -9,20 +9,7 @@
 
 namespace kova_sim {
 
-/// Codes from first to last, both included.
-struct CodeRun {
-  std::uint32_t first = 0;
-  std::uint32_t last = 0;
-
-  std::uint64_t size() const { return std::uint64_t{last} - first + 1; }
-  bool contains(std::uint32_t code) const { return first <= code && code <= last; }
-};
-
-/// No machine needs more; a slip of the pen must not eat the memory.
-inline constexpr std::uint64_t MAX_RUN = 4096;
-inline constexpr std::uint64_t MAX_CODES = 65536;
-
-/// "0x690000" or "0x690000..0x69000A"; refused with `node`'s file and key otherwise.
+/// "0x690000" or "0x690000..0x69000A"; refused with `node`'s place otherwise.
 CodeRun parse_run(const std::string& text, const Node& node);
 
 /// Where in a run of `count` codes an entry is applied.

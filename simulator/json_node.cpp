@@ -1,14 +1,106 @@
 // Typed, range-checked access to the values of a description.
 #include "simulator/json_node.h"
 
-#include <charconv>
+#include <algorithm>
 
 #include "simulator/value_source.h"
 
 namespace kova_sim {
 
+namespace {
+
+// The way from the whole file to a value: its keys as the user is shown them, and how many keys
+// and values begin before it in the text.
+struct Place {
+  std::string path;
+  std::size_t tokens = 0;
+};
+
+// Looks below `at` for the value at a place of `container`. Only that one's steps stay in `place`.
+bool find_value(const json_t* at, const json_t* container, std::size_t index, Place& place) {
+  ++place.tokens;
+  const std::size_t length = place.path.size();
+  std::size_t i = 0;
+  const auto step = [&](json_t* child, const std::string& name) {
+    place.path += name;
+    if ((at == container && i++ == index) || find_value(child, container, index, place)) {
+      return true;
+    }
+    place.path.resize(length);
+    return false;
+  };
+  if (json_is_array(at)) {
+    for (std::size_t element = 0; element < json_array_size(at); ++element) {
+      if (step(json_array_get(at, element),
+               std::string("[").append(std::to_string(element)).append("]"))) {
+        return true;
+      }
+    }
+    return false;
+  }
+  auto* object = const_cast<json_t*>(at);  // jansson iterates over objects that may change
+  for (void* member = json_object_iter(object); member != nullptr;
+       member = json_object_iter_next(object, member)) {
+    ++place.tokens;
+    if (step(json_object_iter_value(member),
+             std::string(length == 0 ? "" : ".").append(json_object_iter_key(member)))) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Past the key or value that begins at `at`; an object or array is only entered.
+std::size_t end_of_token(const std::string& text, std::size_t at) {
+  if (text[at] == '{' || text[at] == '[') {
+    return at + 1;
+  }
+  if (text[at] != '"') {
+    return std::min(text.find_first_of(" \t\r\n,]}", at), text.size());
+  }
+  for (++at; at < text.size() && text[at] != '"'; ++at) {
+    at += text[at] == '\\' ? 1 : 0;
+  }
+  return at + 1;
+}
+
+// The line in which a key or value of the valid JSON begins, by how many begin before it.
+std::size_t line_of_token(const std::string& text, std::size_t tokens_before) {
+  std::size_t line = 1;
+  for (std::size_t at = 0; at < text.size();) {
+    if (std::string_view(" \t\r\n,:]}").find(text[at]) != std::string_view::npos) {
+      line += text[at] == '\n' ? 1 : 0;
+      ++at;
+    } else if (tokens_before-- > 0) {
+      at = end_of_token(text, at);
+    } else {
+      break;
+    }
+  }
+  return line;
+}
+
+}  // namespace
+
+JsonSource JsonSource::parse(std::string text, std::string file) {
+  json_error_t error;
+  JsonOwner json(
+      json_loadb(text.data(), text.size(), JSON_REJECT_DUPLICATES | JSON_ALLOW_NUL, &error));
+  if (!json) {
+    throw DescriptionError(file + ":" + std::to_string(error.line) + ":" +
+                           std::to_string(error.column) + ": " + error.text);
+  }
+  return {std::move(file), std::move(text), std::move(json)};
+}
+
 void Node::refuse(const std::string& reason) const {
-  throw DescriptionError(file_ + ": " + (path_.empty() ? "" : path_ + ": ") + reason);
+  Place place;
+  if (container_ != nullptr) {
+    find_value(source_->json.get(), container_, index_, place);
+  }
+  throw DescriptionError(source_->file + ":" +
+                         std::to_string(line_of_token(source_->text, place.tokens)) + ": " +
+                         (place.path.empty() ? "" : place.path + ": ") + reason);
 }
 
 std::int64_t Node::integer(std::int64_t min, std::int64_t max) const {
@@ -76,9 +168,9 @@ void Node::each_member(const std::function<void(const std::string&, const Node&)
   if (!is_object()) {
     refuse("expected an object");
   }
+  std::size_t index = 0;
   for (void* at = json_object_iter(json_); at != nullptr; at = json_object_iter_next(json_, at)) {
-    const std::string key = json_object_iter_key(at);
-    read(key, Node(json_object_iter_value(at), file_, path_.empty() ? key : path_ + "." + key));
+    read(json_object_iter_key(at), Node(json_object_iter_value(at), source_, json_, index++));
   }
 }
 
@@ -99,31 +191,9 @@ void Node::members(const std::vector<Member>& known) const {
 std::vector<Node> Node::elements() const {
   std::vector<Node> elements;
   for (std::size_t i = 0; i < json_array_size(json_); ++i) {
-    elements.emplace_back(json_array_get(json_, i), file_, path_ + "[" + std::to_string(i) + "]");
+    elements.push_back(Node(json_array_get(json_, i), source_, json_, i));
   }
   return elements;
-}
-
-std::optional<std::uint32_t> parse_hex(std::string_view text) {
-  if (text.size() < 3 || text.size() > 10 || text.substr(0, 2) != "0x") {
-    return std::nullopt;
-  }
-  std::uint32_t word = 0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data() + 2, end, word, 16);
-  if (result.ec != std::errc{} || result.ptr != end) {
-    return std::nullopt;
-  }
-  return word;
-}
-
-std::string format_hex(std::uint32_t word) {
-  constexpr std::string_view DIGITS = "0123456789ABCDEF";
-  std::string text;
-  for (int shift = 28; shift >= 0; shift -= 4) {
-    text += DIGITS[(word >> shift) & 0xF];
-  }
-  return "0x" + text;
 }
 
 }  // namespace kova_sim

@@ -1,5 +1,5 @@
-// One value of a description file together with its key path, so that whatever is wrong with it
-// can be said with file, key and reason.
+// One value of a description file together with its place in it, so that whatever is wrong with it
+// can be said with file, line, key and reason.
 #pragma once
 
 #include <jansson.h>
@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "simulator/device_code.h"
 
 namespace kova_sim {
 
@@ -26,6 +28,17 @@ struct JsonRelease {
 };
 using JsonOwner = std::unique_ptr<json_t, JsonRelease>;
 
+/// A parsed file and its text, in which faults are looked up.
+struct JsonSource {
+  std::string file;
+  std::string text;
+  JsonOwner json;
+
+  /// Throws DescriptionError, with line and column, if the text is no JSON.
+  static JsonSource parse(std::string text, std::string file);
+};
+
+/// A value of a source, which must outlive it.
 class Node {
  public:
   struct Member {
@@ -33,8 +46,7 @@ class Node {
     std::function<void(const Node&)> read;
   };
 
-  Node(json_t* json, std::string file, std::string path)
-      : json_(json), file_(std::move(file)), path_(std::move(path)) {}
+  explicit Node(const JsonSource& source) : json_(source.json.get()), source_(&source) {}
 
   [[noreturn]] void refuse(const std::string& reason) const;
 
@@ -61,13 +73,15 @@ class Node {
   std::vector<Node> elements() const;
 
  private:
-  json_t* json_;
-  std::string file_;
-  std::string path_;
-};
+  Node(json_t* json, const JsonSource* source, const json_t* container, std::size_t index)
+      : json_(json), source_(source), container_(container), index_(index) {}
 
-/// "0x" and one to eight hexadecimal digits.
-std::optional<std::uint32_t> parse_hex(std::string_view text);
-std::string format_hex(std::uint32_t word);
+  json_t* json_;
+  const JsonSource* source_;
+  // The object or array that holds it, and its place there: null, true and false are one and the
+  // same value wherever they stand. The whole file has no container.
+  const json_t* container_ = nullptr;
+  std::size_t index_ = 0;
+};
 
 }  // namespace kova_sim

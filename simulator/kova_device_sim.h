@@ -37,6 +37,15 @@ uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value);
  * what is wrong). The text belongs to the library and stays until it is unloaded. */
 const char* KovaSimulatorError(void);
 
+/* From now on every call is answered as at this time, in milliseconds after the machine's start,
+ * until the next call of this function; a "clock" and the delays of the description count no more.
+ * For hosts that walk through a recording faster than it was made. */
+void KovaSimulatorSetTime(uint64_t milliseconds);
+
+/* How long the recording lasts, in milliseconds, that the machine is or builds on; 0 if it is
+ * none, or the description was refused. */
+uint64_t KovaSimulatorRecordedTime(void);
+
 #ifdef __cplusplus
 }
 #endif

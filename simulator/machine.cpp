@@ -36,14 +36,19 @@ Item* Machine::begin_call(std::uint32_t code) {
   Item* item = found == description_.items.end() ? nullptr : &found->second;
   const std::uint64_t delay_us =
       std::uint64_t{description_.bus.delay_us} + (item == nullptr ? 0 : item->delay_us);
+  if (set_time_) {
+    time_ = *set_time_;
+    return item;
+  }
   if (delay_us > 0) {
     std::this_thread::sleep_for(std::chrono::microseconds(delay_us));
   }
   if (description_.clock_step_ms) {
     const std::uint64_t calls_before = all_calls_.reads + all_calls_.writes;
-    seconds_ = static_cast<double>(calls_before) * *description_.clock_step_ms / 1000.0;
+    time_ = std::chrono::milliseconds(calls_before * *description_.clock_step_ms);
   } else {
-    seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    time_ = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() -
+                                                                  start_);
   }
   return item;
 }
@@ -52,10 +57,26 @@ std::uint32_t Machine::not_described() const {
   return description_.bus.not_described.value_or(SIM_STATUS_NOT_DESCRIBED);
 }
 
+// What is there to read, once no failure has struck.
+std::uint32_t Machine::value_of(const Item& item, Calls& calls, std::uint32_t* value) const {
+  if (!item.value) {
+    return not_described();
+  }
+  const auto* trace = std::get_if<SharedTrace>(&*item.value);
+  if (trace == nullptr) {
+    *value = sample(*item.value, time_, calls.reads);
+    return 0;
+  }
+  const Answer& answer = (*trace)->take(whole_milliseconds(time_), calls.read_position);
+  *value = answer.word.value_or(*value);
+  return answer.status;
+}
+
 std::uint32_t Machine::read(std::uint32_t code, std::uint32_t* value) {
   const Item* item = begin_call(code);
   const std::uint64_t all_reads = ++all_calls_.reads;
-  const std::uint64_t reads = item == nullptr ? 0 : ++calls_[code].reads;
+  Calls* calls = item == nullptr ? nullptr : &calls_[code];
+  const std::uint64_t reads = calls == nullptr ? 0 : ++calls->reads;
   // A disturbed bus hides what the device would have answered.
   if (strikes(description_.bus.fail_read, all_reads)) {
     return fail_read(*description_.bus.fail_read, value);
@@ -63,17 +84,14 @@ std::uint32_t Machine::read(std::uint32_t code, std::uint32_t* value) {
   if (item != nullptr && strikes(item->fail_read, reads)) {
     return fail_read(*item->fail_read, value);
   }
-  if (item == nullptr || !item->value) {
-    return not_described();
-  }
-  *value = sample(*item->value, seconds_, reads);
-  return 0;
+  return item == nullptr ? not_described() : value_of(*item, *calls, value);
 }
 
 std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
   const Item* item = begin_call(code);
   const std::uint64_t all_writes = ++all_calls_.writes;
-  const std::uint64_t writes = item == nullptr ? 0 : ++calls_[code].writes;
+  Calls* calls = item == nullptr ? nullptr : &calls_[code];
+  const std::uint64_t writes = calls == nullptr ? 0 : ++calls->writes;
   if (strikes(description_.bus.fail_write, all_writes)) {
     return description_.bus.fail_write->status;
   }
@@ -84,7 +102,10 @@ std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
     return item->fail_write->status;
   }
   if (!item->write) {
-    return SIM_STATUS_READ_ONLY;
+    return !item->recorded_writes
+               ? SIM_STATUS_READ_ONLY
+               : item->recorded_writes->take(whole_milliseconds(time_), calls->write_position)
+                     .status;
   }
   if (!accepts(*item->write, value)) {
     return item->write->refused;
@@ -102,7 +123,7 @@ std::uint32_t Machine::word_of(std::uint32_t code) const {
   if (found == description_.items.end() || !found->second.value) {
     return 0;
   }
-  return sample(*found->second.value, seconds_, calls == calls_.end() ? 0 : calls->second.reads);
+  return sample(*found->second.value, time_, calls == calls_.end() ? 0 : calls->second.reads);
 }
 
 // Words have no sign of their own: they are compared as signed when a limit is negative.

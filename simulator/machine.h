@@ -40,6 +40,9 @@ struct Item {
   std::optional<Failure> fail_read;
   std::optional<Failure> fail_write;
   std::optional<WriteRule> write;
+  /// How writes were answered while the machine was recorded; nothing changes with them. Without
+  /// a rule of its own the code answers so again.
+  SharedTrace recorded_writes;
   std::uint32_t delay_us = 0;
 };
 
@@ -55,6 +58,8 @@ struct MachineDescription {
   Bus bus;
   /// Simulated milliseconds that pass with each call; none: real time passes.
   std::optional<std::uint32_t> clock_step_ms;
+  /// How long the recording lasts that this is, or builds on.
+  std::optional<std::uint64_t> recorded_ms;
   std::map<std::uint32_t, Item> items;
 };
 
@@ -66,13 +71,22 @@ class Machine {
   std::uint32_t read(std::uint32_t code, std::uint32_t* value);
   std::uint32_t write(std::uint32_t code, std::uint32_t value);
 
+  /// From now on calls come at this time after the start, and no delay is waited for.
+  void set_time(std::uint64_t ms) { set_time_ = std::chrono::milliseconds(ms); }
+
+  /// How long the recording lasts that this is; 0 if it is none.
+  std::uint64_t recorded_ms() const { return description_.recorded_ms.value_or(0); }
+
  private:
   struct Calls {
     std::uint64_t reads = 0;
     std::uint64_t writes = 0;
+    TracePosition read_position;
+    TracePosition write_position;
   };
 
   Item* begin_call(std::uint32_t code);
+  std::uint32_t value_of(const Item& item, Calls& calls, std::uint32_t* value) const;
   std::uint32_t not_described() const;
   std::uint32_t word_of(std::uint32_t code) const;
   bool accepts(const WriteRule& rule, std::uint32_t value) const;
@@ -81,7 +95,8 @@ class Machine {
   std::map<std::uint32_t, Calls> calls_;
   Calls all_calls_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-  double seconds_ = 0;  // since the start, at the current call
+  std::optional<std::chrono::milliseconds> set_time_;
+  std::chrono::microseconds time_{0};  // since the start, at the current call
 };
 
 }  // namespace kova_sim

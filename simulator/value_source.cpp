@@ -23,6 +23,7 @@ std::uint64_t scramble(std::uint64_t state) {
 }
 
 struct Sampler {
+  std::chrono::microseconds time;
   double seconds;
   std::uint64_t reads;
 
@@ -46,12 +47,22 @@ struct Sampler {
     const double unit = static_cast<double>(bits) * 0x1p-53;
     return nearest_word(noise.mean + noise.amplitude * (2 * unit - 1));
   }
+
+  std::uint32_t operator()(const SharedTrace& trace) const {
+    return trace->look(whole_milliseconds(time)).word.value_or(0);
+  }
 };
 
 }  // namespace
 
-std::uint32_t sample(const ValueSource& source, double seconds, std::uint64_t reads) {
-  return std::visit(Sampler{seconds, reads}, source);
+std::uint64_t whole_milliseconds(std::chrono::microseconds time) {
+  return static_cast<std::uint64_t>(time.count() / 1000);
+}
+
+std::uint32_t sample(const ValueSource& source, std::chrono::microseconds time,
+                     std::uint64_t reads) {
+  const double seconds = static_cast<double>(time.count()) / 1e6;
+  return std::visit(Sampler{time, seconds, reads}, source);
 }
 
 }  // namespace kova_sim

@@ -1,8 +1,11 @@
 // Where the value of a device code comes from: a stored word, or a signal that moves.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <variant>
+
+#include "simulator/trace.h"
 
 namespace kova_sim {
 
@@ -34,7 +37,7 @@ struct Noise {
   std::uint64_t seed = 0;
 };
 
-using ValueSource = std::variant<Stored, Ramp, Sine, Noise>;
+using ValueSource = std::variant<Stored, Ramp, Sine, Noise, SharedTrace>;
 
 /// The range of a raw word, which the host may take as signed or as unsigned.
 inline constexpr std::int64_t WORD_MIN = INT32_MIN;
@@ -45,8 +48,12 @@ constexpr std::uint32_t to_word(std::int64_t number) {
   return static_cast<std::uint32_t>(static_cast<std::uint64_t>(number));
 }
 
-/// The word that `source` shows `seconds` after the start, at its read number `reads`
-/// (1 for the first).
-std::uint32_t sample(const ValueSource& source, double seconds, std::uint64_t reads);
+/// The moment of a trace that a time after the start falls into.
+std::uint64_t whole_milliseconds(std::chrono::microseconds time);
+
+/// The word that `source` shows at a time after the start, at its read number `reads` (1 for the
+/// first). A trace that fails then without storing a word shows 0.
+std::uint32_t sample(const ValueSource& source, std::chrono::microseconds time,
+                     std::uint64_t reads);
 
 }  // namespace kova_sim

@@ -55,7 +55,13 @@ listed=$("$prefix/bin/kovactl" --simulate sixteen-modules list --family SDRAM) |
   fail "kovactl does not find its module, simulator or machines"
 grep -q '^SDRAM: SDRAM15' <<<"$listed" || fail "kovactl listed: $listed"
 
+"$prefix/bin/kovactl" --simulate record "$work/machine.json" >/dev/null &&
+  "$prefix/bin/kovactl" diff "$work/machine.json" "$work/machine.json" >/dev/null ||
+  fail "kovactl does not find the recorder"
+[ -s "$(pkg-config --variable=recorder kova-iot)" ] || fail "no recorder"
+
 for file in share/man/man1/kovactl.1 share/bash-completion/completions/kovactl \
-  share/doc/kova-iot-dev/host-guide.md share/doc/kova-iot-dev/items.md; do
+  share/doc/kova-iot-dev/host-guide.md share/doc/kova-iot-dev/items.md \
+  share/doc/kova-iot-tools/support.md; do
   [ -s "$prefix/$file" ] || fail "no $file"
 done

@@ -58,7 +58,8 @@ class MisbehavingModule(TestCase):
     def test_names_and_texts_cannot_steer_a_terminal_or_break_a_format(self):
         self.assertNotIn("\x1b", run(FAKE + "list").out)
         self.assertIn('item="Red\x1b[31m \\"\\\\\\n",id="0x14160650"', run(FAKE + "metrics").out)
-        self.assertIn('"Fake/Red__31m____/14160650"', run(FAKE + "senml").out)
+        self.assertIn({"n": "Fake/Package/Red__31m____", "vs": r"a\x1b[2J\x09b"},
+                      run(FAKE + "senml").json)
 
 
 if __name__ == "__main__":

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -55,10 +56,33 @@ TEST(SimulatorLibrary, AnswersFromTheBuiltinMachine) {
   }
 }
 
+// A recording that is walked through: forwards, backwards, and without waiting for its delays.
+TEST(SimulatorLibrary, StandsAtTheTimeThatTheHostSets) {
+  const std::string path = testing::TempDir() + "walked.json";
+  std::ofstream(path) << R"({"bus": {"delay_us": 10000000}, "clock": {"step_ms": 1000},
+    "trace": {"moments": [[0, "0x1", 10], [1000, "0x1", 11]], "seconds": 3}})";
+  const Loaded library(path.c_str());
+  const auto set_time = reinterpret_cast<void (*)(std::uint64_t)>(
+      dlsym(library.handle.get(), "KovaSimulatorSetTime"));
+  const auto recorded_time = reinterpret_cast<std::uint64_t (*)()>(
+      dlsym(library.handle.get(), "KovaSimulatorRecordedTime"));
+  EXPECT_EQ(recorded_time(), 3000U);
+  const std::pair<std::uint64_t, std::uint32_t> cases[] = {
+      {999, 10}, {1000, 11}, {0, 10}, {2999, 11}};
+  for (const auto& [time, expected] : cases) {
+    set_time(time);
+    for (int call = 0; call < 2; ++call) {
+      std::uint32_t word = 0;
+      EXPECT_EQ(library.get(1, &word), 0U);
+      EXPECT_EQ(word, expected) << time;
+    }
+  }
+}
+
 TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
   const std::string path = testing::TempDir() + "bad_machine.json";
   std::ofstream(path) << R"({"base": "builtin", "codes": {"0x1": {"valeu": 1}}})";
-  const std::string reason = path + ": codes.0x1.valeu: unknown key";
+  const std::string reason = path + ":1: codes.0x1.valeu: unknown key";
   {
     const Loaded library(path.c_str());
     std::uint32_t word = 77;

@@ -6,7 +6,6 @@
 #include "tools/host/write_value.h"
 
 namespace kova_host {
-namespace {
 
 JsonPtr json_value(const Reading& reading) {
   if (const auto* integer = std::get_if<int64_t>(&reading.value)) {
@@ -20,6 +19,8 @@ JsonPtr json_value(const Reading& reading) {
   }
   return own(json_null());
 }
+
+namespace {
 
 JsonPtr json_options(const std::vector<Option>& options) {
   JsonPtr array = own(json_array());

@@ -8,6 +8,9 @@
 
 namespace kova_host {
 
+// The value of a good reading, else null.
+JsonPtr json_value(const Reading& reading);
+
 enum class Detail { full, brief };
 
 // One item: where it stands, what it is, its value or null, and the status of the read.

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <system_error>
 
@@ -45,6 +46,12 @@ fs::path simulator_library() {
       {fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../../simulator" / name}, name);
 }
 
+fs::path recorder_library() {
+  const fs::path name = "libKOVADeviceRecorder.so";
+  return first_file(
+      {fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../../recorder" / name}, name);
+}
+
 namespace {
 
 // A shipped description by its name without suffix; "" if there is none.
@@ -76,6 +83,24 @@ fs::path machine_description(const std::string& name) {
     throw HostError(Fault::usage, fmt::format("no machine description '{}'", name));
   }
   return shipped;
+}
+
+std::vector<std::string> shipped_machines() {
+  std::vector<std::string> names;
+  for (const fs::path& place :
+       {fs::path(KOVA_HOST_DATA_FOLDER) / "machines", fs::path("../machines")}) {
+    std::error_code error;
+    for (const auto& file : fs::directory_iterator(program_folder() / place, error)) {
+      if (file.path().extension() == ".json") {
+        names.push_back(file.path().stem());
+      }
+    }
+    if (!names.empty()) {
+      break;
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace kova_host

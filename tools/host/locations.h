@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace kova_host {
 
@@ -10,11 +11,15 @@ namespace kova_host {
 // name, for the dynamic linker to search.
 std::filesystem::path module_library();
 std::filesystem::path simulator_library();
+std::filesystem::path recorder_library();
 
 // `name` is a file, or the name without suffix of a description that is shipped, such as
 // "sixteen-modules". machine_description throws HostError (usage)
 // if there is neither.
 bool is_machine_description(const std::string& name);
 std::filesystem::path machine_description(const std::string& name);
+
+// The names of the shipped descriptions, sorted.
+std::vector<std::string> shipped_machines();
 
 }  // namespace kova_host

@@ -1,213 +1,320 @@
-// Readings in the text formats that monitoring systems scrape. Both want all samples of a metric
-// in one block behind its HELP and TYPE; a reading that failed has no sample.
+// Readings as metrics, after Prometheus' naming rules: one metric a quantity, in base units;
+// settings and factory defaults apart from readings; states as state sets.
 #include "tools/host/metrics.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
-#include "tools/host/units.h"
-#include "tools/host/value_text.h"
+#include "include/kova_iot.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/quantity.h"
 
 namespace kova_host {
 namespace {
 
-constexpr std::string_view kLastSuccess = "kova_item_last_success_timestamp_seconds";
-
-constexpr std::string_view kStateHelp =
-    "State as a number; 0 is off and 1 is on where no labels are named.";
-
-struct Metric {
-  std::string help;
-  std::string unit;
-  bool info = false;
-  std::string samples;
+enum class Subject {
+  state,     // one of the item's options, or on and off
+  word,      // a state that the device tells as a text, or as a number in a text
+  identity,  // a text that does not change
+  quantity,
+  code,  // a number without a unit
 };
 
-// Backslash, quote and line feed, as both formats have it for label values.
-std::string escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    if (c == '\n') {
-      result += "\\n";
-      continue;
-    }
-    if (c == '\\' || c == '"') {
-      result += '\\';
-    }
-    result += c;
+// Settings and defaults have metrics of their own: an alert on a reading must not see them.
+struct Group {
+  Role role;
+  std::string_view prefix;
+  std::string_view help;
+};
+constexpr Group kGroups[] = {
+    {Role::setting, "kova_setting_", "Setting: "},
+    {Role::factory_default, "kova_default_", "Factory default: "},
+    {Role::reading, "kova_", ""},
+};
+
+const Group& group_of(const Item& item) {
+  return *std::find_if(std::begin(kGroups), std::end(kGroups) - 1,
+                       [&item](const Group& group) { return item.facts.role == group.role; });
+}
+
+Subject subject_of(const Item& item) {
+  if (item.kind == ValueKind::boolean || !item.options.empty()) {
+    return Subject::state;
   }
-  return result;
+  if (!item.unit.empty()) {
+    return Subject::quantity;
+  }
+  if (item.kind == ValueKind::text) {
+    return item.facts.role == Role::state ? Subject::word : Subject::identity;
+  }
+  return Subject::code;
+}
+
+// Everything but lower-case letters and digits made "_".
+std::string metric_word(std::string_view unit) {
+  std::string word;
+  for (const char c : unit) {
+    const bool upper = c >= 'A' && c <= 'Z';
+    const bool keep = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+    word += upper ? static_cast<char>(c - 'A' + 'a') : keep ? c : '_';
+  }
+  return word;
+}
+
+// `part` is "", or "minimum" or "maximum" of the range.
+Metric quantity_metric(const Item& item, std::string_view part) {
+  const Quantity* quantity = find_quantity(item.unit);
+  const Group& group = group_of(item);
+  Metric metric;
+  metric.name = group.prefix;
+  if (item.unit.empty()) {
+    metric.name += "code";
+    metric.help = "Number that stands for something, such as a class or a set of bits.";
+  } else if (quantity == nullptr) {
+    metric.name += "other";
+    metric.unit = metric_word(item.unit);
+    metric.help = fmt::format("Number in the unit {}.", item.unit);
+  } else {
+    metric.name += quantity->name;
+    metric.unit = quantity->unit;
+    metric.help = quantity->help;
+  }
+  for (const std::string_view word : {part, std::string_view(metric.unit)}) {
+    metric.name += word.empty() ? "" : "_" + std::string(word);
+  }
+  metric.help = std::string(group.help) + metric.help;
+  return metric;
+}
+
+Metric range_metric(const Item& item, std::string_view part, std::string_view which) {
+  Metric metric = quantity_metric(item, part);
+  metric.help = fmt::format("{} value of the range that the device publishes for {}.", which,
+                            quantity_metric(item, "").name);
+  return metric;
+}
+
+Metric state_metric(const Item& item) {
+  const Group& group = group_of(item);
+  return {fmt::format("{}state", group.prefix), MetricType::state_set, "",
+          fmt::format("{}State: 1 for the present one, 0 for the others.", group.help)};
 }
 
 std::string labels_of(const Item& item) {
-  return fmt::format(R"(family="{}",package="{}",item="{}",id="{}")", escaped(item.family),
-                     escaped(item.package), escaped(item.name), id_text(item.id));
+  return fmt::format("{},{},{},{}", metric_label("family", item.family),
+                     metric_label("package", item.package), metric_label("item", item.name),
+                     metric_label("id", id_text(item.id)));
 }
 
-bool is_state(const Item& item) {
-  return item.kind == ValueKind::boolean || !item.options.empty();
+std::vector<Option> states_of(const Item& item) {
+  static const std::vector<Option> switch_states = {{0, "off"}, {1, "on"}};
+  return item.options.empty() ? switch_states : item.options;
 }
 
-class Exposition {
- public:
-  explicit Exposition(MetricsFormat format) : format_(format) {}
-
-  void add(const Item& item, const Reading& reading) {
-    if (const auto* text = std::get_if<std::string>(&reading.value)) {
-      add_text(item, *text);
-    } else if (is_state(item)) {
-      add_sample("kova_state", "", kStateHelp, item, plain_value(reading));
-    } else {
-      add_number(item, plain_value(reading));
-    }
-  }
-
-  void add_sample(const std::string& name, std::string_view unit, std::string_view help,
-                  const Item& item, std::string_view value) {
-    Metric& metric = metrics_[name];
-    metric.help = help;
-    metric.unit = unit;
-    metric.samples += fmt::format("{}{{{}}} {}\n", name, labels_of(item), value);
-  }
-
-  // The labels of enumerations, one phrase for each option list and the items that have it.
-  void explain_states(const std::vector<Item>& items) {
-    const auto metric = metrics_.find("kova_state");
-    if (metric == metrics_.end()) {
-      return;
-    }
-    std::map<std::string, std::vector<std::string>> names_by_options;
-    for (const Item& item : items) {
-      if (item.kind == ValueKind::text) {
-        continue;
-      }
-      std::vector<std::string> choices;
-      for (const Option& option : item.options) {
-        choices.push_back(fmt::format("{}={}", option.value, option.label));
-      }
-      auto& names = names_by_options[fmt::format("{}", fmt::join(choices, ", "))];
-      if (!choices.empty() && std::find(names.begin(), names.end(), item.name) == names.end()) {
-        names.push_back(item.name);
-      }
-    }
-    for (const auto& [choices, names] : names_by_options) {
-      if (!names.empty()) {
-        metric->second.help += fmt::format(" {}: {}.", fmt::join(names, ", "), choices);
-      }
-    }
-  }
-
-  std::string text() const {
-    std::string result;
-    for (const auto& [name, metric] : metrics_) {
-      result += header(name, metric) + metric.samples;
-    }
-    return result + (format_ == MetricsFormat::openmetrics ? "# EOF\n" : "");
-  }
-
- private:
-  void add_text(const Item& item, const std::string& value) {
-    Metric& metric = metrics_["kova_item_info"];
-    metric.help = "Texts that items report.";
-    metric.info = true;
-    metric.samples +=
-        fmt::format("kova_item_info{{{},value=\"{}\"}} 1\n", labels_of(item), escaped(value));
-  }
-
-  void add_number(const Item& item, const std::string& value) {
-    if (const Quantity* quantity = find_quantity(item.unit)) {
-      add_sample(std::string(quantity->metric), quantity->metric_unit, quantity->help, item, value);
-    } else if (item.unit.empty()) {
-      add_sample("kova_value", "", "Number without a unit.", item, value);
-    } else {
-      const std::string word = metric_word(item.unit);
-      add_sample("kova_value_" + word, word, "Number in the unit " + item.unit + ".", item, value);
-    }
-  }
-
-  std::string header(std::string_view name, const Metric& metric) const {
-    const bool open = format_ == MetricsFormat::openmetrics;
-    // OpenMetrics names an info metric without the suffix that its samples have.
-    const bool info = open && metric.info;
-    const std::string_view family = info ? name.substr(0, name.rfind("_info")) : name;
-    std::string text = fmt::format("# TYPE {} {}\n", family, info ? "info" : "gauge");
-    if (open && !metric.unit.empty()) {
-      text += fmt::format("# UNIT {} {}\n", family, metric.unit);
-    }
-    return text + fmt::format("# HELP {} {}\n", family, escaped_help(metric.help));
-  }
-
-  // Prometheus leaves quotes in help texts alone, OpenMetrics does not.
-  std::string escaped_help(const std::string& help) const {
-    std::string text = escaped(help);
-    if (format_ == MetricsFormat::prometheus) {
-      for (size_t at = text.find("\\\""); at != std::string::npos; at = text.find("\\\"", at)) {
-        text.erase(at, 1);
-      }
-    }
-    return text;
-  }
-
-  MetricsFormat format_;
-  std::map<std::string, Metric> metrics_;
-};
-
-std::optional<double> last_success(uint32_t id, const Reading& reading, double now,
-                                   const SuccessTimes& earlier) {
-  if (reading.state != Reading::State::failed) {
-    return now;
-  }
-  const auto known = earlier.find(id);
-  return known == earlier.end() ? std::nullopt : std::optional(known->second);
+// Texts such as "Vehicle mode" are labels themselves.
+bool is_present(const Option& state, const Reading& reading) {
+  const auto* integer = std::get_if<int64_t>(&reading.value);
+  const auto* text = std::get_if<std::string>(&reading.value);
+  return (integer != nullptr && *integer == state.value) ||
+         (text != nullptr && *text == state.label);
 }
+
+void add_states(Exposition& exposition, const Item& item, const Reading& reading,
+                const std::string& labels) {
+  const Metric metric = state_metric(item);
+  for (const Option& state : states_of(item)) {
+    exposition.add(metric, labels + "," + metric_label(metric.name, state.label),
+                   is_present(state, reading) ? 1 : 0);
+  }
+}
+
+void add_range(Exposition& exposition, const Item& item, const std::string& labels) {
+  if (const auto range = range_metrics(item)) {
+    if (item.min) {
+      exposition.add(range->minimum, labels, in_base_unit(item, *item.min));
+    }
+    if (item.max) {
+      exposition.add(range->maximum, labels, in_base_unit(item, *item.max));
+    }
+  }
+}
+
+void add_text(Exposition& exposition, const Metric& metric, std::string_view label,
+              const Reading& reading, const std::string& labels) {
+  if (const auto* text = std::get_if<std::string>(&reading.value)) {
+    exposition.add(metric, labels + "," + metric_label(label, field_text(*text)), 1);
+  }
+}
+
+void add_number(Exposition& exposition, const Item& item, std::optional<double> number,
+                const std::string& labels) {
+  if (number) {
+    exposition.add(quantity_metric(item, ""), labels, in_base_unit(item, *number));
+  }
+}
+
+void add_value(Exposition& exposition, const Item& item, const Reading& reading,
+               const std::string& labels) {
+  const auto code = number_in(reading);
+  switch (subject_of(item)) {
+    case Subject::state:
+      return add_states(exposition, item, reading, labels);
+    case Subject::word:
+      return code ? add_number(exposition, item, code, labels)
+                  : add_text(exposition, value_metric(item), value_metric(item).name, reading,
+                             labels);
+    case Subject::identity:
+      return add_text(exposition, value_metric(item), "value", reading, labels);
+    default:
+      return add_number(exposition, item, published_value(item, reading), labels);
+  }
+}
+
+enum ItemStatus { kReadSuccess, kLastSuccess, kInRange };
+
+void add_status(Exposition& exposition, const std::string& labels, bool success,
+                std::optional<double> last_success) {
+  exposition.add(item_status_metrics()[kReadSuccess], labels, success ? 1 : 0);
+  if (last_success) {
+    exposition.add(item_status_metrics()[kLastSuccess], labels, *last_success);
+  }
+}
+
+std::optional<double> last_success(const EarlierMetrics& earlier, uint32_t id) {
+  const auto known = earlier.last_success.find(id);
+  return known == earlier.last_success.end() ? std::nullopt : std::optional(known->second);
+}
+
+void add_item(Exposition& exposition, const Item& item, const Reading& reading, double time,
+              const EarlierMetrics& earlier) {
+  const std::string labels = labels_of(item);
+  const bool success = reading.state != Reading::State::failed;
+  if (reading.state == Reading::State::good) {
+    add_value(exposition, item, reading, labels);
+  }
+  add_range(exposition, item, labels);
+  add_status(exposition, labels, success, success ? time : last_success(earlier, item.id));
+  if (reading.number() && (item.min || item.max)) {
+    exposition.add(item_status_metrics()[kInRange], labels, out_of_range(item, reading) ? 0 : 1);
+  }
+}
+
+enum SweepStatus { kUp, kBuild, kDuration, kTime, kAge, kInterval, kSweeps };
 
 }  // namespace
 
-SuccessTimes success_times(std::string_view text) {
+Metric value_metric(const Item& item) {
+  switch (subject_of(item)) {
+    case Subject::state:
+    case Subject::word:
+      return state_metric(item);
+    case Subject::identity:
+      return {"kova_identity_info", MetricType::info, "",
+              "What the machine is made of; the texts do not change while it runs."};
+    default:
+      return quantity_metric(item, "");
+  }
+}
+
+std::optional<RangeMetrics> range_metrics(const Item& item) {
+  // A factory default has the range of its setting.
+  if (subject_of(item) != Subject::quantity || item.facts.role == Role::factory_default ||
+      (!item.min && !item.max)) {
+    return std::nullopt;
+  }
+  return RangeMetrics{range_metric(item, "minimum", "Least"),
+                      range_metric(item, "maximum", "Greatest")};
+}
+
+const std::vector<Metric>& item_status_metrics() {
+  static const std::vector<Metric> metrics = {
+      {"kova_item_read_success", MetricType::gauge, "",
+       "1 if the item could be read, or has no value at present; 0 if not."},
+      {"kova_item_last_success_timestamp_seconds", MetricType::gauge, "seconds",
+       "Unix time at which the item was last read well."},
+      {"kova_item_in_range", MetricType::gauge, "",
+       "1 if the value lies in the item's published range; 0 if not."},
+  };
+  return metrics;
+}
+
+const std::vector<Metric>& sweep_metrics() {
+  static const std::vector<Metric> metrics = {
+      {"kova_up", MetricType::gauge, "", "1 if the device answers and the readings are fresh."},
+      {"kova_build_info", MetricType::info, "", "Release of the program that read the device."},
+      {"kova_sweep_duration_seconds", MetricType::gauge, "seconds",
+       "Time that the last sweep over all items took; it grows on a busy bus."},
+      {"kova_sweep_timestamp_seconds", MetricType::gauge, "seconds",
+       "Unix time at which the last sweep ended."},
+      {"kova_sweep_age_seconds", MetricType::gauge, "seconds",
+       "Time since the last sweep ended, by the machine's own clock."},
+      {"kova_sweep_interval_seconds", MetricType::gauge, "seconds",
+       "Time from one sweep to the next, as configured."},
+      {"kova_sweeps_total", MetricType::counter, "", "Sweeps that have ended since the start."},
+  };
+  return metrics;
+}
+
+EarlierMetrics earlier_metrics(std::string_view text) {
   constexpr std::string_view kId = "id=\"";
   constexpr size_t kIdLength = 10;
-  SuccessTimes times;
+  EarlierMetrics earlier;
   while (!text.empty()) {
-    const size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    const size_t open = line.find('{');
+    const size_t close = line.rfind("} ");
     // The ID is the last label, so no item's name can stand in for it.
     const size_t id_at = line.rfind(kId);
-    const size_t value_at = line.rfind(' ');
-    if (!line.starts_with(std::string(kLastSuccess) + '{') || id_at == std::string_view::npos ||
-        value_at == std::string_view::npos) {
+    if (open == std::string_view::npos || close == std::string_view::npos ||
+        id_at == std::string_view::npos || id_at < open || id_at > close) {
       continue;
     }
     const auto id = parse_item_id(line.substr(id_at + kId.size(), kIdLength));
-    const auto time = parse_number(line.substr(value_at + 1));
-    if (id && time) {
-      times[*id] = std::visit([](auto v) { return static_cast<double>(v); }, *time);
+    const auto number = parse_number(line.substr(close + 2));
+    const std::string_view name = line.substr(0, open);
+    if (!id || !number) {
+      continue;
+    }
+    if (name == item_status_metrics()[kReadSuccess].name) {
+      earlier.labels[*id] = line.substr(open + 1, close - open - 1);
+    } else if (name == item_status_metrics()[kLastSuccess].name) {
+      earlier.last_success[*id] =
+          std::visit([](auto v) { return static_cast<double>(v); }, *number);
     }
   }
-  return times;
+  return earlier;
 }
 
-std::string metrics_text(const std::vector<Item>& items, const Readings& readings,
-                         MetricsFormat format, double now, const SuccessTimes& earlier) {
+std::string sweep_text(const Sweep& sweep, MetricsFormat format) {
+  const auto& metrics = sweep_metrics();
   Exposition exposition(format);
-  for (const Item& item : items) {
-    const Reading& reading = readings.at(item.id);
-    if (reading.state == Reading::State::good) {
-      exposition.add(item, reading);
-    }
-    const bool success = reading.state != Reading::State::failed;
-    exposition.add_sample("kova_item_read_success", "",
-                          "1 if the item could be read, or has no value at present; 0 if not.",
-                          item, success ? "1" : "0");
-    if (const auto time = last_success(item.id, reading, now, earlier)) {
-      exposition.add_sample(std::string(kLastSuccess), "seconds",
-                            "Unix time at which the item was last read well.", item,
-                            fmt::format("{}", *time));
+  exposition.add(metrics[kUp], "", sweep.up ? 1 : 0);
+  exposition.add(metrics[kBuild], metric_label("version", KOVA_IOT_VERSION), 1);
+  const std::pair<SweepStatus, std::optional<double>> told[] = {{kDuration, sweep.duration},
+                                                                {kTime, sweep.time},
+                                                                {kAge, sweep.age},
+                                                                {kInterval, sweep.interval},
+                                                                {kSweeps, sweep.number_so_far}};
+  for (const auto& [metric, value] : told) {
+    if (value) {
+      exposition.add(metrics[metric], "", *value);
     }
   }
-  exposition.explain_states(items);
+  return exposition.text();
+}
+
+std::string items_text(const std::vector<Item>& items, const Readings& readings, double time,
+                       const EarlierMetrics& earlier, MetricsFormat format) {
+  Exposition exposition(format);
+  auto gone = earlier.labels;
+  for (const Item& item : items) {
+    add_item(exposition, item, readings.at(item.id), time, earlier);
+    gone.erase(item.id);
+  }
+  for (const auto& [id, labels] : gone) {
+    add_status(exposition, labels, false, last_success(earlier, id));
+  }
   return exposition.text();
 }
 

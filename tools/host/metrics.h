@@ -1,28 +1,57 @@
-// Readings in the text formats that monitoring systems scrape.
+// Readings as metrics for Prometheus and its kin: the same in kovactl's text files and in the
+// exporter. docs/metrics.md lists them.
 #pragma once
 
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "tools/host/exposition.h"
 #include "tools/host/reading.h"
 
 namespace kova_host {
 
-enum class MetricsFormat {
-  prometheus,   // Prometheus text format 0.0.4
-  openmetrics,  // OpenMetrics 1.0
+// The metric that has an item's value. A text may turn out to be a number, and some have none.
+Metric value_metric(const Item& item);
+
+// The metrics of the ends of its range; nothing for an item without a range, and for states.
+struct RangeMetrics {
+  Metric minimum;
+  Metric maximum;
+};
+std::optional<RangeMetrics> range_metrics(const Item& item);
+
+// What is told of every item, and of the program and its sweeps.
+const std::vector<Metric>& item_status_metrics();
+const std::vector<Metric>& sweep_metrics();
+
+// What a text made before tells of items.
+struct EarlierMetrics {
+  std::map<uint32_t, double> last_success;  // Unix time of the last good read, by item ID
+  std::map<uint32_t, std::string> labels;   // of every item, as they stand in the text
 };
 
-// Unix time at which an item was last read well, by item ID.
-using SuccessTimes = std::map<uint32_t, double>;
+// Reads such a text; lines that are of no use are passed over.
+EarlierMetrics earlier_metrics(std::string_view text);
 
-// The last-success times in a text that metrics_text made before; other lines are passed over.
-SuccessTimes success_times(std::string_view text);
+// How the sweep went that the readings come from. What is empty is not told.
+struct Sweep {
+  bool up = false;                             // the device answered
+  std::optional<double> time = {};             // Unix time of its end
+  std::optional<double> duration = {};         // seconds
+  std::optional<double> age = {};              // seconds since its end
+  std::optional<double> interval = {};         // seconds from one sweep to the next
+  std::optional<uint64_t> number_so_far = {};  // sweeps that have ended
+};
 
-// Every reading of `items`, each ID of which stands there once. `now` is the time of the readings;
-// `earlier` knows when an item that cannot be read now was read last.
-std::string metrics_text(const std::vector<Item>& items, const Readings& readings,
-                         MetricsFormat format, double now, const SuccessTimes& earlier);
+// The two parts of a text; end_of_metrics() goes behind them.
+std::string sweep_text(const Sweep& sweep, MetricsFormat format);
+// Each ID of `items` stands there once. `time` is that of the readings. An item that `earlier`
+// knows and `items` lacks counts as one that cannot be read.
+std::string items_text(const std::vector<Item>& items, const Readings& readings, double time,
+                       const EarlierMetrics& earlier, MetricsFormat format);
 
 }  // namespace kova_host

@@ -25,6 +25,10 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+std::string field_text(std::string_view text) {
+  return printable(text.substr(0, text.find_last_not_of(' ') + 1));
+}
+
 size_t display_width(std::string_view text) {
   return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;

@@ -10,6 +10,9 @@ namespace kova_host {
 // `text` with control characters shown as "\x07", so that a device's bytes cannot steer a terminal.
 std::string printable(std::string_view text);
 
+// The same for a text of the device's, without the blanks that fill its field.
+std::string field_text(std::string_view text);
+
 // Columns that `text` takes: code points of UTF-8.
 size_t display_width(std::string_view text);
 

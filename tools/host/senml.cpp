@@ -9,9 +9,11 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <set>
 
-#include "tools/host/units.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/quantity.h"
 
 namespace kova_host {
 namespace {
@@ -55,33 +57,48 @@ std::string eui64(std::string_view address) {
   return digits.substr(0, 6) + "fffe" + digits.substr(6);
 }
 
-void put_number(const JsonPtr& record, const Item& item, const Reading& reading) {
+void put_number(const JsonPtr& record, const Item& item, const Reading& reading, double value) {
   const Quantity* quantity = find_quantity(item.unit);
   if (quantity != nullptr && !quantity->senml.empty()) {
     put(record, "u", json_text(quantity->senml));
+    value = in_base_unit(item, value);
   }
-  const double value = quantity == nullptr
-                           ? *reading.number()
-                           : *reading.number() * quantity->multiplier / quantity->divisor;
   // Words of the device have 32 bits: whole numbers stay exact through the conversion.
-  const bool whole = std::holds_alternative<int64_t>(reading.value) && value == std::trunc(value);
+  const bool whole = !std::holds_alternative<double>(reading.value) && value == std::trunc(value);
   put(record, "v",
       whole ? own(json_integer(static_cast<json_int_t>(value))) : own(json_real(value)));
 }
 
-JsonPtr record_of(const Item& item, const Reading& reading) {
+JsonPtr record_of(const std::string& name, const Item& item, const Reading& reading) {
   JsonPtr record = own(json_object());
-  const std::string name = fmt::format("{}/{}/{:08X}", item.family, item.name, item.id);
-  put(record, "n", json_text(name_part(name)));
+  put(record, "n", json_text(name));
   const auto* integer = std::get_if<int64_t>(&reading.value);
-  if (const auto* text = std::get_if<std::string>(&reading.value)) {
-    put(record, "vs", json_text(*text));
-  } else if (item.kind == ValueKind::boolean && integer != nullptr) {
+  if (item.kind == ValueKind::boolean && integer != nullptr) {
     put(record, "vb", own(json_boolean(*integer != 0)));
+  } else if (const auto number = published_value(item, reading)) {
+    put_number(record, item, reading, *number);
   } else {
-    put_number(record, item, reading);
+    put(record, "vs", json_text(field_text(std::get<std::string>(reading.value))));
   }
   return record;
+}
+
+// "PIC/Settings/Ignition_delay_on_timer", for every item; with the ID behind it where two items
+// would be called the same. Whether an item can be read does not change another one's name.
+std::map<uint32_t, std::string> record_names(const std::vector<Item>& items) {
+  std::map<uint32_t, std::string> names;
+  std::map<std::string, int> uses;
+  for (const Item& item : items) {
+    const std::string name = fmt::format("{}/{}/{}", item.family, item.package, item.name);
+    names[item.id] = name_part(name);
+    ++uses[names[item.id]];
+  }
+  for (auto& [id, name] : names) {
+    if (uses[name] > 1) {
+      name += fmt::format("/{:08X}", id);
+    }
+  }
+  return names;
 }
 
 }  // namespace
@@ -114,6 +131,7 @@ bool is_senml_name(std::string_view name) {
 JsonPtr senml_pack(const std::vector<Item>& items, const Readings& readings,
                    const std::string& base_name, double time) {
   JsonPtr pack = own(json_array());
+  const auto names = record_names(items);
   for (const Item& item : items) {
     const Reading& reading = readings.at(item.id);
     if (reading.state != Reading::State::good) {
@@ -124,7 +142,7 @@ JsonPtr senml_pack(const std::vector<Item>& items, const Readings& readings,
       put(record, "bn", json_text(base_name));
       put(record, "bt", own(json_real(time)));
     }
-    json_object_update(record.get(), record_of(item, reading).get());
+    json_object_update(record.get(), record_of(names.at(item.id), item, reading).get());
     append(pack, std::move(record));
   }
   return pack;

@@ -79,7 +79,7 @@ bool CommandLine::is_command(const std::string& word) const {
 // has none.
 std::vector<std::string> CommandLine::settle_simulate(std::vector<std::string> arguments) const {
   bool command_seen = false;
-  for (size_t i = 0; i < arguments.size(); ++i) {
+  for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
     command_seen = command_seen || is_command(arguments[i]);
     if (arguments[i] != "--simulate") {
       continue;

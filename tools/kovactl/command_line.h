@@ -60,6 +60,9 @@ class CommandLine {
   // `arguments` without the program's name. Throws HostError (usage).
   Parsed parse(std::vector<std::string> arguments);
 
+  // For those who ask what may be typed.
+  const CLI::App& app() const { return app_; }
+
  private:
   bool is_command(const std::string& word) const;
   std::vector<std::string> settle_simulate(std::vector<std::string> arguments) const;

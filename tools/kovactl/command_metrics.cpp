@@ -1,4 +1,7 @@
 // `kovactl metrics`: all readings for Prometheus and its kin.
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -18,7 +21,7 @@ struct Options {
   std::string output;  // file to replace; "" for stdout
 };
 
-SuccessTimes times_in_file(const std::string& file) {
+EarlierMetrics metrics_in_file(const std::string& file) {
   // Reading a pipe or a device would wait, for ever perhaps, before it is refused as the output.
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error)) {
@@ -27,18 +30,23 @@ SuccessTimes times_in_file(const std::string& file) {
   std::ifstream stream(file);
   std::ostringstream text;
   text << stream.rdbuf();
-  return success_times(text.str());
+  return earlier_metrics(text.str());
 }
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const auto session = open_session(globals);
   const std::vector<Item> items =
       select_distinct(Inventory::of(*session).items(), options.selection);
+  const double began = unix_time();
   const Readings readings = read_with_progress(*session, items);
+  const double now = unix_time();
   const auto format = options.openmetrics ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
   const bool to_file = !options.output.empty();
-  const std::string text = metrics_text(items, readings, format, unix_time(),
-                                        to_file ? times_in_file(options.output) : SuccessTimes());
+  const auto earlier = to_file ? metrics_in_file(options.output) : EarlierMetrics();
+  const Sweep sweep{.up = true, .time = now, .duration = std::max(0.0, now - began)};
+  const std::string text =
+      fmt::format("{}{}{}", sweep_text(sweep, format),
+                  items_text(items, readings, now, earlier, format), end_of_metrics(format));
   if (to_file) {
     replace_file(options.output, text);
   } else {

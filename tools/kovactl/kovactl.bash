@@ -1,69 +1,26 @@
-# Bash completion for kovactl: commands, options, machine descriptions and family names.
+# Bash completion for kovactl, which knows best itself: commands, options, items by name, path or
+# ID, labels, families and machines. No device is asked.
 
 _kovactl() {
   local cur prev words cword
-  _init_completion || return
+  _init_completion -n = || return
 
-  local commands="list capability get set watch metrics senml"
-  local command="" word
-  for word in "${words[@]:1:cword-1}"; do
-    if [[ " $commands " == *" $word "* ]]; then
-      command=$word
-      break
-    fi
-  done
-
-  case $prev in
-    --module)
-      _filedir so
-      return
-      ;;
-    --output)
+  # As the program will see them: without the shell's quoting.
+  local unquoted=("${words[@]//[\\\"\']/}")
+  local line IFS=$'\n'
+  COMPREPLY=()
+  while read -r line; do
+    if [[ $line == @files ]]; then
       _filedir
-      return
-      ;;
-    --family)
-      # Families with a blank in their name are completed with it escaped.
-      local IFS=$'\n'
-      COMPREPLY=($(compgen -W $'SDRAM\nSMART\\\\ BATTERY\nTRK-7000\nHardware\\\\ Monitor\nPoE\nPIC\nGSensor' -- "$cur"))
-      return
-      ;;
-    --interval | --count | --base-name)
-      return
-      ;;
-    --simulate)
-      _kovactl_machines
-      # A machine may follow, or nothing: commands are offered as well.
-      ;;
-  esac
-
-  local options="--help --module --simulate"
-  case $command in
-    "") options+=" --version" ;;
-    list) options+=" --family --json" ;;
-    capability) options+=" --compact" ;;
-    get) options+=" --value-only --json" ;;
-    set) options+=" --json" ;;
-    watch) options+=" --interval --count --json" ;;
-    metrics) options+=" --openmetrics --output" ;;
-    senml) options+=" --base-name --compact" ;;
-  esac
-  if [[ $cur == -* ]]; then
-    COMPREPLY=($(compgen -W "$options" -- "$cur"))
-  elif [[ -z $command ]]; then
-    COMPREPLY+=($(compgen -W "$commands" -- "$cur"))
-  fi
-}
-
-# The shipped machine descriptions by name, and JSON files by path.
-_kovactl_machines() {
-  local folder names="" file
-  folder=$(dirname "$(type -P kovactl 2>/dev/null)" 2>/dev/null)/../share/kova-iot/machines
-  for file in "$folder"/*.json; do
-    [[ -e $file ]] && names+=" $(basename "$file" .json)"
-  done
-  _filedir json
-  COMPREPLY+=($(compgen -W "$names" -- "$cur"))
+      continue
+    fi
+    # The shell replaces what stands behind the last "=".
+    [[ $cur == *=* ]] && line=${line#*=}
+    # Inside quotes, which the shell will close, nothing needs another one.
+    [[ $cur == [\"\']* ]] || printf -v line %q "$line"
+    COMPREPLY+=("$line")
+  done < <("${words[0]/#\~/$HOME}" complete -- "=${unquoted[cword]}" "${unquoted[@]:1:cword-1}" \
+    2>/dev/null)
 }
 
 complete -F _kovactl kovactl

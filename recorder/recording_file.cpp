@@ -1,0 +1,180 @@
+// A machine description that grows at its end. Each addition overwrites the closing brackets with
+// the new lines and closes them again, in one write.
+#include "recorder/recording_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "simulator/moment_writer.h"
+
+namespace kova_recorder {
+namespace {
+
+constexpr std::size_t NOTE_ROOM = 400;
+
+std::string duration_text(std::uint64_t seconds) {
+  const std::string hours = seconds < 3600 ? "" : std::to_string(seconds / 3600) + " h ";
+  const std::string minutes = seconds < 60 ? "" : std::to_string(seconds / 60 % 60) + " min ";
+  return hours + minutes + std::to_string(seconds % 60) + " s";
+}
+
+std::string count_text(std::uint64_t count, const char* what, std::uint64_t failed) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s") +
+         (failed == 0 ? "" : " (" + std::to_string(failed) + " failed)");
+}
+
+std::string note_text(const Summary& summary) {
+  std::tm time = {};
+  gmtime_r(&summary.begin, &time);
+  char begin[64];  // of numbers only, in whatever language
+  std::snprintf(begin, sizeof begin, "%04d-%02d-%02d %02d:%02d:%02d", time.tm_year + 1900,
+                time.tm_mon + 1, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
+  return std::string("Recorded ") + begin + " UTC with release " KOVA_RELEASE ", for " +
+         duration_text(summary.seconds) + ": " +
+         count_text(summary.reads, "read", summary.failed_reads) + ", " +
+         count_text(summary.writes, "write", summary.failed_writes) +
+         (summary.is_redacted ? ", private words blanked" : "") +
+         (summary.ending.empty() ? "" : "; " + summary.ending);
+}
+
+// The opening, as long whatever the note says: blanks between two members mean nothing.
+std::string note_member(const std::string& note) {
+  std::string text = "{\n\"note\": \"" + note.substr(0, NOTE_ROOM - 16) + "\",";
+  text.append(NOTE_ROOM - text.size(), ' ');
+  return text + "\n";
+}
+
+void sync_folder(const std::string& file) {
+  const std::size_t slash = file.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
+  const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor >= 0) {
+    fsync(descriptor);
+    close(descriptor);
+  }
+}
+
+}  // namespace
+
+void RecordingFile::fail(const char* what) const {
+  throw RecordingError(file_ + ": " + what + " (" + strerrorname_np(errno) + ")");
+}
+
+RecordingFile::RecordingFile(std::string file, std::optional<std::uint32_t> step_ms)
+    : file_(std::move(file)), part_(file_ + ".part") {
+  struct stat status = {};
+  if (stat(file_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw RecordingError(file_ + ": is no ordinary file to replace");
+  }
+  const int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
+  descriptor_ = open(part_.c_str(), flags, 0666);
+  if (descriptor_ < 0) {
+    fail("cannot be written");
+  }
+  if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+    close(descriptor_);
+    throw RecordingError(file_ +
+                         ": is being recorded by another process; %p in the name makes "
+                         "it one file a process");
+  }
+  // What a crash has left is worth the most: it is put aside.
+  if (fstat(descriptor_, &status) == 0 && status.st_size > 0) {
+    std::rename(part_.c_str(), (file_ + ".crashed").c_str());
+    close(descriptor_);
+    descriptor_ = open(part_.c_str(), flags | O_EXCL, 0666);
+    if (descriptor_ < 0 || flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+      fail("cannot be written");
+    }
+  }
+  const std::string clock =
+      step_ms ? "\"clock\": {\"step_ms\": " + std::to_string(*step_ms) + "},\n" : "";
+  const std::string head = note_member("") + clock + "\"trace\": {\"moments\": [\n";
+  try {
+    write_at(0, head);
+    size_ = head.size();
+    append("", 1);
+  } catch (...) {
+    unlink(part_.c_str());
+    close(descriptor_);
+    throw;
+  }
+}
+
+RecordingFile::~RecordingFile() {
+  close(descriptor_);
+}
+
+void RecordingFile::abandon() {
+  close(descriptor_);
+  descriptor_ = -1;
+}
+
+void RecordingFile::write_at(std::uint64_t offset, const std::string& text) {
+  std::size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t written = pwrite(descriptor_, text.data() + done, text.size() - done,
+                                   static_cast<off_t>(offset + done));
+    if (written > 0) {
+      done += static_cast<std::size_t>(written);
+    } else if (written == 0 || errno != EINTR) {
+      fail("cannot be written");
+    }
+  }
+}
+
+void RecordingFile::append(const std::string& moments, std::uint64_t length_ms) {
+  const std::string tail = "\n], \"seconds\": " + kova_sim::seconds_text(length_ms) + "}\n}\n";
+  const std::string text = (is_empty_ || moments.empty() ? "" : ",\n") + moments + tail;
+  const std::uint64_t at = size_ - tail_.size();
+  try {
+    write_at(at, text);
+  } catch (const RecordingError&) {
+    // The old end takes no more room than it had.
+    const int reason = errno;
+    if (!tail_.empty() && pwrite(descriptor_, tail_.data(), tail_.size(), static_cast<off_t>(at)) ==
+                              static_cast<ssize_t>(tail_.size())) {
+      static_cast<void>(ftruncate(descriptor_, static_cast<off_t>(size_)) == 0);
+    }
+    errno = reason;
+    throw;
+  }
+  is_empty_ = is_empty_ && moments.empty();
+  size_ = at + text.size();
+  tail_ = tail;
+  if (ftruncate(descriptor_, static_cast<off_t>(size_)) != 0) {
+    fail("cannot be written");
+  }
+}
+
+void RecordingFile::write_note(const Summary& summary) {
+  write_at(0, note_member(note_text(summary)));
+}
+
+void RecordingFile::sync() {
+  if (!is_entered_) {
+    is_entered_ = true;
+    sync_folder(part_);
+  }
+  if (fdatasync(descriptor_) != 0 && errno != EINVAL && errno != EROFS) {
+    fail("cannot be written");
+  }
+}
+
+void RecordingFile::remove() {
+  unlink(part_.c_str());
+}
+
+void RecordingFile::finish() {
+  if (std::rename(part_.c_str(), file_.c_str()) != 0) {
+    fail("cannot be replaced");
+  }
+  sync_folder(file_);
+}
+
+}  // namespace kova_recorder

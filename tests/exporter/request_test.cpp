@@ -1,0 +1,114 @@
+// What clients and administrators may write: requests, headers, addresses, command lines.
+#include <gtest/gtest.h>
+
+#include "tools/exporter/http.h"
+#include "tools/exporter/listen_address.h"
+#include "tools/exporter/options.h"
+
+namespace kova_exporter {
+namespace {
+
+TEST(Target, IsDecodedOnce) {
+  const auto target = parse_target("/a%2Fb/%25?item=PIC/a+b%2B&since=-5&&x&=y");
+  ASSERT_TRUE(target);
+  EXPECT_EQ(target->path, "/a/b/%");
+  EXPECT_EQ(target->values("item"), std::vector<std::string_view>{"PIC/a b+"});
+  EXPECT_EQ(target->values("since"), std::vector<std::string_view>{"-5"});
+  EXPECT_EQ(target->values("x"), std::vector<std::string_view>{""});
+  EXPECT_EQ(target->parameters.size(), 3U);
+}
+
+TEST(Target, IsRefusedUnlessUnderstoodWhole) {
+  std::string many = "/?";
+  for (size_t i = 0; i <= HttpLimits::kParameters; ++i) {
+    many += "a&";
+  }
+  for (const std::string& text :
+       {std::string(), std::string("*"), std::string("http://localhost/"), std::string("/%"),
+        std::string("/%4"), std::string("/%g0"), std::string("/%+1"), std::string("/%00"),
+        std::string("/a\tb"), std::string("/%7f"), std::string("/%ff"), std::string("/?%c3"),
+        "/" + std::string(HttpLimits::kTarget, 'a'), many}) {
+    EXPECT_FALSE(parse_target(text)) << text;
+  }
+}
+
+TEST(Host, OnlyThisMachineIsLocal) {
+  for (const char* host : {"localhost", "LocalHost:9848", "127.0.0.1", "127.1.2.3:80", "[::1]",
+                           "[::1]:9848", "localhost:"}) {
+    EXPECT_TRUE(is_local_host(host)) << host;
+  }
+  for (const char* host : {"", ":80", "evil.example", "localhost.evil.example", "127.0.0.1.nip.io",
+                           "128.0.0.1", "[::2]", "[::1", "::1", "[::1]x", "localhost:80x",
+                           "localhost:80:80", "127.0.0.1 ", "0.0.0.0"}) {
+    EXPECT_FALSE(is_local_host(host)) << host;
+  }
+}
+
+TEST(Accept, AsksForOpenMetricsByWeight) {
+  for (const char* accept :
+       {"application/openmetrics-text", "Application/OpenMetrics-Text; version=1.0.0, text/plain",
+        "application/openmetrics-text;version=1.0.0;q=0.75,text/plain;version=0.0.4;q=0.5,*/"
+        "*;q=0.1"}) {
+    EXPECT_TRUE(prefers_openmetrics(accept)) << accept;
+  }
+  for (const char* accept :
+       {"", "*/*", "text/plain", "application/openmetrics-text;q=0",
+        "application/openmetrics-text;q=0.1, text/plain", "application/openmetrics-text;q=x",
+        "application/openmetrics-text;q=7"}) {
+    EXPECT_FALSE(prefers_openmetrics(accept)) << accept;
+  }
+}
+
+TEST(ListenAddress, SaysWhereAndWhetherOthersCanReachIt) {
+  struct Case {
+    const char* text;
+    const char* url;
+    bool loopback;
+  };
+  for (const Case& c :
+       {Case{"127.0.0.1:9848", "http://127.0.0.1:9848", true},
+        Case{"localhost:1", "http://127.0.0.1:1", true},
+        Case{"[::1]:65535", "http://[::1]:65535", true}, Case{"[::]:0", "http://[::]:0", false},
+        Case{":80", "http://[::]:80", false}, Case{"10.1.2.3:80", "http://10.1.2.3:80", false},
+        Case{"unix:/run/a b", "unix:/run/a b", false}}) {
+    const ListenAddress address = parse_listen_address(c.text);
+    EXPECT_EQ(address.url(), c.url);
+    EXPECT_EQ(address.is_loopback(), c.loopback) << c.text;
+  }
+}
+
+TEST(ListenAddress, RefusesWhatIsNone) {
+  const std::string long_path = "unix:/" + std::string(108, 'a');
+  for (const char* text :
+       {"", "9848", "127.0.0.1", "[::1]", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1",
+        "127.0.0.1:8o", "example.org:80", "::1:80", "[::1:80", "[127.0.0.1]:80", "256.0.0.1:80",
+        "unix:", "unix:run/a", long_path.c_str()}) {
+    EXPECT_THROW(parse_listen_address(text), std::invalid_argument) << text;
+  }
+}
+
+TEST(Options, AreCheckedBeforeAnythingStarts) {
+  const auto parsed = parse_options({"--interval", "250ms", "--simulate", "--log.level=warn"});
+  EXPECT_EQ(parsed.options.interval, 0.25);
+  EXPECT_EQ(parsed.options.simulated, "built-in");
+  EXPECT_TRUE(parsed.options.host.simulate);
+  EXPECT_EQ(parsed.options.log_level, LogLevel::warn);
+  EXPECT_EQ(parsed.options.listen_address.url(), "http://127.0.0.1:9848");
+  EXPECT_EQ(parse_options({"--simulate", "x/y.json"}).options.simulated, "y");
+  EXPECT_EQ(parse_options({"--interval", "1m"}).options.interval, 60);
+  EXPECT_TRUE(parse_options({"--help"}).answer);
+  for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--interval", "0"},
+                                                {"--interval", "99ms"},
+                                                {"--interval", "61m"},
+                                                {"--interval", "5h"},
+                                                {"--interval", ""},
+                                                {"--log.level", "loud"},
+                                                {"--nonsense"},
+                                                {"list"},
+                                                {"--web.listen-address", "here"}}) {
+    EXPECT_THROW(parse_options(wrong), std::invalid_argument) << wrong.front();
+  }
+}
+
+}  // namespace
+}  // namespace kova_exporter

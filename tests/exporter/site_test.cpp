@@ -1,0 +1,165 @@
+// What each path answers, without a socket; and the history behind it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "tests/exporter/sample.h"
+#include "tools/exporter/site.h"
+
+namespace kova_exporter {
+namespace {
+
+HttpRequest get(std::string target) {
+  HttpRequest request;
+  request.method = "GET";
+  request.target = std::move(target);
+  request.hosts = {"localhost:9848"};
+  return request;
+}
+
+class SiteTest : public testing::Test {
+ protected:
+  std::string body(const std::string& target) {
+    return std::string(site_.answer(get(target)).text());
+  }
+
+  Store store_{5};
+  Site site_{store_, {.machine = {.name = "bus", .simulated = ""}, .local_hosts_only = true}};
+};
+
+TEST_F(SiteTest, AnswersEachRequestWithItsStatus) {
+  store_.publish(sample_sweep(1, 0), nullptr);
+  struct Case {
+    int status;
+    std::string target;
+    void (*change)(HttpRequest&) = [](HttpRequest&) {};
+  };
+  const std::string items = "item=F/P/*&item=F/P/*&";
+  const Case cases[] = {
+      {200, "/"},
+      {200, "/metrics"},
+      {200, "/healthz"},
+      {200, "/api/v1/items"},
+      {200, "/api/v1/items/0x14170311"},
+      {200, "/api/v1/items/fan%201"},
+      {200, "/api/v1/events"},
+      {200, "/api/v1/history?since=-10&item=fan%202&unknown=1"},
+      {200, "/metrics", [](HttpRequest& r) { r.method = "HEAD"; }},
+      {200, "/metrics", [](HttpRequest& r) { r.hosts.clear(), r.http_1_0 = true; }},
+      {400, "/metrics", [](HttpRequest& r) { r.hosts.clear(); }},
+      {400, "/metrics", [](HttpRequest& r) { r.hosts.push_back("localhost"); }},
+      {403, "/metrics", [](HttpRequest& r) { r.hosts = {"evil.example"}; }},
+      {405, "/metrics", [](HttpRequest& r) { r.method = "POST"; }},
+      {405, "/nothing", [](HttpRequest& r) { r.method = "get"; }},
+      {414, "/" + std::string(HttpLimits::kTarget, 'a')},
+      {431, "/", [](HttpRequest& r) { r.headers = HttpLimits::kHeaders + 1; }},
+      {431, "/", [](HttpRequest& r) { r.header_bytes = HttpLimits::kHeaderBytes + 1; }},
+      {400, "/%ff"},
+      {400, "/api/v1/history?since=x"},
+      {400, "/api/v1/history?since=nan"},
+      {400, "/api/v1/history?" + items + items + items + items + items + items + items + items +
+                items + items + items},
+      {404, "/api/v1/items/"},
+      {404, "/api/v1/items/0x1"},
+      {404, "/api/v1/items/fan"},
+      {404, "/api/v1/history?item=0x1"},
+      {404, "/api"},
+      {404, "//"},
+      {404, "/page.html/"},
+      {404, "/../etc/passwd"},
+  };
+  for (const Case& c : cases) {
+    HttpRequest request = get(c.target);
+    c.change(request);
+    const HttpResponse response = site_.answer(request);
+    EXPECT_EQ(response.status, c.status) << request.method << ' ' << c.target;
+    if (c.status >= 400) {
+      EXPECT_NE(response.text().find(R"({"ok":false,"error":{"message":")"), std::string::npos);
+    }
+  }
+}
+
+TEST_F(SiteTest, FilesAreKnownByTheirTag) {
+  const HttpResponse page = site_.answer(get("/"));
+  EXPECT_EQ(page.content_type, "text/html; charset=utf-8");
+  HttpRequest again = get("/");
+  again.if_none_match = page.extra.back().second;
+  EXPECT_EQ(site_.answer(again).status, 304);
+  again.target = "/page.css";
+  EXPECT_EQ(site_.answer(again).status, 200);
+}
+
+TEST_F(SiteTest, TellsValuesFailuresAndFreshness) {
+  EXPECT_NE(body("/healthz").find("has not ended yet"), std::string::npos);
+  const History::Row row = {{kFan, 3000}};
+  store_.publish(sample_sweep(7, 0), &row);
+  EXPECT_EQ(body("/healthz"), "ok\n");
+  const std::string items = body("/api/v1/items");
+  EXPECT_EQ(items.find(R"({"ok":false,"items":[{"id":"0x14170311","name":"fan 1")"), 0U) << items;
+  EXPECT_NE(items.find(R"("machine":{"name":"bus","simulated":false},"release":")"),
+            std::string::npos);
+  EXPECT_NE(items.find(R"("interval":5.0,"up":true,"list":1}})"), std::string::npos) << items;
+  EXPECT_EQ(body("/api/v1/items/fan%201").find(R"({"ok":true,)"), 0U);
+  EXPECT_NE(
+      body("/api/v1/history").find(R"("times":[1700000007.5],"series":{"0x14170311":[3000]}})"),
+      std::string::npos);
+  EXPECT_NE(
+      site_.newest_event().find(R"("values":[3000,null,"a \"b\""],"failed":{"1":{"failure":")"),
+      std::string::npos)
+      << site_.newest_event();
+  const std::string metrics = body("/metrics");
+  EXPECT_NE(metrics.find("\nkova_up 1\n"), std::string::npos);
+  EXPECT_NE(metrics.find("\nkova_sweeps_total 7\n"), std::string::npos);
+  EXPECT_NE(metrics.find(R"(item="fan 2",id="0x14170312"} 0)"), std::string::npos);
+}
+
+TEST_F(SiteTest, OldReadingsStayButAreNotUp) {
+  for (const auto& [age, up] : {std::pair(14.5, true), {15.5, false}}) {
+    store_.publish(sample_sweep(1, age), nullptr);
+    EXPECT_EQ(site_.state().up, up) << age;
+    EXPECT_EQ(site_.answer(get("/healthz")).status, up ? 200 : 503);
+    const std::string metrics = body("/metrics");
+    EXPECT_NE(metrics.find(up ? "\nkova_up 1\n" : "\nkova_up 0\n"), std::string::npos);
+    EXPECT_NE(metrics.find("kova_fan_speed_rpm{"), std::string::npos);
+  }
+  auto lost = sample_sweep(2, 0);
+  lost->error = "no device";
+  store_.publish(std::move(lost), nullptr);
+  EXPECT_EQ(body("/healthz"), "no device\n");
+}
+
+TEST(SweepState, SlowBusIsNotDown) {
+  auto slow = sample_sweep(1, 20);
+  slow->duration = 10;  // at an interval of 1 s
+  EXPECT_TRUE(sweep_state(*slow, 1, std::chrono::steady_clock::now()).up);
+}
+
+TEST(History, IsARingOfColumns) {
+  History history(3, 1);
+  history.add(100, {{1, 10}});
+  history.add(100.5, {{1, 99}});  // too soon after the one before
+  history.add(101, {{1, 11}, {2, 20}});
+  auto all = history.extract({1, 2, 3}, -1, 100);
+  EXPECT_EQ(all.times, (std::vector<double>{100, 101}));
+  EXPECT_EQ(all.series[1], (std::vector<double>{10, 11}));
+  EXPECT_TRUE(std::isnan(all.series[2][0]) && all.series[2][1] == 20);
+  EXPECT_TRUE(std::isnan(all.series[3][0]) && std::isnan(all.series[3][1]));
+  history.add(102, {{2, 21}});
+  history.add(103, {{2, 22}, {4, 40}});  // the first sample has left, and a column begins late
+  all = history.extract({1, 2, 4}, -1, 100);
+  EXPECT_EQ(all.times, (std::vector<double>{101, 102, 103}));
+  EXPECT_EQ(all.series[1][0], 11);
+  EXPECT_TRUE(std::isnan(all.series[1][1]) && std::isnan(all.series[1][2]));
+  EXPECT_EQ(all.series[2], (std::vector<double>{20, 21, 22}));
+  EXPECT_TRUE(std::isnan(all.series[4][0]) && all.series[4][2] == 40);
+  EXPECT_EQ(history.ids(), (std::vector<uint32_t>{1, 2, 4}));
+  history.add(104, {{2, 23}});
+  EXPECT_EQ(history.ids(), (std::vector<uint32_t>{2, 4}));
+  EXPECT_EQ(history.extract({2}, 102, 100).series[2], (std::vector<double>{22, 23}));
+  EXPECT_EQ(history.extract({2}, -1, 1).series[2], (std::vector<double>{23}));
+  history.add(50, {{2, 1}});  // the clock was set back
+  EXPECT_EQ(history.extract({2}, -1, 1).series[2], (std::vector<double>{1}));
+}
+
+}  // namespace
+}  // namespace kova_exporter

@@ -1,0 +1,180 @@
+"""kovactl record and kovactl diff: what is recorded, replayed and told apart."""
+import json
+import os
+import pathlib
+import re
+import unittest
+
+from program import TestCase, run
+
+DATA = pathlib.Path(__file__).parents[1] / "data"
+
+
+class Records(TestCase):
+    def setUp(self):
+        super().setUp()
+        self.file = self.folder / "recorded.json"
+
+    def record(self, arguments, machine=("--simulate",)):
+        return run([*machine, "record", str(self.file), *arguments.split()])
+
+    def note(self):
+        return json.loads(self.file.read_text())["note"]
+
+    def test_a_replay_lists_what_the_machine_does(self):
+        machine = self.machine(clock={"step_ms": 5}, codes={"0x00820001": {"fail_read": 5}})
+        result = self.record("", machine)
+        self.assertEqual((result.exit_code, result.err), (0, ""))
+        self.assertEqual(result.out, f"{self.file}: 1 sample of 129 items; 1 of them could not be "
+                                     "read, which is recorded too\n")
+        for command in ("list --json", "senml --base-name x"):
+            live, replay = (run([*source, *command.split()])
+                            for source in (machine, ("--simulate", str(self.file))))
+            times = re.compile(r'"(bt|t)": [-0-9.e]+')
+            self.assertEqual((times.sub("", replay.out), replay.err, replay.exit_code),
+                             (times.sub("", live.out), live.err, 1))
+
+    def test_samples_move_as_they_did(self):
+        machine = self.machine(codes={"0x00822003": {"ramp": {
+            "from": 1000, "to": 9000, "per_second": 1000}}})
+        result = self.record("0x14170311 --interval 0.3 --count 4", machine)
+        self.assertIn("4 samples of 1 items over 1 s\n", result.out)
+        moments = json.loads(self.file.read_text())["trace"]
+        self.assertEqual(sorted({moment[0] for moment in moments["moments"]}), [0, 300, 600, 900])
+        self.assertEqual(moments["seconds"], 1.2)
+        recorded = [word for moment in moments["moments"]
+                    for code, word in zip(moment, moment[1:]) if code == "0x822003"]
+        watched = run(f"--simulate {self.file} watch 0x14170311 --interval 0.3 --count 4 --json")
+        shown = [json.loads(line)["items"][0]["value"] for line in watched.out.splitlines()]
+        self.assertEqual(shown, recorded[-4:])
+
+    def test_control_c_ends_it_well(self):
+        self.file.write_text("the one before")
+        terminal = self.terminal("--simulate", "record", str(self.file), "--interval", "0.2")
+        terminal.wait_for("recording, Ctrl-C ends it")
+        self.assertEqual(self.file.read_text(), "the one before")
+        terminal.press_control_c()
+        self.assertEqual(terminal.finish(), 0)
+        self.assertRegex(terminal.screen, r"recorded\.json: \d+ samples of 129 items")
+        self.assertIn(" reads, 0 writes", self.note())
+        self.assertEqual(os.listdir(self.folder), ["recorded.json"])
+
+    def test_redacted_ones_hold_no_serial_or_part_number(self):
+        self.record("--redact")
+        self.assertIn("private words blanked", self.note())
+        names = ("Serial Number", "Part Number", "Specific Data")
+        listed = run(f"--simulate {self.file} list --json").json["items"]
+        values = {item["value"] for item in listed if item["name"] in names}
+        self.assertEqual(values, {"0x0000", "", None})
+
+    def test_what_goes_wrong_leaves_the_file_alone(self):
+        self.file.write_text("the one before")
+        for machine, arguments, exit_code, reason in (
+            ((), "", 3, "no device found: neither /usr/lib/"),
+            (("--simulate", "nosuch"), "", 2, "no machine description 'nosuch'"),
+            (("--simulate",), "nosuch", 2, "no item 'nosuch'"),
+            (("--simulate",), "--interval 1x", 2, "'1x' is no interval of 50ms or more"),
+            (("--simulate",), "--for 0", 2, "'0' is no length"),
+            (("--simulate",), "--count 0", 2, "'0' is no number of samples"),
+            (("--simulate",), "--count 1 --for 1s", 2, "excludes"),
+        ):
+            with self.subTest(reason):
+                result = self.record(arguments, machine)
+                self.assertEqual((result.exit_code, result.out), (exit_code, ""))
+                self.assertIn(reason, result.err)
+                self.assert_one_line(result.err)
+                self.assertEqual(self.file.read_text(), "the one before")
+        self.assertEqual(os.listdir(self.folder), ["recorded.json"])
+        result = run("--simulate record /nonexistent/r.json")
+        self.assertEqual((result.exit_code, result.err),
+                         (2, "kovactl: /nonexistent/r.json: cannot be written (ENOENT)\n"))
+
+    def test_a_machine_on_which_nothing_is_found_is_recorded_too(self):
+        nothing = self.folder / "nothing.json"
+        nothing.write_text('{"bus": {"fail_read": 110}}')
+        result = self.record("", ("--simulate", str(nothing)))
+        self.assertEqual(result.exit_code, 3)
+        self.assertIn("recorded.json has what was answered", result.err)
+        self.assertIn('"0x200000",{"status":110}', self.file.read_text())
+
+
+class Differs(TestCase):
+    def variation(self, name, **description):
+        file = self.folder / name
+        file.write_text(json.dumps({"base": "builtin", "clock": {"step_ms": 0}, **description}))
+        return str(file)
+
+    def diff(self, before, after, options=""):
+        return run(["diff", before, after, *options.split()])
+
+    def test_tells_what_counts(self):
+        good = self.variation("good.json")
+        worn = self.variation("worn.json", codes={
+            "0x00690006": 230, "0x00820001": {"fail_read": 5}, "0x00822003": 70000,
+            "0x006C0000": 60, "0x00822004": 3000, "0x00A00000": 1, "0x00400000": 0, "0x00B00013": 30})
+        result = self.diff(good, worn)
+        self.assertEqual((result.exit_code, result.err), (1, ""))
+        self.assertEqual(re.sub(" {2,}", "  ", result.out), """\
+changed  SMART BATTERY/SMART BATTERY/Average Time To Full  N/A -> 0 h 30 m
+range crossed  TRK-7000/Onboard fan speeds/TRK7K OB fan 1  3161 RPM -> 70000 RPM
+fails now  TRK-7000/Temperatures/TRK7K VTIN 2  47 Cel -> unreadable: the device did not answer (0xFFFFFAFF)
+range changed  PIC/Default settings/Ignition delay on timer  7 .. 3600 -> 7 .. 60
+range changed  PIC/Settings/Ignition delay on timer  7 .. 3600 -> 7 .. 60
+changed  PIC/Settings/24V low battery voltage  22 V -> 23 V
+vanished  SDRAM/SDRAM1  all 14 items
+vanished  GSensor  all 12 items
+96 of 103 items the same; 1 measured values moved (--all shows them)
+""")
+        back = self.diff(worn, good, "--all")
+        self.assertIn("reads again ", back.out)
+        self.assertRegex(back.out, "new +GSensor +all 12 items")
+        self.assertRegex(back.out, "changed +TRK-7000/Onboard fan speeds/TRK7K OB fan 2 ")
+        same = self.diff(good, good)
+        self.assertEqual((same.exit_code, same.out), (0, "129 of 129 items the same\n"))
+
+    def test_listings_recordings_and_now_are_the_same_machine(self):
+        good = self.variation("good.json")
+        listing = self.folder / "listing.json"
+        listing.write_text(run(["--simulate", good, "list", "--json"]).out)
+        recording = self.folder / "recording.json"
+        run(["--simulate", good, "record", str(recording)])
+        for before, after in ((str(listing), good), (good, str(recording)),
+                              (str(recording), "now")):
+            result = run(["--simulate", good, "diff", before, after, "--all", "--json"])
+            self.assertEqual((result.exit_code, result.json), (
+                0, {"ok": True, "same": True, "compared": 129, "moving": 0, "changes": []}))
+
+    def test_json_has_both_sides(self):
+        worn = self.variation("worn.json", codes={"0x00820001": {"fail_read": 5}})
+        changes = self.diff(self.variation("good.json"), worn, "--json").json["changes"]
+        self.assertEqual(len(changes), 1)
+        self.assertEqual({key: changes[0][key] for key in ("change", "id", "path")}, {
+            "change": "fails now", "id": "0x14170112",
+            "path": "TRK-7000/Temperatures/TRK7K VTIN 2"})
+        self.assertEqual([changes[0][key]["ok"] for key in ("before", "after")], [True, False])
+
+    def test_trouble(self):
+        good = self.variation("good.json")
+        for content, reason in (("{", "bad.json:1:1: "), ('{"codes": 5}', "bad.json:1: codes: "),
+                                ('{"items": [5]}', "item 1 is none that list --json prints"),
+                                (None, "cannot read '")):
+            with self.subTest(reason):
+                bad = self.folder / "bad.json"
+                bad.unlink(missing_ok=True)
+                if content:
+                    bad.write_text(content)
+                result = self.diff(good, str(bad))
+                self.assertEqual((result.exit_code, result.out), (2, ""))
+                self.assertIn(reason, result.err)
+                self.assert_one_line(result.err)
+        self.assertEqual(self.diff(good, "now").exit_code, 2)
+
+    def test_recorded_machines_still_show_what_they_did(self):
+        for recording in sorted((DATA / "recordings").glob("*.json")):
+            result = self.diff(str(recording), str(
+                DATA.parents[1] / "simulator" / "machines" / recording.name))
+            self.assertEqual(result.exit_code, 0, result.out)
+
+
+if __name__ == "__main__":
+    unittest.main()

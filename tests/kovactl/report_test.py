@@ -1,0 +1,92 @@
+"""kovactl report: what the page in the file has to show."""
+import json
+import os
+import re
+import unittest
+
+from program import TestCase, run
+
+
+class Reports(TestCase):
+    def setUp(self):
+        super().setUp()
+        self.file = self.folder / "report.html"
+
+    def report(self, *arguments):
+        return run(["report", str(self.file), *arguments])
+
+    def content(self):
+        """The readings in the file, which has to be a page that needs nothing else."""
+        text = self.file.read_text()
+        self.assertEqual(re.findall(r'(?:src|href)="(?!data:|#|api/|metrics)[^"]*"', text), [])
+        self.assertEqual(text.count("</script>"), text.count("<script "))
+        return json.loads(re.search(r'<script type="application/json" id="report">(.*?)</script>',
+                                    text, re.DOTALL)[1])
+
+    def test_holds_every_sweep_and_each_failure(self):
+        machine = self.machine(codes={"0x00B00009": {"fail_read": {"status": 110, "every": 3}}})
+        result = self.report(*machine, "--for", "0.9s", "--interval", "0.1s")
+        self.assertEqual((result.exit_code, result.out), (1, ""))
+        self.assertIn("1 of 129 items failed in at least one sweep", result.err)
+        report = self.content()
+        history = report["history"]
+        sweeps = len(history["times"])
+        self.assertGreaterEqual(sweeps, 3)
+        self.assertEqual(history["times"], sorted(history["times"]))
+        self.assertEqual({len(series) for series in history["series"].values()}, {sweeps})
+        self.assertEqual(list(report["failures"]), ["0x14190700"])
+        failure = report["failures"]["0x14190700"]
+        self.assertEqual(failure["count"], history["series"]["0x14190700"].count(None))
+        self.assertEqual(failure["failure"], "the device did not answer (0x6E)")
+        self.assertIn(failure["last"], history["times"])
+        self.assertEqual(len(report["items"]["items"]), len(run([*machine, "list", "--json"])
+                                                            .json["items"]))
+
+    def test_shows_a_recording_as_it_was_when_it_was_made(self):
+        recording = self.folder / "customer.json"
+        moments = [[0, "0x00820000", 3031, "0x00822003", 1000], [5000, "0x00820000", 3131],
+                   [9999, "0x00822003", {"status": 5}]]
+        recording.write_text(json.dumps({
+            "note": "Recorded 2026-01-02 03:04:05 UTC with release 0.1.0", "base": "builtin",
+            "trace": {"moments": moments, "seconds": 10}}))
+        self.assertEqual(self.report("--from", str(recording)).exit_code, 0)
+        report = self.content()
+        times = report["history"]["times"]
+        self.assertEqual([times[0], times[-1], len(times)], [1767323045, 1767323054, 10])
+        series = report["history"]["series"]
+        self.assertEqual(series["0x14170111"], [30] * 5 + [40] * 5)
+        self.assertEqual(series["0x14170311"], [1000] * 10)
+        self.assertEqual(report["items"]["machine"], {"name": "customer", "simulated": False})
+        self.assertIn("with release 0.1.0", report["source"])
+        # 0, 3333, 6666 and 9999: what comes at the very end is seen too.
+        result = self.report("--from", str(recording), "--interval", "3333ms")
+        self.assertEqual((result.exit_code, list(self.content()["failures"])), (1, ["0x14170311"]))
+
+    def test_ctrl_c_keeps_what_there_is(self):
+        terminal = self.terminal("report", str(self.file), "--simulate", "--for", "1h")
+        terminal.wait_for("sweep, Ctrl-C ends it 2/3601")
+        terminal.press_control_c()
+        self.assertEqual(terminal.finish(), 0)
+        self.assertGreaterEqual(len(self.content()["history"]["times"]), 2)
+
+    def test_a_mistake_is_one_line_and_leaves_no_file(self):
+        folder = str(self.folder / "none" / "report.html")
+        for arguments, reason in (
+                (["--simulate", "--for", "5x"], "'5x' is no time"),
+                (["--simulate", "--for", "2d"], "more than 20000 sweeps"),
+                (["--simulate", "--interval", "1ms"], "'1ms' is no time of 50 ms"),
+                (["--from", "slow-bus"], "is no recording"),
+                (["--from", "nowhere.json"], "no machine description 'nowhere.json'"),
+                (["--from", "x.json", "--for", "1m"], "--for"),
+                (["--from", "x.json", "--simulate"], "--from names the machine")):
+            with self.subTest(arguments):
+                result = self.report(*arguments)
+                self.assertEqual((result.exit_code, result.out), (2, ""))
+                self.assert_one_line(result.err)
+                self.assertIn(reason, result.err)
+        self.assertEqual(run(["report", folder, "--simulate", "--for", "0"]).exit_code, 2)
+        self.assertEqual(os.listdir(self.folder), [])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,89 @@
+"""An agent without a module: calls whatever device library is preloaded, and prints the answers.
+
+Usage: agent.py session SEED COUNT | hour | polls | threads | fork | full
+"""
+import ctypes
+import os
+import random
+import resource
+import sys
+import threading
+import time
+
+DEVICE = ctypes.CDLL("/usr/lib/libKOVADevice.so")  # by its SONAME
+UNTOUCHED = 0xDEAD
+CODES = [*range(0x200000, 0x200002), *range(0x240000, 0x240004), *range(0x250000, 0x250004),
+         *range(0x270000, 0x270004), *range(0x410000, 0x410003), 0x430001, 0x600008, 0x6A0005,
+         *range(0x680000, 0x68000B), *range(0x690000, 0x69000B), *range(0x820000, 0x820007),
+         *range(0x822003, 0x82200A), *range(0xA00001, 0xA0000D), 0xA00013, 0xA00109, 0xB00000,
+         0xB00009, 0xB0000A, 0xB0000F, 0xB00017]
+
+
+def read(code):
+    value = ctypes.c_uint32(UNTOUCHED)
+    status = DEVICE.KovaDeviceGetValue(code, ctypes.byref(value)) & 0xFFFFFFFF
+    return status, value.value
+
+
+def session(seed, count):
+    """Reads and writes at random, some codes often."""
+    dice = random.Random(seed)
+    favourites = dice.sample(CODES, 4)
+    for _ in range(int(count)):
+        code = dice.choice(favourites if dice.random() < 0.5 else CODES)
+        if dice.random() < 0.2:
+            word = dice.choice((0, 1, 2, 11, 100, 0xFFFFFFFF))
+            print("write", hex(code), word, DEVICE.KovaDeviceSetValue(code, word) & 0xFFFFFFFF)
+        else:
+            print("read", hex(code), *read(code))
+
+
+def hour():
+    """3600 samples of 100 calls; a machine clock of 10 ms a call keeps step with them."""
+    codes = CODES + [0] * (100 - len(CODES))
+    recorded = hasattr(DEVICE, "KovaRecorderSetTime")
+    for second in range(3600):
+        if recorded:
+            DEVICE.KovaRecorderSetTime(ctypes.c_uint64(second * 1000))
+        answers = [read(code) for code in codes]
+        if second in (0, 1799, 3599):
+            print(answers)
+    if recorded:
+        DEVICE.KovaRecorderSetTime(ctypes.c_uint64(3600000))
+        print(DEVICE.KovaRecorderFinish(), file=sys.stderr)
+
+
+def polls():
+    print("polling", read(0x820000), flush=True)
+    while True:
+        read(0x820000)
+        time.sleep(0.01)
+
+
+def threads():
+    crowd = [threading.Thread(target=session, args=(seed, 500)) for seed in range(4)]
+    for thread in crowd:
+        thread.start()
+    for thread in crowd:
+        thread.join()
+
+
+def fork():
+    read(0x820000)
+    child = os.fork()
+    for _ in range(2 if child else 5):
+        read(0x820000)
+    if child:
+        print(os.getpid(), child)
+        os.waitpid(child, 0)
+
+
+def full():
+    """No file may grow beyond 8 KiB: to a recorder that is a full disk."""
+    resource.setrlimit(resource.RLIMIT_FSIZE, (8192, 8192))
+    session(1, 3000)
+    time.sleep(1.5)
+    session(2, 100)
+
+
+globals()[sys.argv[1]](*sys.argv[2:])

@@ -1,0 +1,190 @@
+"""Records agents and kovactl, and replays what was recorded."""
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+KOVACTL, RECORDER, SIMULATOR = (os.environ[name] for name in
+                                ("KOVACTL", "KOVA_RECORDER", "KOVA_SIMULATOR"))
+MACHINES = pathlib.Path(os.environ["KOVA_MACHINES"])
+AGENT = [sys.executable, "-B", str(pathlib.Path(__file__).with_name("agent.py"))]
+STEP_MS = 700  # the machines' time from call to call, so that they move fast
+
+
+def start(command, preload, **environment):
+    # The interpreter keeps memory to its end, which is no leak of ours.
+    leaks = {"ASAN_OPTIONS": "detect_leaks=0"} if command[0] == sys.executable else {}
+    preload = ":".join(filter(None, (os.environ["KOVA_RUNTIMES"], preload)))
+    return subprocess.Popen(command, env={**os.environ, **leaks, "LD_PRELOAD": preload,
+                                          **environment},
+                            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+
+def run(command, preload, **environment):
+    """Gives exit code, stdout and stderr."""
+    process = start(command, preload, **environment)
+    out, err = process.communicate(timeout=120)
+    return process.returncode, out, err
+
+
+class TestCase(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="recorder.")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.file = self.folder / "recorded.json"
+
+    def machine(self, base="default", **description):
+        file = self.folder / "machine.json"
+        file.write_text(json.dumps({"base": str(MACHINES / f"{base}.json"),
+                                    "clock": {"step_ms": STEP_MS}, **description}))
+        return {"KOVA_SIM_MACHINE": str(file)}
+
+    def recording(self, machine, **more):
+        return {**machine, "KOVA_RECORD_LIBRARY": SIMULATOR,
+                "KOVA_RECORD_FILE": str(self.file), **more}
+
+    def note(self, file=None):
+        return json.loads((file or self.file).read_text())["note"]
+
+    def until(self, condition):
+        for _ in range(200):
+            if condition():
+                return
+            time.sleep(0.05)
+        self.fail(f"not within 10 s; there is {sorted(self.folder.iterdir())}")
+
+
+class Faithful(TestCase):
+    def check(self, command, machine):
+        """The same without the recorder, with it, and on the replay; but for times of day."""
+        def outcome(preload, environment):
+            code, out, err = run(command, preload, **environment)
+            return code, re.sub(r'"bt": \d+', '"bt"', out), err
+        plain = outcome(SIMULATOR, machine)
+        self.assertGreater(len(plain[1].splitlines()), 50, plain)
+        recorded = outcome(RECORDER, self.recording(machine, KOVA_RECORD_STEP_MS=str(STEP_MS)))
+        self.assertEqual(recorded, plain)
+        replayed = outcome(SIMULATOR, {"KOVA_SIM_MACHINE": str(self.file)})
+        self.assertEqual(replayed, plain)
+
+    def test_shipped_machines(self):
+        names = sorted(file.stem for file in MACHINES.glob("*.json"))
+        self.assertGreater(len(names), 3)
+        for name in names:
+            # Waiting shows nothing that the same machine without it does not.
+            swift = {"bus": {"delay_us": 0},
+                     "codes": {"0xA00000..0xA00FFF": {"delay_us": 0}}} if name == "slow-bus" else {}
+            machine = self.machine(name, **swift)
+            for arguments in (["capability"], ["list", "--json"]):
+                with self.subTest(machine=name, arguments=arguments):
+                    self.check([KOVACTL, *arguments], machine)
+            with self.subTest(machine=name):
+                self.check([*AGENT, "session", name, "4000"], machine)
+
+    def test_a_bus_that_fails_now_and_then(self):
+        flaky = self.machine(bus={"fail_read": {"status": 9, "every": 7, "stores": 3},
+                                  "fail_write": {"status": 8, "every": 3}})
+        for seed in "abc":
+            self.check([*AGENT, "session", seed, "4000"], flaky)
+
+    def test_an_hour_stays_small_and_shows_the_same_at_its_times(self):
+        machine = self.machine(clock={"step_ms": 10})
+        code, out, err = run([*AGENT, "hour"], RECORDER, **self.recording(machine))
+        self.assertEqual((code, err), (0, "0\n"))
+        self.assertLess(self.file.stat().st_size, 5_000_000)
+        self.assertIn("for 0 s: 360000 reads (", self.note())
+        variation = self.folder / "replay.json"
+        variation.write_text(json.dumps({"base": str(self.file), "clock": {"step_ms": 10}}))
+        self.assertEqual(run([*AGENT, "hour"], SIMULATOR, KOVA_SIM_MACHINE=str(variation))[1], out)
+
+
+class Lasting(TestCase):
+    """What becomes of the file, however the agent ends."""
+    def polling(self, **more):
+        agent = start([*AGENT, "polls"], RECORDER, **self.recording(self.machine(), **more))
+        self.addCleanup(agent.communicate)
+        self.addCleanup(agent.kill)
+        self.assertIn("polling (0, ", agent.stdout.readline())
+        return agent
+
+    def test_a_crash_loses_little_and_is_kept_by_the_next_recording(self):
+        self.file.write_text("the one before")
+        part = self.file.with_name("recorded.json.part")
+        agent = self.polling()
+        self.until(lambda: part.exists() and '"0x820000"' in part.read_text())
+        second = run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))
+        self.assertIn("is being recorded by another process", second[2])
+        self.assertEqual((second[2].count("\n"), len(second[1].splitlines())), (1, 9))
+        agent.kill()
+        agent.wait()
+        self.assertIn("reads", self.note(part))
+        self.assertEqual(self.file.read_text(), "the one before")
+        run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))
+        self.assertIn("recorded.json.crashed", os.listdir(self.folder))
+        self.assertRegex(self.note(), r"for 0 s: \d reads.*, \d writes?")
+
+    def test_a_file_beside_it_ends_the_recording(self):
+        agent = self.polling()
+        stop = self.folder / "recorded.json.stop"
+        stop.touch()
+        self.until(lambda: self.file.exists() and not stop.exists())
+        self.assertIsNone(agent.poll())
+        self.assertIn(" reads", self.note())
+
+    def test_a_full_disk_ends_the_recording_and_nothing_else(self):
+        machine = self.machine()
+        plain = run([*AGENT, "full"], SIMULATOR, **machine)
+        code, out, err = run([*AGENT, "full"], RECORDER, **self.recording(machine))
+        self.assertEqual((code, out), (0, plain[1]))
+        self.assertRegex(err, r"\AlibKOVADeviceRecorder: recording stopped: .*EFBIG.*\n\Z")
+        self.assertIn("it stopped early", self.note())
+
+    def test_threads_and_children(self):
+        run([*AGENT, "threads"], RECORDER, **self.recording(self.machine()))
+        counts = re.findall(r"(\d+) (?:reads|writes)", self.note())
+        self.assertEqual(sum(map(int, counts)), 2000)
+        run([*AGENT, "fork"], RECORDER, **self.recording(self.machine()))
+        self.assertIn(" 3 reads, ", self.note())
+        named = self.folder / "%p.json"
+        _, out, _ = run([*AGENT, "fork"], RECORDER,
+                        **self.recording(self.machine(), KOVA_RECORD_FILE=str(named)))
+        for process, reads in zip(out.split(), (3, 5)):
+            self.assertIn(f" {reads} reads, ", self.note(self.folder / f"{process}.json"))
+
+    def test_what_cannot_be_recorded_is_told_once(self):
+        machine = self.machine()
+        plain = run([*AGENT, "session", "1", "20"], SIMULATOR, **machine)[1]
+        for changes, reason in (
+            ({"KOVA_RECORD_FILE": "/nonexistent/r.json"}, "/nonexistent/r.json: cannot be written"),
+            ({"KOVA_RECORD_FILE": "/dev/null"}, "no ordinary file"),
+            ({"KOVA_RECORD_FILE": "/tmp/%d"}, "after a percent sign comes p"),
+            ({"KOVA_RECORD_REDACT": "0x1..x"}, "'0x1..x' is no device code"),
+            ({"KOVA_RECORD_STEP_MS": "0"}, "expected 1 to 86400000"),
+        ):
+            with self.subTest(reason):
+                code, out, err = run([*AGENT, "session", "1", "20"], RECORDER,
+                                     **self.recording(machine, **changes))
+                self.assertEqual((code, out, err.count("\n")), (0, plain, 1))
+                self.assertIn(reason, err)
+        missing = self.recording(machine, KOVA_RECORD_LIBRARY="/nonexistent.so")
+        self.assertIn("/nonexistent.so: cannot open",
+                      run([*AGENT, "session", "1", "9"], RECORDER, **missing)[2])
+
+    def test_blanked_words(self):
+        run([KOVACTL, "list"], RECORDER,
+            **self.recording(self.machine(), KOVA_RECORD_REDACT="0xB0001C,0xA00011..0xA00015"))
+        moments = json.loads(self.file.read_text())["trace"]["moments"]
+        words = {moment[i]: moment[i + 1] for moment in moments
+                 for i in range(1, len(moment), 2)}
+        self.assertEqual([words[code] for code in ("0xb0001c", "0xa00011", "0xa00015")], [0] * 3)
+        self.assertNotEqual(words["0xa00021"], 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

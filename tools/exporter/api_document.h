@@ -1,0 +1,31 @@
+// The bodies of /api/v1: snapshots and history as JSON text.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/exporter/history.h"
+#include "tools/exporter/snapshot.h"
+
+namespace kova_exporter {
+
+// The machine that the exporter speaks of.
+struct Machine {
+  std::string name;       // its host name
+  std::string simulated;  // the simulated machine's name; "" for a real one
+};
+
+// {"ok", "machine", "release", "sweep", "items"} with those of the snapshot's items.
+std::string items_document(const Machine& machine, const Snapshot& snapshot,
+                           const std::vector<kova_host::Item>& items, const SweepState& state);
+
+// {"ok", "sweep", "times", "series"}
+std::string history_document(const History::Extract& extract, const SweepState& state);
+
+// A server-sent event with every value of the sweep, in the order of the item list.
+std::string sweep_event(const Snapshot& snapshot, const SweepState& state);
+
+// A server-sent event that tells how the sweep stands, without values.
+std::string status_event(const SweepState& state);
+
+}  // namespace kova_exporter

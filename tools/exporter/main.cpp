@@ -1,0 +1,40 @@
+// kova-exporter: the module's items over HTTP.
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tools/exporter/service.h"
+
+namespace {
+
+constexpr int kCannotServe = 1;
+constexpr int kWrongArguments = 2;
+
+int run(const std::vector<std::string>& arguments) {
+  const auto parsed = kova_exporter::parse_options(arguments);
+  if (parsed.answer) {
+    return std::fputs(parsed.answer->c_str(), stdout) < 0 || std::fflush(stdout) != 0
+               ? kCannotServe
+               : EXIT_SUCCESS;
+  }
+  kova_exporter::set_log_level(parsed.options.log_level);
+  return kova_exporter::run_service(parsed.options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  using kova_exporter::LogLevel;
+  try {
+    return run(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const std::invalid_argument& error) {
+    kova_exporter::log(LogLevel::error, "{}", error.what());
+    return kWrongArguments;
+  } catch (const std::exception& error) {
+    kova_exporter::log(LogLevel::error, "{}", error.what());
+    return kCannotServe;
+  }
+}

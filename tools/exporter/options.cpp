@@ -1,0 +1,131 @@
+// The exporter's command line, in the manner of Prometheus exporters.
+#include "tools/exporter/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <stdexcept>
+
+#include "include/kova_iot.h"
+#include "tools/host/text_value.h"
+
+namespace kova_exporter {
+namespace {
+
+constexpr const char* kDefaultAddress = "127.0.0.1:9848";
+
+// Texts as typed; they are checked here rather than by the parser, whose numbers are laxer.
+struct RawTexts {
+  std::string listen_address = kDefaultAddress;
+  std::string interval = "5s";
+  std::string log_level = "info";
+  std::string machine;
+};
+
+struct TimeUnit {
+  std::string_view suffix;
+  double seconds;
+};
+constexpr TimeUnit kTimeUnits[] = {{"ms", 0.001}, {"s", 1}, {"m", 60}, {"", 1}};
+
+double checked_interval(std::string_view text) {
+  constexpr double kShortest = 0.1;
+  constexpr double kLongest = 3600;
+  for (const auto& [suffix, factor] : kTimeUnits) {
+    if (!text.ends_with(suffix)) {
+      continue;
+    }
+    const auto number = kova_host::parse_number(text.substr(0, text.size() - suffix.size()));
+    const double seconds =
+        number ? std::visit([](auto v) { return static_cast<double>(v); }, *number) * factor : 0;
+    if (seconds >= kShortest && seconds <= kLongest) {
+      return seconds;
+    }
+    break;
+  }
+  throw std::invalid_argument(
+      fmt::format("--interval: '{}' is no time of 100ms to 60m, such as 5s", text));
+}
+
+ListenAddress checked_address(const std::string& text) {
+  try {
+    return parse_listen_address(text);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(fmt::format("--web.listen-address: {}", error.what()));
+  }
+}
+
+Options checked(const RawTexts& raw, Options options) {
+  options.listen_address = checked_address(raw.listen_address);
+  options.interval = checked_interval(raw.interval);
+  const auto level = parse_log_level(raw.log_level);
+  if (!level) {
+    throw std::invalid_argument(
+        fmt::format("--log.level: '{}' is none of debug, info, warn, error", raw.log_level));
+  }
+  options.log_level = *level;
+  if (options.host.simulate) {
+    options.simulated =
+        raw.machine.empty() ? "built-in" : std::filesystem::path(raw.machine).stem().string();
+  }
+  return options;
+}
+
+void add_options(CLI::App& app, RawTexts& raw, Options& options) {
+  app.add_option("--web.listen-address", raw.listen_address,
+                 "Where to serve: 127.0.0.1:PORT, [::1]:PORT, [::]:PORT for every address of the "
+                 "machine, or unix:/PATH")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
+  app.add_option("--interval", raw.interval, "Time from one sweep over all items to the next")
+      ->type_name("TIME")
+      ->capture_default_str();
+  app.add_option("--module", options.host.module, "Load this module instead of searching for it")
+      ->type_name("PATH");
+  app.add_option("--simulate", raw.machine,
+                 "Show a simulated machine: the built-in one, or the one described in this file, "
+                 "or a shipped one by its name")
+      ->type_name("[MACHINE]")
+      ->expected(0, 1);
+  app.add_option("--log.level", raw.log_level,
+                 "Least level that is logged: debug, info, warn, error")
+      ->type_name("LEVEL")
+      ->capture_default_str();
+  app.set_version_flag("--version", "kova-exporter " KOVA_IOT_VERSION,
+                       "Print the version and exit");
+  app.footer(
+      "Exit codes: 0 ended by a signal, 1 cannot serve, 2 wrong arguments.\n"
+      "Example:\n  kova-exporter --simulate");
+}
+
+}  // namespace
+
+ParsedOptions parse_options(std::vector<std::string> arguments) {
+  ParsedOptions parsed;
+  RawTexts raw;
+  CLI::App app(
+      "Serves this machine's hardware-monitoring items: a live page, Prometheus metrics, "
+      "JSON.",
+      "kova-exporter");
+  add_options(app, raw, parsed.options);
+  std::reverse(arguments.begin(), arguments.end());  // the order that the parser takes
+  try {
+    app.parse(std::move(arguments));
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream text;
+    if (app.exit(error, text, text) != 0) {
+      throw std::invalid_argument(fmt::format("{} (see kova-exporter --help)", error.what()));
+    }
+    parsed.answer = text.str();
+    return parsed;
+  }
+  parsed.options.host.simulate = app.count("--simulate") > 0;
+  if (!raw.machine.empty()) {
+    parsed.options.host.machine = raw.machine;
+  }
+  parsed.options = checked(raw, std::move(parsed.options));
+  return parsed;
+}
+
+}  // namespace kova_exporter

@@ -1,0 +1,142 @@
+// The running exporter. The calling thread serves; the sampler has one of its own.
+#include "tools/exporter/service.h"
+
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+
+#include "tools/exporter/sampler.h"
+#include "tools/exporter/server.h"
+
+namespace kova_exporter {
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr int kWrongArguments = 2;
+
+// The signals that end the program, as a descriptor to poll. Made before any thread, which
+// inherits that they are blocked.
+class EndSignals {
+ public:
+  EndSignals() {
+    sigset_t signals{};
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+      sigaddset(&signals, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (descriptor_ < 0) {
+      throw std::system_error(errno, std::generic_category(), "cannot wait for signals");
+    }
+  }
+  ~EndSignals() { close(descriptor_); }
+  EndSignals(const EndSignals&) = delete;
+  EndSignals& operator=(const EndSignals&) = delete;
+
+  int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_ = -1;
+};
+
+// What systemd is told, if it is what has started the program.
+class ServiceManager {
+ public:
+  ServiceManager() { has_watchdog_ = sd_watchdog_enabled(0, nullptr) > 0; }
+
+  // The first sweep has ended, well or not.
+  void ready(const SweepState& state) {
+    if (!ready_) {
+      ready_ = true;
+      sd_notify(0, "READY=1");
+    }
+    const std::string status =
+        state.up ? fmt::format("sweeps take {:.3f} s", *state.duration) : state.error;
+    sd_notifyf(0, "STATUS=%s", status.c_str());
+  }
+
+  // The serving loop lives. A device library that does not return for so long will not come back:
+  // then only a new process can help, and the watchdog makes one.
+  void alive(std::chrono::seconds busy) const {
+    constexpr std::chrono::minutes kGivenUp{10};
+    if (has_watchdog_ && busy < kGivenUp) {
+      sd_notify(0, "WATCHDOG=1");
+    }
+  }
+
+  static void stopping() { sd_notify(0, "STOPPING=1"); }
+
+ private:
+  bool ready_ = false;
+  bool has_watchdog_ = false;
+};
+
+std::string host_name() {
+  std::array<char, 256> name{};
+  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "localhost";
+}
+
+void serve_until_signal(const EndSignals& signals, const Store& store, const Site& site,
+                        Server& server, const Sampler& sampler) {
+  ServiceManager manager;
+  enum { kSignal, kStore, kServer, kCount };
+  std::array<pollfd, kCount> descriptors{};
+  descriptors[kSignal] = {signals.descriptor(), POLLIN, 0};
+  descriptors[kStore] = {store.descriptor(), POLLIN, 0};
+  descriptors[kServer] = {server.descriptor(), POLLIN, 0};
+  while (store.failure().empty()) {
+    if (poll(descriptors.data(), descriptors.size(), static_cast<int>(server.patience().count())) <
+            0 &&
+        errno != EINTR) {
+      throw std::system_error(errno, std::generic_category(), "cannot wait for clients");
+    }
+    if ((descriptors[kSignal].revents & POLLIN) != 0) {
+      return;
+    }
+    if ((descriptors[kStore].revents & POLLIN) != 0) {
+      store.acknowledge();
+      server.announce(site.newest_event());
+      manager.ready(site.state());
+    }
+    server.serve();
+    manager.alive(sampler.busy_for());
+  }
+}
+
+}  // namespace
+
+int run_service(const Options& options) {
+  constexpr std::chrono::seconds kPatience{2};
+  const EndSignals signals;
+  (void)std::signal(SIGPIPE, SIG_IGN);
+  const Listener listener(options.listen_address);
+  Store store(options.interval);
+  Site site(store, {.machine = {.name = host_name(), .simulated = options.simulated},
+                    .local_hosts_only = listener.address().is_loopback()});
+  Server server(listener, site);
+  log(LogLevel::info, "listening on {}", listener.address().url());
+  Sampler sampler(options.host, store);
+  serve_until_signal(signals, store, site, server, sampler);
+  ServiceManager::stopping();
+  const std::string failure = store.failure();
+  if (!failure.empty()) {
+    log(LogLevel::error, "{}", failure);
+  }
+  const int exit_code = failure.empty() ? EXIT_SUCCESS : kWrongArguments;
+  if (!sampler.finish(kPatience)) {
+    log(LogLevel::warn, "the device library does not return; leaving without it");
+    listener.remove_file();
+    _exit(exit_code);
+  }
+  return exit_code;
+}
+
+}  // namespace kova_exporter

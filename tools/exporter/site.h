@@ -1,0 +1,59 @@
+// What each path answers. One thread uses a site; it never waits for the device.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tools/exporter/api_document.h"
+#include "tools/exporter/http.h"
+#include "tools/exporter/store.h"
+
+namespace kova_exporter {
+
+class Site {
+ public:
+  struct Options {
+    Machine machine;
+    bool local_hosts_only = false;  // refuse a Host header that names another machine
+  };
+
+  // The store must outlive the site.
+  Site(const Store& store, Options options);
+
+  // The answer to one request. A HEAD request gets its body too; the server leaves it out.
+  HttpResponse answer(const HttpRequest& request);
+
+  // The newest sweep as a server-sent event, or without one how things stand; and the event that
+  // tells only that.
+  std::string newest_event() const;
+  std::string status_event() const;
+  SweepState state() const { return current().state; }
+
+ private:
+  HttpResponse route(const HttpRequest& request, const Target& target);
+  HttpResponse metrics(const HttpRequest& request);
+  HttpResponse health() const;
+  HttpResponse items() const;
+  HttpResponse item(std::string_view name) const;
+  HttpResponse history(const Target& target) const;
+
+  // The newest snapshot and how it stands now.
+  struct Current {
+    std::shared_ptr<const Snapshot> snapshot;
+    SweepState state;
+  };
+  Current current() const;
+
+  // The items' metrics of one snapshot, made once however many scrape it.
+  struct CachedMetrics {
+    std::shared_ptr<const Snapshot> snapshot;
+    std::string text;
+  };
+
+  const Store& store_;
+  Options options_;
+  CachedMetrics plain_;
+  CachedMetrics openmetrics_;
+};
+
+}  // namespace kova_exporter

@@ -1,0 +1,66 @@
+// A recording that is walked through, at the host's own pace.
+#include "tools/host/replay.h"
+
+#include <dlfcn.h>
+#include <fmt/format.h>
+
+#include <ctime>
+
+#include "tools/host/errors.h"
+#include "tools/host/json_ptr.h"
+#include "tools/host/locations.h"
+#include "tools/host/unix_time.h"
+
+namespace kova_host {
+namespace {
+
+template <typename Function>
+Function* resolve(void* library, const char* name) {
+  void* symbol = library == nullptr ? nullptr : dlsym(library, name);
+  if (symbol == nullptr) {
+    throw HostError(Fault::usage,
+                    fmt::format("cannot set the simulated machine's clock: {}", dlerror()));
+  }
+  return reinterpret_cast<Function*>(symbol);
+}
+
+std::string note_of(const std::string& file) {
+  json_error_t error;
+  const JsonPtr description(json_load_file(file.c_str(), 0, &error));
+  const char* note = json_string_value(json_object_get(description.get(), "note"));
+  return note == nullptr ? "" : note;
+}
+
+// The recorder's note begins so.
+double recorded_at(const std::string& note) {
+  std::tm time = {};
+  if (strptime(note.c_str(), "Recorded %Y-%m-%d %H:%M:%S UTC", &time) == nullptr) {
+    return unix_time();
+  }
+  return static_cast<double>(timegm(&time));
+}
+
+}  // namespace
+
+Replay::Replay(const HostOptions& options) {
+  const std::string file = machine_description(options.machine.value_or(""));
+  // It is in the process already; this gives its handle.
+  void* library = dlopen(simulator_library().c_str(), RTLD_NOW | RTLD_NOLOAD);
+  set_time_ = resolve<void(uint64_t)>(library, "KovaSimulatorSetTime");
+  length_ = std::chrono::milliseconds(resolve<uint64_t()>(library, "KovaSimulatorRecordedTime")());
+  if (length_ == std::chrono::milliseconds(0)) {
+    throw HostError(
+        Fault::usage,
+        fmt::format("'{}' is no recording; --simulate reads from other machine descriptions",
+                    file));
+  }
+  note_ = note_of(file);
+  begin_ = recorded_at(note_);
+  set_time_(0);
+}
+
+void Replay::set_time(std::chrono::milliseconds time) const {
+  set_time_(static_cast<uint64_t>(time.count()));
+}
+
+}  // namespace kova_host

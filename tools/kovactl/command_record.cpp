@@ -1,0 +1,182 @@
+// `kovactl record`: what the device library answers, as a machine description to replay.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tools/host/duration.h"
+#include "tools/host/interrupts.h"
+#include "tools/host/plain_text.h"
+#include "tools/host/recording.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+#include "tools/kovactl/progress.h"
+
+namespace kovactl {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+struct Options {
+  std::string file;
+  Selection selection;
+  std::string interval;
+  std::string count;
+  std::string length;
+  bool redact = false;
+};
+
+// When samples are taken: `count` of them, 0 for no end.
+struct Plan {
+  milliseconds interval{1000};
+  uint64_t count = 1;
+};
+
+milliseconds checked_duration(const std::string& text, std::string_view what) {
+  constexpr milliseconds kShortest{50};
+  const auto duration = parse_duration(text);
+  if (!duration || *duration < kShortest) {
+    throw HostError(
+        Fault::usage,
+        fmt::format("'{}' is no {} of 50ms or more, such as 2s, 10m or 1h30m", text, what));
+  }
+  return *duration;
+}
+
+Plan plan_of(const Options& options) {
+  Plan plan;
+  if (!options.interval.empty()) {
+    plan.interval = checked_duration(options.interval, "interval");
+    plan.count = 0;
+  }
+  if (!options.count.empty()) {
+    const auto count = parse_item_id(options.count);
+    if (!count || *count == 0) {
+      throw HostError(Fault::usage, fmt::format("'{}' is no number of samples", options.count));
+    }
+    plan.count = *count;
+  }
+  if (!options.length.empty()) {
+    const milliseconds length = checked_duration(options.length, "length");
+    plan.count = static_cast<uint64_t>((length + plan.interval - milliseconds(1)) / plan.interval);
+  }
+  return plan;
+}
+
+struct Result {
+  uint64_t samples = 0;
+  size_t items = 0;
+  size_t failed = 0;  // items of the last sample
+  milliseconds length{0};
+  std::optional<std::string> trouble;
+};
+
+// Takes samples until the plan, a signal or the recording itself ends it. Times are the plan's
+// own, from the first sample on, so that a replay that is sampled alike shows the same.
+class Sampling {
+ public:
+  Sampling(const Recording& recording, const Plan& plan, InterruptGuard& guard)
+      : recording_(recording), plan_(plan), guard_(guard) {}
+
+  Result run(const Session& session, const std::vector<Item>& items) {
+    Progress progress("recording, Ctrl-C ends it", plan_.count > 1 ? plan_.count : 0);
+    const auto start = steady_clock::now();
+    auto next = start;
+    Result result;
+    result.items = items.size();
+    for (;;) {
+      const auto readings =
+          read_items(session, items, [this](const Item&) { return !guard_.interrupted(); });
+      if (!readings) {
+        break;
+      }
+      ++result.samples;
+      result.failed = static_cast<size_t>(std::count_if(
+          readings->begin(), readings->end(),
+          [](const auto& entry) { return entry.second.state == Reading::State::failed; }));
+      progress.advance();
+      result.trouble = recording_.trouble();
+      next = std::max(next + plan_.interval, steady_clock::now());
+      result.length = std::chrono::duration_cast<milliseconds>(next - start);
+      if (result.trouble || result.samples == plan_.count || guard_.wait_until(next)) {
+        break;
+      }
+      recording_.set_time(result.length);
+    }
+    recording_.set_time(result.length);
+    return result;
+  }
+
+ private:
+  const Recording& recording_;
+  const Plan& plan_;
+  InterruptGuard& guard_;
+};
+
+void print_result(const Result& result, const std::string& file) {
+  std::string text = fmt::format("{}: {} sample{} of {} items", printable(file), result.samples,
+                                 result.samples == 1 ? "" : "s", result.items);
+  if (result.samples > 1) {
+    text += " over " + duration_text(result.length);
+  }
+  if (result.failed > 0) {
+    text += fmt::format("; {} of them could not be read, which is recorded too", result.failed);
+  }
+  print(text + "\n");
+}
+
+// A machine on which nothing is found is worth a recording all the more.
+std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recording,
+                               const std::string& file) {
+  try {
+    return open_session(globals);
+  } catch (const HostError& error) {
+    if (error.fault() == Fault::no_device && !recording.finish()) {
+      throw HostError(Fault::no_device,
+                      fmt::format("{}; {} has what was answered", error.what(), printable(file)),
+                      error.status());
+    }
+    throw;
+  }
+}
+
+ExitCode run(const GlobalOptions& globals, const Options& options) {
+  const Plan plan = plan_of(options);
+  InterruptGuard guard;
+  Recording recording({options.file, options.redact, globals.host.simulate});
+  const auto session = start(globals, recording, options.file);
+  const Inventory inventory = Inventory::of(*session);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
+  const Result result = Sampling(recording, plan, guard).run(*session, items);
+  if (const auto trouble = recording.finish()) {
+    report(*trouble);
+    return ExitCode::item_failed;
+  }
+  print_result(result, options.file);
+  return ExitCode::success;
+}
+
+}  // namespace
+
+void add_record(CommandLine& line) {
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.add({"record", "Record this machine, to be replayed with --simulate FILE",
+                "kovactl record machine.json --for 10m --redact"},
+               [options](const GlobalOptions& globals) { return run(globals, *options); });
+  command.add_option("FILE", options->file, "The machine description to write")->required();
+  add_selection(command, options->selection);
+  command
+      .add_option("--interval", options->interval,
+                  "Time between samples (default 1s); without --count or --for until Ctrl-C")
+      ->type_name("TIME");
+  auto* count = command.add_option("--count", options->count, "Take so many samples (default 1)")
+                    ->type_name("N");
+  command.add_option("--for", options->length, "Take samples for so long, such as 10m or 1h30m")
+      ->type_name("TIME")
+      ->excludes(count);
+  command.add_flag("--redact", options->redact,
+                   "Blank serial numbers, part numbers and vendor data");
+}
+
+}  // namespace kovactl
