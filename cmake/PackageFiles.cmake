@@ -85,6 +85,14 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
 Copyright (C) 2026 the maintainers of the KOVA IoT module
 All rights reserved.
 ")
+  # The page of kova-exporter and of kovactl's reports carries a chart library with it.
+  if(component STREQUAL exporter OR component STREQUAL tools)
+    file(READ ${CPACK_KOVA_CHART_COPYRIGHT} chart_copyright)
+    file(APPEND ${documents}/copyright "
+The programs contain the dygraphs chart library, with this statement of its own:
+
+${chart_copyright}")
+  endif()
   if(CPACK_GENERATOR STREQUAL DEB)
     string(REPLACE "@PACKAGE@" "${package}" text "${changelog}")
     file(WRITE ${documents}/changelog "${text}")

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
 # exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
-# docs/items.md, the packages, and the short forms of the fuzzers and of the benchmarks. Installs
-# what is missing.
+# the exporter's unit and threads, docs/items.md and docs/metrics.md, the packages, and the short
+# forms of the fuzzers and of the benchmarks. Installs what is missing.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -23,6 +23,7 @@ build_preset dev
 scripts/check_binary.sh build/dev
 scripts/metrics_check.sh build/dev
 scripts/browser_test.sh build/dev
+scripts/exporter_check.sh build/dev
 scripts/items.sh --check
 
 echo "Running the documentation's commands ..."

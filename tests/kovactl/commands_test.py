@@ -1,4 +1,6 @@
 """The commands of the built kovactl, with the plug-in, on simulated machines."""
+import pathlib
+import re
 import unittest
 
 from program import VERSION, TestCase, run
@@ -115,13 +117,41 @@ class Commands(TestCase):
                 self.assertEqual(result.err, f"kovactl: {result.json['error']['message']}\n")
                 self.assertEqual(result.json["error"]["exit_code"], 2)
 
-    def test_every_help_text_has_an_example(self):
-        for command in ("", "list", "capability", "get", "set", "reset", "watch", "doctor",
-                        "metrics", "senml"):
+    def test_every_command_and_option_is_documented(self):
+        def complete(*words):
+            return run(["complete", "--", *words]).out.splitlines()
+
+        page = (pathlib.Path(__file__).parents[2] / "tools/kovactl/kovactl.1").read_text()
+        page = page.replace("\\-", "-").replace("\\fR", "").replace("\\fB", "")
+        commands = complete("=")
+        help_text = run("--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
+        self.assertEqual(commands, re.findall(r"^  ([a-z-]+) ", help_text, re.M))
+        self.assertIn("list", commands)
+        for command in commands:
             with self.subTest(command=command):
                 result = run(f"{command} --help")
                 self.assertEqual(result.exit_code, 0)
                 self.assertIn("Example:\n  kovactl ", result.out)
+                section = re.search(rf"^\.SS {command}\b(.*?)^\.S[SH]", page, re.S | re.M)
+                self.assertTrue(section, "no section in the man page")
+                for option in set(complete("=--", command)) - set(complete("=--")):
+                    self.assertIn(option, section[1])
+
+    def test_completion_asks_no_device(self):
+        for words, completed in (
+            (("=l",), "list"), (("=--VER",), "--version"), (("=CAP", "--json"), "capability"),
+            (("=slow", "--simulate"), "slow-bus"), (("=", "list", "--family"), "SMART BATTERY"),
+            (("=sm", "list", "--family"), "SMART BATTERY"),
+            (("=poe 2 c", "get", "--json"), "PoE 2 current"),
+            (("=0x14140b0", "watch"), "0x14140B08"),
+            (("=pic/settings/ba", "get"), "PIC/Settings/Battery type setting"),
+            (("=Battery type setting=2", "set"), "Battery type setting=24V"),
+            (("=a", "--simulate", "default", "set", "0x1416071B"), "Auto"),
+        ):
+            with self.subTest(words=words):
+                result = run(["complete", "--", *words])
+                self.assertEqual((result.exit_code, result.err), (0, ""))
+                self.assertIn(completed, result.out.splitlines())
 
 
 if __name__ == "__main__":

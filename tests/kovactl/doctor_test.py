@@ -93,8 +93,8 @@ class Expected(TestCase):
              "PoE 1 detect  missing: its device is not there (0xFFFFF0FF)", "PoE 1 detect is miss"),
             ([*no_ports, "list", "--family", "PIC", "--expect", str(file)], 0, "IGN status", ""),
             (f"--simulate list --expect {file}", 0, "IGN status", ""),
-            ("--simulate list --expect /nonexistent", 2, "", "/nonexistent: cannot be read"),
-            (f"--simulate list --expect {__file__}", 2, "", "no output of list --json"),
+            ("--simulate list --expect /nonexistent", 2, "", "cannot read '/nonexistent': No such"),
+            (f"--simulate list --expect {__file__}", 2, "", "is no output of kovactl list --json"),
         ))
 
 

@@ -39,12 +39,13 @@ def hold_to_contract(command, text):
         error = jsonschema.exceptions.best_match(CONTRACT.iter_errors(document))
         if error is not None:
             raise AssertionError(f"{command} --json breaks the contract: {error.message}")
-        kind = {"watch": "time", "set": "dry_run", "reset": "dry_run", "doctor": "steps"}
+        kind = {"watch": "time", "set": "dry_run", "reset": "dry_run", "doctor": "steps",
+                "diff": "changes"}
         if "error" not in document and kind.get(command, "items") not in document:
             raise AssertionError(f"{command} --json is another command's")
 
 
-COMMANDS = ("list", "get", "watch", "set", "reset", "doctor")
+COMMANDS = ("list", "get", "watch", "set", "reset", "doctor", "diff")
 
 
 class Result:

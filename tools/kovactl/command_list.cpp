@@ -3,7 +3,7 @@
 
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
-#include "tools/host/listing.h"
+#include "tools/host/list_document.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/table.h"
@@ -19,7 +19,8 @@ struct Options {
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   // A file that cannot be used must not cost a start of the module.
-  const auto expected = options.expected.empty() ? Listing() : read_listing(options.expected);
+  const auto expected =
+      options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const auto session = open_session(globals);
   std::vector<Item> known = Inventory::of(*session).items();
   const std::vector<Item> missing = missing_items(known, expected);

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "tools/host/duration.h"
-#include "tools/host/interrupts.h"
 #include "tools/host/plain_text.h"
 #include "tools/host/recording.h"
 #include "tools/kovactl/command_support.h"
@@ -75,8 +74,8 @@ struct Result {
 // own, from the first sample on, so that a replay that is sampled alike shows the same.
 class Sampling {
  public:
-  Sampling(const Recording& recording, const Plan& plan, InterruptGuard& guard)
-      : recording_(recording), plan_(plan), guard_(guard) {}
+  Sampling(const Recording& recording, const Plan& plan, Attendant& attendant)
+      : recording_(recording), plan_(plan), attendant_(attendant) {}
 
   Result run(const Session& session, const std::vector<Item>& items) {
     Progress progress("recording, Ctrl-C ends it", plan_.count > 1 ? plan_.count : 0);
@@ -86,7 +85,7 @@ class Sampling {
     result.items = items.size();
     for (;;) {
       const auto readings =
-          read_items(session, items, [this](const Item&) { return !guard_.interrupted(); });
+          read_items(session, items, [this](const Item&) { return !attendant_.interrupted(); });
       if (!readings) {
         break;
       }
@@ -98,7 +97,7 @@ class Sampling {
       result.trouble = recording_.trouble();
       next = std::max(next + plan_.interval, steady_clock::now());
       result.length = std::chrono::duration_cast<milliseconds>(next - start);
-      if (result.trouble || result.samples == plan_.count || guard_.wait_until(next)) {
+      if (result.trouble || result.samples == plan_.count || wait_until(attendant_, next)) {
         break;
       }
       recording_.set_time(result.length);
@@ -110,7 +109,7 @@ class Sampling {
  private:
   const Recording& recording_;
   const Plan& plan_;
-  InterruptGuard& guard_;
+  Attendant& attendant_;
 };
 
 void print_result(const Result& result, const std::string& file) {
@@ -142,12 +141,13 @@ std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recordin
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const Plan plan = plan_of(options);
-  InterruptGuard guard;
+  Attendant& attendant = *globals.attendant;
+  attendant.let_command_end();
   Recording recording({options.file, options.redact, globals.host.simulate});
   const auto session = start(globals, recording, options.file);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  const Result result = Sampling(recording, plan, guard).run(*session, items);
+  const Result result = Sampling(recording, plan, attendant).run(*session, items);
   if (const auto trouble = recording.finish()) {
     report(*trouble);
     return ExitCode::item_failed;

@@ -9,7 +9,6 @@
 #include "tools/exporter/page/single_file.h"
 #include "tools/host/atomic_file.h"
 #include "tools/host/duration.h"
-#include "tools/host/interrupts.h"
 #include "tools/host/replay.h"
 #include "tools/host/unix_time.h"
 #include "tools/kovactl/command_support.h"
@@ -60,8 +59,8 @@ milliseconds checked_interval(const Options& options, milliseconds length, milli
 
 // Reads all items; nothing if a signal has come before the last of them.
 std::optional<Readings> sweep(const Session& session, const std::vector<Item>& items,
-                              InterruptGuard& guard) {
-  return read_items(session, items, [&guard](const Item&) { return !guard.interrupted(); });
+                              Attendant& attendant) {
+  return read_items(session, items, [&attendant](const Item&) { return !attendant.interrupted(); });
 }
 
 // Where a report's readings come from, and how they got into it.
@@ -74,13 +73,13 @@ struct Course {
 
 // Sweeps until the time is over, or Ctrl-C, which leaves out the sweep that is running.
 void watch(const Session& session, const std::vector<Item>& items, const Course& course,
-           InterruptGuard& guard, ReportDocument& document) {
+           Attendant& attendant, ReportDocument& document) {
   Progress progress("sweep, Ctrl-C ends it",
                     static_cast<size_t>(course.length / course.interval + 1));
   auto next = steady_clock::now();
   const auto end = next + course.length;
   do {
-    auto readings = sweep(session, items, guard);
+    auto readings = sweep(session, items, attendant);
     if (!readings) {
       break;
     }
@@ -88,17 +87,17 @@ void watch(const Session& session, const std::vector<Item>& items, const Course&
     progress.advance();
     // Sweeps keep to the clock; one that took longer than the interval delays the next.
     next = std::max(next + course.interval, steady_clock::now());
-  } while (next <= end && !guard.wait_until(next));
+  } while (next <= end && !wait_until(attendant, next));
 }
 
 // The same through a recording, as fast as it can be read.
 void walk(const Replay& replay, const Session& session, const std::vector<Item>& items,
-          const Course& course, InterruptGuard& guard, ReportDocument& document) {
+          const Course& course, Attendant& attendant, ReportDocument& document) {
   Progress progress("sweep, Ctrl-C ends it",
                     static_cast<size_t>(course.length / course.interval + 1));
   for (milliseconds time{0}; time < course.length; time += course.interval) {
     replay.set_time(time);
-    auto readings = sweep(session, items, guard);
+    auto readings = sweep(session, items, attendant);
     if (!readings) {
       break;
     }
@@ -167,17 +166,17 @@ ExitCode write_report(const Options& options, const Course& course, const Report
   return ExitCode::success;
 }
 
-ExitCode report_live(const HostOptions& host, const Options& options, InterruptGuard& guard) {
-  const Course course = live_course(options, host);
-  const auto session = open_session({host});
+ExitCode report_live(const GlobalOptions& globals, const Options& options, Attendant& attendant) {
+  const Course course = live_course(options, globals.host);
+  const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = distinct(inventory.items());
   ReportDocument document(inventory.items());
-  watch(*session, items, course, guard, document);
+  watch(*session, items, course, attendant, document);
   return write_report(options, course, document, items.size());
 }
 
-ExitCode report_recording(HostOptions host, const Options& options, InterruptGuard& guard) {
+ExitCode report_recording(HostOptions host, const Options& options, Attendant& attendant) {
   host.simulate = true;
   host.machine = options.recording;
   const Module module(host);
@@ -187,20 +186,21 @@ ExitCode report_recording(HostOptions host, const Options& options, InterruptGua
   const Inventory inventory = Inventory::of(session);
   const std::vector<Item> items = distinct(inventory.items());
   ReportDocument document(inventory.items());
-  walk(replay, session, items, course, guard, document);
+  walk(replay, session, items, course, attendant, document);
   return write_report(options, course, document, items.size());
 }
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   check_writable(options.file);
-  InterruptGuard guard;
+  Attendant& attendant = *globals.attendant;
+  attendant.let_command_end();
   if (options.recording.empty()) {
-    return report_live(globals.host, options, guard);
+    return report_live(globals, options, attendant);
   }
   if (globals.host.simulate) {
     throw HostError(Fault::usage, "--from names the machine; --simulate names another one");
   }
-  return report_recording(globals.host, options, guard);
+  return report_recording(globals.host, options, attendant);
 }
 
 }  // namespace

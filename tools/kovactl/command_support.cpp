@@ -2,6 +2,7 @@
 #include "tools/kovactl/command_support.h"
 
 #include <fmt/format.h>
+#include <poll.h>
 
 #include <algorithm>
 
@@ -11,6 +12,19 @@
 #include "tools/kovactl/progress.h"
 
 namespace kovactl {
+
+bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time) {
+  using std::chrono::ceil, std::chrono::milliseconds, std::chrono::steady_clock;
+  pollfd descriptor = {attendant.interruption().descriptor(), POLLIN, 0};
+  while (!attendant.interrupted()) {
+    const auto rest = ceil<milliseconds>(time - steady_clock::now()).count();
+    if (rest <= 0) {
+      break;
+    }
+    poll(&descriptor, 1, static_cast<int>(std::min<int64_t>(rest, 60'000)));
+  }
+  return attendant.interrupted();
+}
 
 std::unique_ptr<Session> open_session(const GlobalOptions& globals) {
   const Progress progress("starting the module");

@@ -1,6 +1,7 @@
 // What commands have in common: the start, reading with progress, the exit code at the end.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,9 +9,13 @@
 #include "tools/host/inventory.h"
 #include "tools/host/reading.h"
 #include "tools/host/selection.h"
+#include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_line.h"
 
 namespace kovactl {
+
+// Waits for that time, or until a signal asks the command to end; true if one has.
+bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time);
 
 // Starts the module; shows progress on a terminal.
 std::unique_ptr<Session> open_session(const GlobalOptions& globals);

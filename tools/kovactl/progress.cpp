@@ -38,7 +38,8 @@ std::string line_of(const State& now, steady_clock::duration elapsed) {
   if (now.total == 0) {
     return fmt::format("{}, {} s", now.label, duration_cast<seconds>(elapsed).count());
   }
-  return fmt::format("{} {}/{}, {}", now.label, now.done, now.total, now.item);
+  return fmt::format("{} {}/{}{}{}", now.label, now.done, now.total, now.item.empty() ? "" : ", ",
+                     now.item);
 }
 
 void erase(State& now) {
@@ -71,6 +72,12 @@ void Progress::advance(const kova_host::Item& item) {
   const std::lock_guard lock(now.mutex);
   ++now.done;
   now.item = name_or_path(item);
+}
+
+void Progress::advance() {
+  State& now = state();
+  const std::lock_guard lock(now.mutex);
+  ++now.done;
 }
 
 void draw_progress() {

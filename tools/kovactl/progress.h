@@ -20,6 +20,8 @@ class Progress {
 
   // The next of the total is this item's turn.
   void advance(const kova_host::Item& item);
+  // One more of the total is done, where that is samples rather than items.
+  void advance();
 };
 
 // For the attendant, from its own thread: shows the progress there is, if it is time to.
