@@ -40,7 +40,7 @@ install(FILES examples/minimal_host.c examples/minimal_host.py
 # The documents of each package. Their links lead to neighbours in the source; what is installed
 # elsewhere gets its link rewritten.
 set(dev_documents host-guide items)
-set(tools_documents machine-description)
+set(tools_documents json machine-description)
 
 function(install_documents component)
   set(folder ${document_folder}/kova-iot-${component})
@@ -63,3 +63,4 @@ function(install_documents component)
 endfunction()
 install_documents(dev)
 install_documents(tools)
+install(FILES docs/json.schema.json DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)

@@ -7,13 +7,13 @@ set -euo pipefail
 build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libncurses-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev locales python3 python3-pyte" ;;
+  test) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte" ;;
   bench) packages="$build libbenchmark-dev" ;;
-  check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 prometheus prometheus-node-exporter" ;;
+  check) packages="$build libgtest-dev locales clang-format-14 clang-tidy-14 clang-14 shellcheck binutils python3 python3-jsonschema python3-pyte prometheus prometheus-node-exporter" ;;
   package) packages="$build dpkg-dev lintian" ;;
   package-test) packages="debootstrap debian-archive-keyring" ;;
   fuzz) packages="$build clang-14 libclang-rt-14-dev llvm-14" ;;
-  coverage) packages="$build libgtest-dev locales gcovr python3" ;;
+  coverage) packages="$build libgtest-dev locales gcovr python3 python3-jsonschema python3-pyte" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
