@@ -24,6 +24,7 @@ scripts/check_binary.sh build/dev
 scripts/metrics_check.sh build/dev
 scripts/browser_test.sh build/dev
 scripts/exporter_check.sh build/dev
+scripts/monitoring_test.sh build/dev
 scripts/items.sh --check
 
 echo "Running the documentation's commands ..."

@@ -66,16 +66,6 @@ Item completed(Item published, const Item& known) {
   return published;
 }
 
-void mark_names_in_doubt(std::vector<Item>& items) {
-  std::map<std::string_view, std::set<uint32_t>> bearers;
-  for (const Item& item : items) {
-    bearers[item.name].insert(item.id);
-  }
-  for (Item& item : items) {
-    item.unique_name = item.name.empty() || bearers[item.name].size() == 1;
-  }
-}
-
 }  // namespace
 
 uint32_t count_instances(const InstanceRule& rule, const ReadWord& read) {

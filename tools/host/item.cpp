@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 namespace kova_host {
 
@@ -49,6 +51,16 @@ std::string path_of(const Item& item) {
 
 std::string name_or_path(const Item& item) {
   return item.unique_name ? item.name : path_of(item);
+}
+
+void mark_names_in_doubt(std::vector<Item>& items) {
+  std::map<std::string_view, std::set<uint32_t>> bearers;
+  for (const Item& item : items) {
+    bearers[item.name].insert(item.id);
+  }
+  for (Item& item : items) {
+    item.unique_name = item.name.empty() || bearers[item.name].size() == 1;
+  }
 }
 
 std::string_view option_label(const Item& item, int64_t value) {

@@ -75,6 +75,9 @@ std::string path_of(const Item& item);
 // The name, or the path where the name alone leaves a doubt; "" for an item without a name.
 std::string name_or_path(const Item& item);
 
+// Settles `unique_name` of the items of one machine.
+void mark_names_in_doubt(std::vector<Item>& items);
+
 // The label of `value` among the item's options; "" if it has none.
 std::string_view option_label(const Item& item, int64_t value);
 

@@ -139,20 +139,19 @@ std::vector<ListedItem> read_list_document(const std::string& file) {
   return parse_list_document(text.str(), "'" + file + "'");
 }
 
-std::vector<Item> missing_items(const std::vector<Item>& items,
-                                const std::vector<ListedItem>& expected) {
+std::vector<Item> with_missing(std::vector<Item> items, const std::vector<ListedItem>& expected) {
   std::set<uint32_t> present;
   for (const Item& item : items) {
     present.insert(item.id);
   }
-  std::vector<Item> missing;
   for (const ListedItem& listed : expected) {
     if (!present.contains(listed.item.id)) {
-      missing.push_back(listed.item);
-      missing.back().missing = true;
+      items.push_back(listed.item);
+      items.back().missing = true;
     }
   }
-  return missing;
+  mark_names_in_doubt(items);
+  return items;
 }
 
 }  // namespace kova_host

@@ -21,8 +21,7 @@ std::vector<ListedItem> parse_list_document(std::string_view text, const std::st
 // The same of a file. Throws HostError (usage) too if the file cannot be read.
 std::vector<ListedItem> read_list_document(const std::string& file);
 
-// Those of `expected` whose ID none of `items` has, each marked as missing.
-std::vector<Item> missing_items(const std::vector<Item>& items,
-                                const std::vector<ListedItem>& expected);
+// The items of a machine, and those of `expected` whose ID none of them has, marked as missing.
+std::vector<Item> with_missing(std::vector<Item> items, const std::vector<ListedItem>& expected);
 
 }  // namespace kova_host

@@ -113,11 +113,8 @@ std::string summary(const std::vector<Finding>& findings, size_t items) {
 }  // namespace
 
 CheckResult check_readings(const std::vector<Item>& items, const Readings& readings,
-                           const CheckLimits& limits, const std::vector<std::string>& missing) {
+                           const CheckLimits& limits) {
   std::vector<Finding> findings;
-  for (const std::string& path : missing) {
-    findings.push_back({CheckState::critical, path + " is missing"});
-  }
   std::string performance;
   for (const Item& item : items) {
     const Reading& reading = readings.at(item.id);

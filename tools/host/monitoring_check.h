@@ -26,12 +26,11 @@ struct CheckResult {
   std::string text;  // whole lines, ready to print
 };
 
-// Judges `items`, each ID of which stands there once. Critical: an item that cannot be read, one
-// of `missing` (paths of what should be there and is not), a value that a critical limit is for.
-// Warning: a value that a warning limit is for, or beyond the item's published range when the item
-// has no limit of its own.
+// Judges `items`, each ID of which stands there once. Critical: an item that cannot be read or is
+// missing, a value that a critical limit is for. Warning: a value that a warning limit is for, or
+// beyond the item's published range when the item has no limit of its own.
 CheckResult check_readings(const std::vector<Item>& items, const Readings& readings,
-                           const CheckLimits& limits, const std::vector<std::string>& missing);
+                           const CheckLimits& limits);
 
 // When there is nothing to judge: why, in one line.
 CheckResult check_unknown(const std::string& reason);

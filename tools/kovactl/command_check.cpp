@@ -1,7 +1,7 @@
 // `kovactl check`: a check for Icinga, Nagios and their kin.
 #include <fmt/format.h>
 
-#include "tools/host/json_report.h"
+#include "tools/host/list_document.h"
 #include "tools/host/monitoring_check.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
@@ -36,24 +36,17 @@ void add_limits(const std::vector<std::string>& texts, const std::vector<Item>& 
   }
 }
 
-CheckResult judge(const GlobalOptions& globals, const Options& options) {
-  const auto session = open_session(globals);
-  const Inventory inventory = Inventory::of(*session);
-  CheckLimits limits;
-  add_limits(options.warning, inventory.items(), limits.warning);
-  add_limits(options.critical, inventory.items(), limits.critical);
-  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  const Readings readings = read_items(*session, items);
-  return check_readings(items, readings, limits, {});
-}
-
+// What goes wrong on the way is told as an unknown state: by main, as for every command.
 ExitCode run(const GlobalOptions& globals, const Options& options) {
-  CheckResult result;
-  try {
-    result = judge(globals, options);
-  } catch (const HostError& error) {
-    result = check_unknown(error.what());
-  }
+  const auto expected =
+      options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
+  const auto session = open_session(globals);
+  const std::vector<Item> known = with_missing(Inventory::of(*session).items(), expected);
+  CheckLimits limits;
+  add_limits(options.warning, known, limits.warning);
+  add_limits(options.critical, known, limits.critical);
+  const std::vector<Item> items = select_distinct(known, options.selection);
+  const CheckResult result = check_readings(items, read_items(*session, items), limits);
   print(result.text);
   return static_cast<ExitCode>(result.state);
 }
@@ -76,6 +69,10 @@ void add_check(CommandLine& line) {
       .add_option("--crit", options->critical, "The same for a critical alert")
       ->type_name("ITEM=RANGE")
       ->allow_extra_args(false);
+  command
+      .add_option("--expect", options->expected,
+                  "Critical for each item that is missing since `list --json` printed this file")
+      ->type_name("FILE");
 }
 
 }  // namespace kovactl

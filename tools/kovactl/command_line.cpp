@@ -41,6 +41,10 @@ bool asks_for_json(const std::vector<std::string>& arguments) {
   return std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
 }
 
+bool asks_for_check(const std::vector<std::string>& arguments) {
+  return std::find(arguments.begin(), arguments.end(), "check") != arguments.end();
+}
+
 CommandLine::CommandLine()
     : app_("Reads and writes the hardware-monitoring items of this machine.", "kovactl") {
   app_.add_option("--module", module_, "Load this module instead of searching for it")

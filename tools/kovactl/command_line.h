@@ -83,4 +83,7 @@ double checked_seconds(const std::string& text, double least, double most, std::
 // True if the arguments ask for JSON, which holds for errors in the arguments themselves too.
 bool asks_for_json(const std::vector<std::string>& arguments);
 
+// True if they ask for a monitoring check, whose failures are a state like any other.
+bool asks_for_check(const std::vector<std::string>& arguments);
+
 }  // namespace kovactl

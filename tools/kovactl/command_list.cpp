@@ -22,9 +22,7 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const auto session = open_session(globals);
-  std::vector<Item> known = Inventory::of(*session).items();
-  const std::vector<Item> missing = missing_items(known, expected);
-  known.insert(known.end(), missing.begin(), missing.end());
+  const std::vector<Item> known = with_missing(Inventory::of(*session).items(), expected);
   const std::vector<Item> items = select(known, options.selection);
   const Readings readings = read_with_progress(*session, items);
   if (options.json) {

@@ -8,6 +8,7 @@
 #include "tools/host/descriptor_output.h"
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
+#include "tools/host/monitoring_check.h"
 #include "tools/kovactl/attendant.h"
 #include "tools/kovactl/commands.h"
 #include "tools/kovactl/output.h"
@@ -24,17 +25,23 @@ kova_host::JsonPtr error_document(const kova_host::HostError& error) {
   return document;
 }
 
-void tell(const kova_host::HostError& error, bool as_json) {
+// In the form that the arguments ask for.
+ExitCode tell(const kova_host::HostError& error, const std::vector<std::string>& arguments) {
   kovactl::report(error.what());
-  if (as_json) {
+  if (kovactl::asks_for_check(arguments)) {
+    const kova_host::CheckResult result = kova_host::check_unknown(error.what());
+    kovactl::print(result.text);
+    return static_cast<ExitCode>(result.state);
+  }
+  if (kovactl::asks_for_json(arguments)) {
     // On one line, as any document of `watch`.
     kovactl::print(
         kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::one_line));
   }
+  return kovactl::exit_code_of(error);
 }
 
 ExitCode run(const std::vector<std::string>& arguments) {
-  const bool as_json = kovactl::asks_for_json(arguments);
   try {
     kovactl::CommandLine line;
     kovactl::add_commands(line);
@@ -44,12 +51,11 @@ ExitCode run(const std::vector<std::string>& arguments) {
       return ExitCode::success;
     }
     kovactl::Attendant attendant(
-        parsed.globals, [as_json](const kova_host::HostError& error) { tell(error, as_json); });
+        parsed.globals, [&arguments](const kova_host::HostError& error) { tell(error, arguments); });
     parsed.globals.attendant = &attendant;
     return parsed.run(parsed.globals);
   } catch (const kova_host::HostError& error) {
-    tell(error, as_json);
-    return kovactl::exit_code_of(error);
+    return tell(error, arguments);
   }
 }
 
