@@ -75,7 +75,7 @@ class Commands(TestCase):
             (["--simulate", "get", "*/SDRAM1/temp*"], 0, "0x14180902 SDRAM/SDRAM1/Temperature", ""),
             (["get", "--simulate", "*", "--family", "gsensor"], 0, "0x14150741 G-range                2 (-2~", ""),
             ("--simulate list poe?1?power", 0, "0x14140B01  PoE 1 power", ""),
-            ("--simulate senml --compact 0x14150741", 0, "GSensor/G-range/14150741", ""),
+            ("--simulate senml --compact 0x14150741", 0, "GSensor/Settings/G-range", ""),
             (["--simulate", "get", "PoE 1 pwoer"], 2, "", "did you mean 'PoE 1 power'?"),
             (["--simulate", "get", "PoE 5 power"], 2, "", "is an item of PoE, and this machine has"),
             ("--simulate get 14140B01", 2, "", "was 0x14140B01 meant?"),
