@@ -141,11 +141,11 @@ std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recordin
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const Plan plan = plan_of(options);
-  Attendant& attendant = *globals.attendant;
-  attendant.let_command_end();
   Recording recording({options.file, options.redact, globals.host.simulate});
   const auto session = start(globals, recording, options.file);
   const Inventory inventory = Inventory::of(*session);
+  Attendant& attendant = *globals.attendant;
+  attendant.let_command_end();
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
   const Result result = Sampling(recording, plan, attendant).run(*session, items);
   if (const auto trouble = recording.finish()) {

@@ -166,17 +166,19 @@ ExitCode write_report(const Options& options, const Course& course, const Report
   return ExitCode::success;
 }
 
-ExitCode report_live(const GlobalOptions& globals, const Options& options, Attendant& attendant) {
+ExitCode report_live(const GlobalOptions& globals, const Options& options) {
   const Course course = live_course(options, globals.host);
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = distinct(inventory.items());
   ReportDocument document(inventory.items());
-  watch(*session, items, course, attendant, document);
+  globals.attendant->let_command_end();
+  watch(*session, items, course, *globals.attendant, document);
   return write_report(options, course, document, items.size());
 }
 
-ExitCode report_recording(HostOptions host, const Options& options, Attendant& attendant) {
+ExitCode report_recording(const GlobalOptions& globals, const Options& options) {
+  HostOptions host = globals.host;
   host.simulate = true;
   host.machine = options.recording;
   const Module module(host);
@@ -186,21 +188,20 @@ ExitCode report_recording(HostOptions host, const Options& options, Attendant& a
   const Inventory inventory = Inventory::of(session);
   const std::vector<Item> items = distinct(inventory.items());
   ReportDocument document(inventory.items());
-  walk(replay, session, items, course, attendant, document);
+  globals.attendant->let_command_end();
+  walk(replay, session, items, course, *globals.attendant, document);
   return write_report(options, course, document, items.size());
 }
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   check_writable(options.file);
-  Attendant& attendant = *globals.attendant;
-  attendant.let_command_end();
   if (options.recording.empty()) {
-    return report_live(globals, options, attendant);
+    return report_live(globals, options);
   }
   if (globals.host.simulate) {
     throw HostError(Fault::usage, "--from names the machine; --simulate names another one");
   }
-  return report_recording(globals.host, options, attendant);
+  return report_recording(globals, options);
 }
 
 }  // namespace
