@@ -40,7 +40,7 @@ install(FILES examples/minimal_host.c examples/minimal_host.py
 # The documents of each package. Their links lead to neighbours in the source; what is installed
 # elsewhere gets its link rewritten.
 set(dev_documents host-guide items)
-set(tools_documents json machine-description support)
+set(tools_documents json machine-description support troubleshooting)
 set(exporter_documents exporter fleet live-page metrics)
 
 function(install_documents component)

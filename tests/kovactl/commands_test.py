@@ -83,6 +83,24 @@ class Commands(TestCase):
             ("--simulate list --family poee", 2, "", "no family 'poee': did you mean 'PoE'?"),
         ))
 
+    def test_json_records_are_complete(self):
+        still = self.machine(codes={"0x00690005": 105})
+        brief = {"id": "0x14160716", "name": "12V low battery voltage", "value": 10.5, "unit": "V",
+                 "in_range": True, "ok": True, "status": "IOT_STATUS_SUCCESS", "code": 0}
+        full = {**brief, "family": "PIC", "package": "Settings",
+                "path": "PIC/Settings/12V low battery voltage", "access": "rw", "role": "setting",
+                "kind": "real", "min": 9.5, "max": 11.5}
+        options = [{"value": value, "label": label}
+                   for value, label in enumerate(("Auto", "12V", "24V"))]
+        got = run([*still, "get", "0x14160716", "0x1416071B", "0x14200001", "--json"]).json
+        self.assertEqual(got["items"][0], full)
+        self.assertEqual((got["items"][1]["options"], got["items"][1]["label"]), (options, "Auto"))
+        self.assertEqual(got["items"][2], {
+            "id": "0x14200001", "value": None, "ok": False, "status": "IOT_STATUS_UNSUPPORTED",
+            "failure": "the module has no such item (0xFFFFFCFF)", "code": 0xFFFFFCFF})
+        sample = run([*still, "watch", "0x14160716", "--json", "--count", "1"]).json
+        self.assertEqual(sample["items"], [brief])
+
     def test_usage_errors_take_one_line(self):
         self.check((
             ("", 2, "", "kovactl: a command is needed: list, "),

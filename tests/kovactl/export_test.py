@@ -132,6 +132,22 @@ kova_item_last_success_timestamp_seconds{id= 1
         self.assertEqual(stat.S_IMODE(self.file.stat().st_mode), 0o644)
         self.assertEqual(sorted(os.listdir(self.place)), ["kova.prom", "link"])
 
+    def test_what_the_file_knew_is_missed_if_it_is_selected(self):
+        self.assertEqual(run(f"--simulate metrics --output {self.place}/all").exit_code, 0)
+        known = (self.place / "all").read_text()
+        no_ports = self.machine(codes={"0x00200000": 0})
+        for selection, exit_code, missed in (("", 1, 20), ("--family PoE", 1, 20),
+                                             ("--family PIC", 0, 0)):
+            with self.subTest(selection=selection):
+                self.file.write_text(known)
+                result = run([*no_ports, "metrics", *selection.split(), "--output",
+                              str(self.file)])
+                self.assertEqual(result.exit_code, exit_code)
+                lost = re.findall(r'read_success{family="PoE".*} 0\n', self.file.read_text())
+                self.assertEqual(len(lost), missed)
+        self.assertEqual(run("--simulate metrics --output -").out[:2], "# ")
+        self.check((("metrics --output=", 2, "", "--output needs the name of a file"),))
+
     def test_failure_leaves_the_old_file_and_nothing_else(self):
         os.mkfifo(self.place / "pipe")
 

@@ -30,8 +30,8 @@ std::optional<AlertRange> parse_alert_range(std::string_view text) {
   if (const size_t colon = text.find(':'); colon != std::string_view::npos) {
     const std::string_view lower = text.substr(0, colon);
     upper = text.substr(colon + 1);
-    const auto start =
-        lower == "~" ? std::optional(-std::numeric_limits<double>::infinity()) : end_of_range(lower);
+    const auto start = lower == "~" ? std::optional(-std::numeric_limits<double>::infinity())
+                                    : end_of_range(lower);
     if (!start) {
       return std::nullopt;
     }

@@ -255,6 +255,25 @@ const std::vector<Metric>& sweep_metrics() {
   return metrics;
 }
 
+std::string label_value(std::string_view labels, std::string_view name) {
+  const std::string start = fmt::format("{}=\"", name);
+  // At the front or behind a comma: a value may hold the same text, with its quotes escaped.
+  size_t at = labels.starts_with(start) ? 0 : labels.find("," + start);
+  if (at == std::string_view::npos) {
+    return "";
+  }
+  std::string value;
+  for (at = labels.find('"', at) + 1; at < labels.size() && labels[at] != '"'; ++at) {
+    if (labels[at] == '\\' && at + 1 < labels.size()) {
+      ++at;
+      value += labels[at] == 'n' ? '\n' : labels[at];
+    } else {
+      value += labels[at];
+    }
+  }
+  return value;
+}
+
 EarlierMetrics earlier_metrics(std::string_view text) {
   constexpr std::string_view kId = "id=\"";
   constexpr size_t kIdLength = 10;

@@ -34,6 +34,9 @@ struct EarlierMetrics {
   std::map<uint32_t, std::string> labels;   // of every item, as they stand in the text
 };
 
+// The value of one of these labels as it was before it was escaped; "" if there is none.
+std::string label_value(std::string_view labels, std::string_view name);
+
 // Reads such a text; lines that are of no use are passed over.
 EarlierMetrics earlier_metrics(std::string_view text);
 

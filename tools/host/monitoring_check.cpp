@@ -51,10 +51,9 @@ std::string performance_datum(const Item& item, const Reading& reading, const Ch
   const auto end = [](const std::optional<double>& value) {
     return value ? short_number(*value) : "";
   };
-  std::string datum = fmt::format("{}={}{};{};{};{};{}", performance_label(item),
-                                  plain_value(reading), performance_unit(item),
-                                  range(limits.warning), range(limits.critical), end(item.min),
-                                  end(item.max));
+  std::string datum = fmt::format(
+      "{}={}{};{};{};{};{}", performance_label(item), plain_value(reading), performance_unit(item),
+      range(limits.warning), range(limits.critical), end(item.min), end(item.max));
   datum.erase(datum.find_last_not_of(';') + 1);
   return datum;
 }
@@ -67,8 +66,8 @@ bool is_measured(const Item& item) {
 
 std::optional<Finding> judge(const Item& item, const Reading& reading, const CheckLimits& limits) {
   const auto found = [&](CheckState state, std::string_view why) {
-    return Finding{state, fmt::format("{} {}{}", name_or_path(item),
-                                      value_with_unit(item, reading), why)};
+    return Finding{state,
+                   fmt::format("{} {}{}", name_or_path(item), value_with_unit(item, reading), why)};
   };
   if (reading.state == Reading::State::failed) {
     return found(CheckState::critical, "");
@@ -134,15 +133,14 @@ CheckResult check_readings(const std::vector<Item>& items, const Readings& readi
                             status_text(summary(findings, items.size())));
   result.text += performance.empty() ? "\n" : " |" + performance + "\n";
   for (const Finding& finding : findings) {
-    result.text +=
-        fmt::format("{}: {}\n", state_name(finding.state), status_text(finding.text));
+    result.text += fmt::format("{}: {}\n", state_name(finding.state), status_text(finding.text));
   }
   return result;
 }
 
 CheckResult check_unknown(const std::string& reason) {
-  return {CheckState::unknown, fmt::format("KOVA {} - {}\n", state_name(CheckState::unknown),
-                                           status_text(reason))};
+  return {CheckState::unknown,
+          fmt::format("KOVA {} - {}\n", state_name(CheckState::unknown), status_text(reason))};
 }
 
 }  // namespace kova_host

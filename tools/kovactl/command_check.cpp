@@ -55,18 +55,17 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 
 void add_check(CommandLine& line) {
   auto options = std::make_shared<Options>();
-  CLI::App& command = line.add(
-      {"check", "Judge the readings as a check for Icinga or Nagios",
-       "kovactl --simulate check --warn 'TRK7K VTIN *=70' --crit 'TRK7K VTIN *=~:85'"},
-      [options](const GlobalOptions& globals) { return run(globals, *options); });
+  CLI::App& command =
+      line.add({"check", "Judge the readings as a check for Icinga or Nagios",
+                "kovactl --simulate check --warn 'TRK7K VTIN *=70' --crit 'TRK7K VTIN *=~:85'"},
+               [options](const GlobalOptions& globals) { return run(globals, *options); });
   add_selection(command, options->selection);
   command
       .add_option("--warn", options->warning,
                   "Warn when the items' values leave the range: 70, 10:, ~:85, 10:20, @10:20")
       ->type_name("ITEM=RANGE")
       ->allow_extra_args(false);
-  command
-      .add_option("--crit", options->critical, "The same for a critical alert")
+  command.add_option("--crit", options->critical, "The same for a critical alert")
       ->type_name("ITEM=RANGE")
       ->allow_extra_args(false);
   command

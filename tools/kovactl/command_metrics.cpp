@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <set>
 #include <sstream>
 
 #include "tools/host/atomic_file.h"
@@ -18,7 +20,7 @@ namespace {
 struct Options {
   Selection selection;
   bool openmetrics = false;
-  std::string output;  // file to replace; "" for stdout
+  std::string output = "-";  // file to replace; "-" for stdout
 };
 
 EarlierMetrics metrics_in_file(const std::string& file) {
@@ -33,20 +35,56 @@ EarlierMetrics metrics_in_file(const std::string& file) {
   return earlier_metrics(text.str());
 }
 
+// Takes what a text knew and `items` lacks into them, as missing.
+void add_missing(const EarlierMetrics& earlier, std::vector<Item>& items) {
+  std::set<uint32_t> present;
+  for (const Item& item : items) {
+    present.insert(item.id);
+  }
+  for (const auto& [id, labels] : earlier.labels) {
+    if (!present.contains(id)) {
+      Item item;
+      item.id = id;
+      item.family = label_value(labels, "family");
+      item.package = label_value(labels, "package");
+      item.name = label_value(labels, "item");
+      item.missing = true;
+      items.push_back(std::move(item));
+    }
+  }
+}
+
+// What is not selected is not missed either.
+void keep_selected(const std::vector<Item>& items, EarlierMetrics& earlier) {
+  std::set<uint32_t> selected;
+  for (const Item& item : items) {
+    selected.insert(item.id);
+  }
+  std::erase_if(earlier.labels, [&](const auto& entry) { return !selected.contains(entry.first); });
+}
+
 ExitCode run(const GlobalOptions& globals, const Options& options) {
+  if (options.output.empty()) {
+    throw HostError(Fault::usage, "--output needs the name of a file, or - for stdout");
+  }
+  const bool to_file = options.output != "-";
+  auto earlier = to_file ? metrics_in_file(options.output) : EarlierMetrics();
   const auto session = open_session(globals);
-  const std::vector<Item> items =
-      select_distinct(Inventory::of(*session).items(), options.selection);
+  std::vector<Item> known = Inventory::of(*session).items();
+  add_missing(earlier, known);
+  const std::vector<Item> items = select_distinct(known, options.selection);
+  keep_selected(items, earlier);
+  std::vector<Item> present;
+  std::copy_if(items.begin(), items.end(), std::back_inserter(present),
+               [](const Item& item) { return !item.missing; });
   const double began = unix_time();
   const Readings readings = read_with_progress(*session, items);
   const double now = unix_time();
   const auto format = options.openmetrics ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
-  const bool to_file = !options.output.empty();
-  const auto earlier = to_file ? metrics_in_file(options.output) : EarlierMetrics();
   const Sweep sweep{.up = true, .time = now, .duration = std::max(0.0, now - began)};
   const std::string text =
       fmt::format("{}{}{}", sweep_text(sweep, format),
-                  items_text(items, readings, now, earlier, format), end_of_metrics(format));
+                  items_text(present, readings, now, earlier, format), end_of_metrics(format));
   if (to_file) {
     replace_file(options.output, text);
   } else {
@@ -65,7 +103,9 @@ void add_metrics(CommandLine& line) {
                [options](const GlobalOptions& globals) { return run(globals, *options); });
   add_selection(command, options->selection);
   command.add_flag("--openmetrics", options->openmetrics, "Print OpenMetrics 1.0 instead");
-  command.add_option("--output", options->output, "Replace this file, as a whole or not at all")
+  command
+      .add_option("--output", options->output,
+                  "Replace this file, as a whole or not at all; - for stdout")
       ->type_name("FILE");
 }
 

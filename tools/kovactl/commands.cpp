@@ -22,9 +22,9 @@ void add_read_each_item(CommandLine& line);
 
 void add_commands(CommandLine& line) {
   // In the order of the help text.
-  for (const auto add : {add_list, add_capability, add_get, add_set, add_reset, add_watch,
-                         add_doctor, add_metrics, add_senml, add_check, add_record, add_diff,
-                         add_report, add_complete, add_read_each_item}) {
+  for (const auto add :
+       {add_list, add_capability, add_get, add_set, add_reset, add_watch, add_doctor, add_metrics,
+        add_senml, add_check, add_record, add_diff, add_report, add_complete, add_read_each_item}) {
     add(line);
   }
 }
