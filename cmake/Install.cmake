@@ -34,9 +34,36 @@ install(FILES ${generated_folder}/kova-iot.pc
 
 set(document_folder ${CMAKE_INSTALL_DATADIR}/doc)
 install(FILES CHANGELOG.md DESTINATION ${document_folder}/kova-iot COMPONENT runtime)
-install(FILES docs/host-guide.md docs/items.md
-        DESTINATION ${document_folder}/kova-iot-dev COMPONENT dev)
 install(FILES examples/minimal_host.c examples/minimal_host.py
         DESTINATION ${document_folder}/kova-iot-dev/examples COMPONENT dev)
-install(FILES docs/machine-description.md docs/support.md
+
+# The documents of each package. Their links lead to neighbours in the source; what is installed
+# elsewhere gets its link rewritten.
+set(dev_documents host-guide items)
+set(tools_documents json machine-description support)
+set(exporter_documents exporter fleet live-page metrics)
+
+function(install_documents component)
+  set(folder ${document_folder}/kova-iot-${component})
+  file(RELATIVE_PATH headers /${folder} /${CMAKE_INSTALL_INCLUDEDIR})
+  foreach(name IN LISTS ${component}_documents)
+    set(source ${PROJECT_SOURCE_DIR}/docs/${name}.md)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+    file(READ ${source} text)
+    string(REPLACE "](../examples/" "](../kova-iot-dev/examples/" text "${text}")
+    string(REPLACE "](../include/" "](${headers}/" text "${text}")
+    foreach(other IN ITEMS dev tools exporter)
+      foreach(target IN LISTS ${other}_documents)
+        string(REPLACE "](${target}.md" "](../kova-iot-${other}/${target}.md" text "${text}")
+      endforeach()
+    endforeach()
+    file(WRITE ${generated_folder}/documents/${name}.md "${text}")
+    install(FILES ${generated_folder}/documents/${name}.md DESTINATION ${folder}
+            COMPONENT ${component})
+  endforeach()
+endfunction()
+install_documents(dev)
+install_documents(tools)
+install_documents(exporter)
+install(FILES docs/json.schema.json
         DESTINATION ${document_folder}/kova-iot-tools COMPONENT tools)

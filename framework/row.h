@@ -111,7 +111,9 @@ constexpr double real_of(const Shape& as, std::uint32_t raw) {
 
 /// How many steps of the raw word are one unit of the value: 10 for a scale of 0.1.
 constexpr std::uint32_t steps_per_unit(const Shape& as) {
-  return static_cast<std::uint32_t>(1 / step_of(as) + 0.5);
+  const double steps = 1 / step_of(as);
+  const auto whole = static_cast<std::uint32_t>(steps);
+  return steps - whole < 0.5 ? whole : whole + 1;
 }
 
 constexpr bool is_published(const Row& row) {

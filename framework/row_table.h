@@ -25,15 +25,15 @@ class RowTable {
       : rows_(rows), base_(rows.front().id & ~kKeyMask) {
     check(rows);
     places_.fill(kNone);
-    for (std::uint8_t place = 0; place < rows.size(); ++place) {
+    for (std::size_t place = 0; place < rows.size(); ++place) {
       const unsigned int first = key(rows[place].id);
       for (unsigned int at = first; at < first + rows[place].block; ++at) {
-        places_.at(at) = place;
+        places_.at(at) = static_cast<std::uint8_t>(place);
       }
     }
-    for (std::uint8_t place = 0; place < rows.size(); ++place) {
+    for (std::size_t place = 0; place < rows.size(); ++place) {
       if (rows[place].as.kind != Kind::kNone) {
-        places_.at(key(rows[place].id)) = place;
+        places_.at(key(rows[place].id)) = static_cast<std::uint8_t>(place);
       }
     }
   }

@@ -82,19 +82,27 @@ void Recorder::begin() {
   owner_ = getpid();
 }
 
-// Called with the lock, or before there is a thread.
+// Called with the lock, or before there is a thread. What has gone wrong is told rather than that
+// the recording is over, and of that the first.
 void Recorder::end(const std::string& reason, bool failed) noexcept {
-  is_recording_ = false;
-  has_failed_ = has_failed_ || failed;
-  if (error_.empty()) {
-    try {
-      error_ = reason;
-    } catch (...) {
-      error_ = "out of memory";  // short enough to need none
-    }
-    is_told_ = is_told_ || !failed;
-  }
+  note_end(reason, failed);
   wake_.notify_all();
+}
+
+void Recorder::note_end(const std::string& reason, bool failed) noexcept {
+  is_recording_ = false;
+  if (reasons_.empty() || (failed && !has_failed_)) {
+    has_failed_ = failed;
+    try {
+      reasons_.push_back(reason);
+    } catch (...) {
+      // Without memory for a reason it is the one that needs none.
+    }
+  }
+}
+
+const char* Recorder::reason() const {
+  return reasons_.empty() ? "out of memory" : reasons_.back().c_str();
 }
 
 void Recorder::tell() noexcept {
@@ -103,25 +111,28 @@ void Recorder::tell() noexcept {
 }
 
 void Recorder::tell_once() {
-  if (!is_recording_ && !is_told_) {
+  if (has_failed_ && !is_told_) {
     is_told_ = true;
-    std::fprintf(stderr, "libKOVADeviceRecorder: %s\n", error_.c_str());
+    std::fprintf(stderr, "libKOVADeviceRecorder: %s\n", reason());
   }
 }
 
 const char* Recorder::error() noexcept {
   const Lock lock(mutex_);
   is_told_ = true;
-  return is_recording_ ? nullptr : error_.c_str();
+  return is_recording_ ? nullptr : reason();
+}
+
+std::uint64_t Recorder::elapsed_ms() const {
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_).count());
 }
 
 std::uint64_t Recorder::next_ms() {
   if (settings_.step_ms) {
     ms_ = calls_ * *settings_.step_ms;
   } else if (!host_sets_time_) {
-    const auto elapsed =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_);
-    ms_ = static_cast<std::uint64_t>(elapsed.count());
+    ms_ = elapsed_ms();
   }
   ++calls_;
   call_ms_ = ms_;
@@ -133,9 +144,7 @@ std::uint64_t Recorder::length_ms() const {
   if (settings_.step_ms) {
     length = calls_ * *settings_.step_ms;
   } else if (!host_sets_time_) {
-    const auto elapsed =
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_);
-    length = static_cast<std::uint64_t>(elapsed.count());
+    length = elapsed_ms();
   }
   return std::max(length, call_ms_ + 1);
 }
@@ -151,37 +160,36 @@ void Recorder::keep(const RecordedCall& call) {
   }
 }
 
-void Recorder::record_read(std::uint32_t code, const Answer& answer) noexcept {
+template <typename Record>
+void Recorder::record(Record record_call) noexcept {
   const Lock lock(mutex_);
   if (!is_recording_) {
     tell_once();
     return;
   }
   try {
-    ++summary_.reads;
-    summary_.failed_reads += answer.status == 0 ? 0 : 1;
-    const auto call = filter_.read(next_ms(), code, answer);
-    if (call) {
-      keep(*call);
-    }
+    record_call();
   } catch (...) {
     end("recording stopped: out of memory", true);
   }
 }
 
+void Recorder::record_read(std::uint32_t code, const Answer& answer) noexcept {
+  record([&] {
+    ++summary_.reads;
+    summary_.failed_reads += answer.status == 0 ? 0 : 1;
+    if (const auto call = filter_.read(next_ms(), code, answer)) {
+      keep(*call);
+    }
+  });
+}
+
 void Recorder::record_write(std::uint32_t code, std::uint32_t word, std::uint32_t status) noexcept {
-  const Lock lock(mutex_);
-  if (!is_recording_) {
-    tell_once();
-    return;
-  }
-  try {
+  record([&] {
     ++summary_.writes;
     summary_.failed_writes += status == 0 ? 0 : 1;
     keep(filter_.write(next_ms(), code, word, status));
-  } catch (...) {
-    end("recording stopped: out of memory", true);
-  }
+  });
 }
 
 void Recorder::set_time(std::uint64_t ms) noexcept {
@@ -236,7 +244,8 @@ void Recorder::after_fork_in_child() noexcept {
     static_cast<void>(file_.release());
   }
   owner_ = -1;
-  end("the recording is the parent process's", false);
+  // The condition variable is left alone: the parent's thread may have been at it.
+  note_end("the recording is the parent process's", false);
   mutex_.unlock();
 }
 
@@ -271,11 +280,9 @@ void Recorder::look_for_stop_request() {
 void Recorder::write_pending(Lock& lock) {
   std::vector<RecordedCall> calls;
   calls.swap(pending_);
-  const Clock::time_point now = Clock::now();
-  summary_.seconds = static_cast<std::uint64_t>(
-      std::chrono::duration_cast<std::chrono::seconds>(now - start_).count());
-  const Summary summary = summary_;
   const std::uint64_t length = length_ms();
+  summary_.seconds = (settings_.step_ms ? elapsed_ms() : length) / 1000;
+  const Summary summary = summary_;
   lock.unlock();
   const std::string moments = kova_sim::moments_text(calls);
   if (file_->size() + moments.size() + CLOSING_ROOM > kova_sim::MAX_FILE_SIZE) {
@@ -284,8 +291,8 @@ void Recorder::write_pending(Lock& lock) {
   file_->append(moments, length);
   written_ = summary;
   file_->write_note(summary);
-  if (now - synced_ >= SYNC_INTERVAL) {
-    synced_ = now;
+  if (Clock::now() - synced_ >= SYNC_INTERVAL) {
+    synced_ = Clock::now();
     file_->sync();
   }
   lock.lock();
@@ -306,14 +313,9 @@ void Recorder::close_file(Lock& lock) noexcept {
     lock.lock();
   } catch (const std::exception& error) {
     lock_again(lock);
-    error_.clear();
     end(error.what(), true);
   }
-  const bool failed = has_failed_;
-  lock.unlock();
-  if (failed) {
-    tell();
-  }
+  tell_once();
 }
 
 }  // namespace kova_recorder

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -63,10 +64,15 @@ class Recorder {
 
   void begin();
   void tell_once();
+  const char* reason() const;
+  template <typename Record>
+  void record(Record record_call) noexcept;
+  std::uint64_t elapsed_ms() const;
   std::uint64_t next_ms();
   std::uint64_t length_ms() const;
   void keep(const kova_sim::RecordedCall& call);
   void end(const std::string& reason, bool failed) noexcept;
+  void note_end(const std::string& reason, bool failed) noexcept;
   Lock lock_at_last() noexcept;
 
   void write_down() noexcept;
@@ -82,8 +88,8 @@ class Recorder {
   bool is_recording_ = false;
   bool has_failed_ = false;
   bool is_discarded_ = false;
-  bool is_told_ = false;
-  std::string error_;
+  bool is_told_ = false;            // what has failed, or the host asks for it
+  std::list<std::string> reasons_;  // of the end; kept, since hosts have pointers to them
   ChangeFilter filter_{{}};
   Summary summary_;
   std::vector<kova_sim::RecordedCall> pending_;

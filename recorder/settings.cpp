@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <filesystem>
 #include <string_view>
 
 namespace kova_recorder {
@@ -68,6 +69,12 @@ std::uint32_t step(std::string_view text) {
 Settings Settings::from_environment() {
   Settings settings;
   set_file(settings, environment("KOVA_RECORD_FILE"));
+  if (!settings.file.empty()) {
+    // The agent may go to another folder before the file is finished.
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(settings.file, error);
+    settings.file = error ? settings.file : whole.native();
+  }
   settings.redacted = redacted_codes(environment("KOVA_RECORD_REDACT"));
   const std::string_view step_text = environment("KOVA_RECORD_STEP_MS");
   if (!step_text.empty()) {

@@ -37,8 +37,7 @@ for release; do
   quietly in_chroot apt-get update
   quietly in_chroot /source/scripts/demo.sh
   echo "demo.sh runs on $release."
-  in_chroot /source/scripts/test.sh | tail -n 1
-  in_chroot g++ --version | head -n 1
-  echo "test.sh runs on $release."
+  quietly in_chroot sh -c '/source/scripts/test.sh >/tmp/log 2>&1 || { cat /tmp/log; exit 1; }'
+  echo "test.sh runs on $release, with g++ $(in_chroot g++ -dumpversion): $(tail -n 1 "$root/tmp/log")"
   rm -rf --one-file-system "$root"
 done

@@ -7,8 +7,7 @@ set -euo pipefail
 build=${1:?usage: scripts/exporter_check.sh BUILD_DIR}
 
 # The unit as it ships names the installed program, which need not be on this machine.
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+make_work_folder
 unit=$work/kova-exporter.service
 sed "s#^ExecStart=[^ ]*#ExecStart=$repository/$build/tools/exporter/kova-exporter#" \
   "$build/tools/exporter/kova-exporter.service" >"$unit"

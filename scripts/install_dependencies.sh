@@ -7,16 +7,18 @@ set -euo pipefail
 build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
-  test) packages="$build libgtest-dev locales python3 python3-pyte" ;;
+  test) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte" ;;
   bench) packages="$build libbenchmark-dev" ;;
-  check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 prometheus prometheus-node-exporter systemd" ;;
+  check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 python3-jsonschema python3-pyte prometheus prometheus-node-exporter systemd" ;;
+  monitoring) packages="$build python3 prometheus prometheus-alertmanager mosquitto mosquitto-clients nagios4-core icinga2-bin systemd" ;;
+  load) packages="$build wrk curl prometheus-node-exporter" ;;
   package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
   package-test) packages="debootstrap debian-archive-keyring git" ;;
   fuzz) packages="$build clang libclang-rt-dev llvm" ;;
   browser) packages="$build chromium chromium-driver python3-selenium" ;;
-  coverage) packages="$build libgtest-dev locales gcovr python3" ;;
+  coverage) packages="$build libgtest-dev locales gcovr python3 python3-jsonschema python3-pyte" ;;
   valgrind) packages="$build libgtest-dev locales valgrind" ;;
-  mutation) packages="$build libgtest-dev locales python3 ccache git" ;;
+  mutation) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte ccache git" ;;
   *)
     echo "install_dependencies.sh: unknown task '$1'" >&2
     exit 2

@@ -11,16 +11,7 @@ kovactl=$build/tools/kovactl/kovactl
 kova_exporter=$build/tools/exporter/kova-exporter
 machines=$repository/simulator/machines
 
-work=$(mktemp -d)
-started=()
-finish() {
-  for process in "${started[@]}"; do
-    kill "$process" 2>/dev/null || true
-    wait "$process" 2>/dev/null || true
-  done
-  rm -rf "$work"
-}
-trap finish EXIT
+make_work_folder
 
 free_port() {
   python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'

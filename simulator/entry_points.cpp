@@ -5,6 +5,7 @@
 
 #include "simulator/description.h"
 #include "simulator/kova_device_sim.h"
+#include "simulator/shipped_machine.h"
 
 #define KOVA_SIM_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -21,8 +22,8 @@ struct Library {
 Library load_library() noexcept {
   Library library;
   try {
-    const char* file = std::getenv("KOVA_SIM_MACHINE");
-    ParseResult result = load_description(file == nullptr ? "" : file);
+    const char* machine = std::getenv("KOVA_SIM_MACHINE");
+    ParseResult result = load_description(description_file(machine == nullptr ? "" : machine));
     if (result.machine) {
       library.machine.emplace(std::move(*result.machine));
     }

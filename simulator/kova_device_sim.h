@@ -2,8 +2,9 @@
  * Entry points of the simulated device library, libKOVADeviceSim.so.
  *
  * 1. The machine that answers is described by the JSON file that the environment variable
- *    KOVA_SIM_MACHINE names when the first of these functions is called; without it, or when it
- *    is empty, the built-in machine answers. The description is read once.
+ *    KOVA_SIM_MACHINE names when the first of these functions is called, by its path or, if it is
+ *    a shipped one, by its name ("slow-bus"); without it, or when it is empty, the built-in
+ *    machine answers. The description is read once.
  * 2. Results are 0 for success. Failures of the simulator itself are the SIM_STATUS_* values;
  *    a description may give any other non-zero status to any call.
  * 3. Calls must be serialised by the host, as with the real library.

@@ -45,48 +45,28 @@ constexpr std::string_view kDataRates =
     "5=3.125Hz|6=6.25Hz|7=12.5Hz|8=25Hz|9=50Hz|10=100Hz|\n"
     "11=200Hz|12=400Hz|13=800Hz|14=1600Hz|15=3200Hz";
 
+constexpr Row mode(unsigned int id, std::string_view name, std::string_view options,
+                   unsigned int code) {
+  return {
+      .id = id, .name = name, .options = options, .code = code, .range = Bounds{0, 1}, .as = kMode};
+}
+
+constexpr Row offset(unsigned int id, std::string_view name, unsigned int code) {
+  return {.id = id, .name = name, .unit = "G", .code = code, .range = Bounds{-2, 2}, .as = kOffset};
+}
+
 // The measuring range's heading has no name, and the readings' unit stands on theirs.
 constexpr std::array kRows{
     Row{.id = gsensor::kPresence, .name = "Available", .code = 0x400000},
     Row{.id = gsensor::kSettings, .name = "Settings"},
     Row{.id = kModeBlock, .name = "Modes", .as = kMode, .block = 0x10},
-    Row{.id = 0x14150711,
-        .name = "Measure mode",
-        .options = "0=standby|1=measurement",
-        .code = 0x430000,
-        .range = Bounds{0, 1},
-        .as = kMode},
-    Row{.id = 0x14150712,
-        .name = "Low power mode",
-        .options = "0=normal operation|1=reduced power operation",
-        .code = 0x440000,
-        .range = Bounds{0, 1},
-        .as = kMode},
-    Row{.id = 0x14150713,
-        .name = "Sleep mode",
-        .options = "0=normal mode|1=sleep mode",
-        .code = 0x440001,
-        .range = Bounds{0, 1},
-        .as = kMode},
+    mode(0x14150711, "Measure mode", "0=standby|1=measurement", 0x430000),
+    mode(0x14150712, "Low power mode", "0=normal operation|1=reduced power operation", 0x440000),
+    mode(0x14150713, "Sleep mode", "0=normal mode|1=sleep mode", 0x440001),
     Row{.id = kOffsetBlock, .name = "Offset settings", .as = kOffset, .block = 0x10},
-    Row{.id = 0x14150721,
-        .name = "Offset X",
-        .unit = "G",
-        .code = 0x420000,
-        .range = Bounds{-2, 2},
-        .as = kOffset},
-    Row{.id = 0x14150722,
-        .name = "Offset Y",
-        .unit = "G",
-        .code = 0x420001,
-        .range = Bounds{-2, 2},
-        .as = kOffset},
-    Row{.id = 0x14150723,
-        .name = "Offset Z",
-        .unit = "G",
-        .code = 0x420002,
-        .range = Bounds{-2, 2},
-        .as = kOffset},
+    offset(0x14150721, "Offset X", 0x420000),
+    offset(0x14150722, "Offset Y", 0x420001),
+    offset(0x14150723, "Offset Z", 0x420002),
     Row{.id = kRateBlock,
         .name = "Data rates",
         .offered = kOfferedRates,

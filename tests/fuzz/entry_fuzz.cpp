@@ -47,7 +47,7 @@ void get(const Arguments& arguments) {
   const uint32_t status = KovaIoTGetMDValue(arguments.id, value);
   FUZZ_EXPECT(is_documented(status));
   // Accelerometer items fill a scalar and report a failure all the same.
-  if (status != IOT_STATUS_SUCCESS && item_id::family(arguments.id) != item_id::kGSensor) {
+  if (status != IOT_STATUS_SUCCESS && item_id::family(arguments.id) != Device_GSensor::kFamily) {
     FUZZ_EXPECT(value == nullptr || json_equal(value, before.get()) != 0);
   }
   FUZZ_EXPECT(value == nullptr || json_typeof(value) == json_typeof(before.get()));

@@ -49,6 +49,8 @@ configure 99 >/dev/null 2>&1 && fail "find_package takes version 99"
 configure "$version" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 run_host "$work/consumer/host" "$(cat "$work/consumer/plugin")"
+[ "$(realpath "$(cat "$work/consumer/simulator")")" = "$(realpath "$simulator")" ] ||
+  fail "find_package finds another simulator than pkg-config"
 [ -s "$(cat "$work/consumer/items")" ] || fail "find_package does not find the list of items"
 
 listed=$("$prefix/bin/kovactl" --simulate sixteen-modules list --family SDRAM) ||
@@ -59,6 +61,14 @@ grep -q '^SDRAM: SDRAM15' <<<"$listed" || fail "kovactl listed: $listed"
   "$prefix/bin/kovactl" diff "$work/machine.json" "$work/machine.json" >/dev/null ||
   fail "kovactl does not find the recorder"
 [ -s "$(pkg-config --variable=recorder kova-iot)" ] || fail "no recorder"
+modules=$(KOVA_SIM_MACHINE=sixteen-modules LD_PRELOAD=$simulator "$prefix/bin/kovactl" capability |
+  grep -c '"SDRAM[0-9][0-9]*": {')
+[ "$modules" -eq 16 ] || fail "KOVA_SIM_MACHINE names a machine of $modules modules"
+
+while IFS=: read -r document link; do
+  link=${link:2:-1}  # without "](" and ")" or "#"
+  [ -e "${document%/*}/$link" ] || fail "$document links to $link"
+done < <(grep -roE --include='*.md' '\]\([^)#:]+[)#]' "$prefix/share/doc")
 
 for file in share/man/man1/kovactl.1 share/bash-completion/completions/kovactl \
   share/doc/kova-iot-dev/host-guide.md share/doc/kova-iot-dev/items.md \

@@ -1,4 +1,6 @@
 """The commands of the built kovactl, with the plug-in, on simulated machines."""
+import pathlib
+import re
 import unittest
 
 from program import VERSION, TestCase, run
@@ -54,19 +56,6 @@ PoE: PoE 2
 
 
 class Commands(TestCase):
-    def check(self, cases):
-        """Runs cases of arguments, exit code, part of stdout and part of stderr, "" for empty."""
-        for arguments, exit_code, out, err in cases:
-            with self.subTest(arguments=arguments):
-                result = run(arguments)
-                self.assertEqual(result.exit_code, exit_code, result.err)
-                self.assertIn(out, result.out)
-                self.assertIn(err, result.err)
-                if err:
-                    self.assert_one_line(result.err)
-                else:
-                    self.assertEqual(result.err, "")
-
     def test_read_and_write_single_items(self):
         self.check((
             ("--simulate get 0x14160716", 0, "0x14160716 PIC/Settings/12V low battery voltage  10.5 V\n", ""),
@@ -76,27 +65,33 @@ class Commands(TestCase):
             ("--simulate get 0x14160746 --value-only", 0, "9.5\n", ""),
             ("--simulate get 0x14200001", 1, "unreadable: the module has", "such item (0xFFFFFCFF)"),
             ("--simulate get 0x14140B01 0x14200001 0x14140B02", 1, "PoE 2 power  1 (Enable)", "0x14200001"),
-            ("--simulate set 0x14140B01 off", 0, "PoE 1 power  0 (Disable)\n", ""),
-            ("--simulate set 0x1416071B 24v", 0, "2 (24V)\n", ""),
-            ("--simulate set 0x14150741 -16~+16G", 0, "16 (-16~+16G)", ""),
-            ("--simulate set 0x14150722 -0.25", 0, "-0.25 G\n", ""),
-            ("--simulate set 0x14150711 0 --json", 0, '"label": "standby"', ""),
-            ("--simulate set 0x14160716 11", 0, "11 V\n", ""),
-            ("--simulate set 0x14160716 9.55", 0, "9.5 V, after 9.55 was sent\n", ""),
-            ("--simulate set 0x14160716 15", 1, "", "its range is 9.5 .. 11.5"),
-            ("--simulate set 0x14160716 15 --json", 1, '"code": 4294966014', "0xFFFFFAFE"),
-            ("--simulate set 0x14160801 1", 1, "",
-             "it cannot be written (0xFFFFFCFF), it is read-only"),
-            ("--simulate set 0x14160711 2.5", 2, "", "whole numbers"),
-            ("--simulate set 0x1416071B 48V", 2, "", "0 (Auto), 1 (12V), 2 (24V)"),
+        ))
+
+    def test_items_go_by_name_pattern_and_path(self):
+        self.check((
+            (["--simulate", "get", "poe 1 POWER"], 0, "0x14140B01 PoE 1 power  1 (Enable)\n", ""),
+            (["--simulate", "get", "trk7k ob fan ?", "--value-only"], 0, "\n1480\n", ""),
+            (["--simulate", "get", "Temperature"], 0, "0x14191100 SMART BATTERY/SMART BATTERY/T", ""),
+            (["--simulate", "get", "*/SDRAM1/temp*"], 0, "0x14180902 SDRAM/SDRAM1/Temperature", ""),
+            (["get", "--simulate", "*", "--family", "gsensor"], 0, "0x14150741 G-range                2 (-2~", ""),
+            ("--simulate list poe?1?power", 0, "0x14140B01  PoE 1 power", ""),
+            ("--simulate senml --compact 0x14150741", 0, "GSensor/G-range/14150741", ""),
+            (["--simulate", "get", "PoE 1 pwoer"], 2, "", "did you mean 'PoE 1 power'?"),
+            (["--simulate", "get", "PoE 5 power"], 2, "", "is an item of PoE, and this machine has"),
+            ("--simulate get 14140B01", 2, "", "was 0x14140B01 meant?"),
+            ("--simulate get 14160716", 2, "", "was 0x14160716 meant?"),
+            ("--simulate list --family poee", 2, "", "no family 'poee': did you mean 'PoE'?"),
         ))
 
     def test_usage_errors_take_one_line(self):
         self.check((
-            ("", 2, "", "kovactl: A subcommand is required"),
-            ("lists", 2, "", "kovactl"),
+            ("", 2, "", "kovactl: a command is needed: list, "),
+            ("lst", 2, "", "no command 'lst': did you mean 'list'?"),
+            ("--simulate list --famly PoE", 2, "", "no option '--famly': did you mean '--family'?"),
+            ("help", 0, "senml", ""),
+            ("help get", 0, "--value-only", ""),
+            ("-V", 0, f"kovactl {VERSION}\n", ""),
             ("--simulate get", 2, "", "ITEM or --family is required"),
-            ("--simulate get 14140B01", 2, "", "was 0x14140B01 meant?"),
             ("--simulate list --family nosuch", 2, "", "only: SDRAM, SMART BATTERY"),
             ("--simulate list extra", 2, "", "no item 'extra'"),
             ("--simulate nosuch list", 2, "", "no machine description 'nosuch'"),
@@ -122,12 +117,41 @@ class Commands(TestCase):
                 self.assertEqual(result.err, f"kovactl: {result.json['error']['message']}\n")
                 self.assertEqual(result.json["error"]["exit_code"], 2)
 
-    def test_every_help_text_has_an_example(self):
-        for command in ("", "list", "capability", "get", "set", "watch", "metrics", "senml"):
+    def test_every_command_and_option_is_documented(self):
+        def complete(*words):
+            return run(["complete", "--", *words]).out.splitlines()
+
+        page = (pathlib.Path(__file__).parents[2] / "tools/kovactl/kovactl.1").read_text()
+        page = page.replace("\\-", "-").replace("\\fR", "").replace("\\fB", "")
+        commands = complete("=")
+        help_text = run("--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
+        self.assertEqual(commands, re.findall(r"^  ([a-z-]+) ", help_text, re.M))
+        self.assertIn("list", commands)
+        for command in commands:
             with self.subTest(command=command):
                 result = run(f"{command} --help")
                 self.assertEqual(result.exit_code, 0)
                 self.assertIn("Example:\n  kovactl ", result.out)
+                section = re.search(rf"^\.SS {command}\b(.*?)^\.S[SH]", page, re.S | re.M)
+                self.assertTrue(section, "no section in the man page")
+                for option in set(complete("=--", command)) - set(complete("=--")):
+                    self.assertIn(option, section[1])
+
+    def test_completion_asks_no_device(self):
+        for words, completed in (
+            (("=l",), "list"), (("=--VER",), "--version"), (("=CAP", "--json"), "capability"),
+            (("=slow", "--simulate"), "slow-bus"), (("=", "list", "--family"), "SMART BATTERY"),
+            (("=sm", "list", "--family"), "SMART BATTERY"),
+            (("=poe 2 c", "get", "--json"), "PoE 2 current"),
+            (("=0x14140b0", "watch"), "0x14140B08"),
+            (("=pic/settings/ba", "get"), "PIC/Settings/Battery type setting"),
+            (("=Battery type setting=2", "set"), "Battery type setting=24V"),
+            (("=a", "--simulate", "default", "set", "0x1416071B"), "Auto"),
+        ):
+            with self.subTest(words=words):
+                result = run(["complete", "--", *words])
+                self.assertEqual((result.exit_code, result.err), (0, ""))
+                self.assertIn(completed, result.out.splitlines())
 
 
 if __name__ == "__main__":

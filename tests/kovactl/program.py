@@ -1,7 +1,7 @@
 """Runs the built kovactl, with its output in pipes or on a terminal of its own.
 
 The environment names it: KOVACTL is the program, KOVACTL_VERSION what it should be, and
-KOVACTL_FAKE_MODULE a module that misbehaves.
+KOVACTL_FAKE_MODULE a module that misbehaves, KOVACTL_SCHEMA the contract for --json.
 """
 import json
 import os
@@ -14,11 +14,38 @@ import tempfile
 import termios
 import unittest
 
+import jsonschema
 import pyte
 
 PROGRAM = os.environ["KOVACTL"]
 VERSION = os.environ["KOVACTL_VERSION"]
 FAKE_MODULE = os.environ["KOVACTL_FAKE_MODULE"]
+CONTRACT = jsonschema.Draft202012Validator(
+    json.loads(pathlib.Path(os.environ["KOVACTL_SCHEMA"]).read_text()))
+
+
+def parse(text):
+    """A JSON document, which must not say anything twice."""
+    def unique(pairs):
+        if len(dict(pairs)) < len(pairs):
+            raise ValueError(f"a key twice in {pairs}")
+        return dict(pairs)
+    return json.loads(text, object_pairs_hook=unique)
+
+
+def hold_to_contract(command, text):
+    """Fails unless `text` is what docs/json.schema.json says of the command's output."""
+    for document in map(parse, text.splitlines() if command == "watch" else [text]):
+        error = jsonschema.exceptions.best_match(CONTRACT.iter_errors(document))
+        if error is not None:
+            raise AssertionError(f"{command} --json breaks the contract: {error.message}")
+        kind = {"watch": "time", "set": "dry_run", "reset": "dry_run", "doctor": "steps",
+                "diff": "changes"}
+        if "error" not in document and kind.get(command, "items") not in document:
+            raise AssertionError(f"{command} --json is another command's")
+
+
+COMMANDS = ("list", "get", "watch", "set", "reset", "doctor", "diff")
 
 
 class Result:
@@ -27,12 +54,8 @@ class Result:
 
     @property
     def json(self):
-        """stdout, which has to be one JSON document that says nothing twice."""
-        def unique(pairs):
-            if len(dict(pairs)) < len(pairs):
-                raise ValueError(f"a key twice in {pairs}")
-            return dict(pairs)
-        return json.loads(self.out, object_pairs_hook=unique)
+        """stdout, which has to be one JSON document."""
+        return parse(self.out)
 
 
 def run(arguments, options=None, **environment):
@@ -43,7 +66,10 @@ def run(arguments, options=None, **environment):
     words = arguments.split() if isinstance(arguments, str) else arguments
     done = subprocess.run([PROGRAM, *words], env={**os.environ, **environment},
                           capture_output=True, **(options or {}))
-    return Result(done.returncode, done.stdout, done.stderr)
+    result = Result(done.returncode, done.stdout, done.stderr)
+    if "--json" in words:
+        hold_to_contract(next((w for w in words if w in COMMANDS), ""), result.out)
+    return result
 
 
 class Terminal:
@@ -144,6 +170,19 @@ class TestCase(unittest.TestCase):
         terminal = Terminal(*arguments, **options)
         self.addCleanup(terminal.close)
         return terminal
+
+    def check(self, cases):
+        """Runs cases of arguments, exit code, part of stdout and part of stderr, "" for empty."""
+        for arguments, exit_code, out, err in cases:
+            with self.subTest(arguments=arguments):
+                result = run(arguments)
+                self.assertEqual(result.exit_code, exit_code, result.err)
+                self.assertIn(out, result.out)
+                self.assertIn(err, result.err)
+                if err:
+                    self.assert_one_line(result.err)
+                else:
+                    self.assertEqual(result.err, "")
 
     def assert_one_line(self, text):
         self.assertRegex(text, r"\A[^\n]+\n\Z")

@@ -149,14 +149,14 @@ vanished  GSensor  all 12 items
         changes = self.diff(self.variation("good.json"), worn, "--json").json["changes"]
         self.assertEqual(len(changes), 1)
         self.assertEqual({key: changes[0][key] for key in ("change", "id", "path")}, {
-            "change": "fails now", "id": "0x14170112",
+            "change": "fails_now", "id": "0x14170112",
             "path": "TRK-7000/Temperatures/TRK7K VTIN 2"})
         self.assertEqual([changes[0][key]["ok"] for key in ("before", "after")], [True, False])
 
     def test_trouble(self):
         good = self.variation("good.json")
         for content, reason in (("{", "bad.json:1:1: "), ('{"codes": 5}', "bad.json:1: codes: "),
-                                ('{"items": [5]}', "item 1 is none that list --json prints"),
+                                ('{"items": [5]}', "is no output of kovactl list --json"),
                                 (None, "cannot read '")):
             with self.subTest(reason):
                 bad = self.folder / "bad.json"

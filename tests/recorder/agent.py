@@ -70,6 +70,7 @@ def threads():
 
 def fork():
     read(0x820000)
+    os.chdir("/")
     child = os.fork()
     for _ in range(2 if child else 5):
         read(0x820000)
@@ -81,9 +82,9 @@ def fork():
 def full():
     """No file may grow beyond 8 KiB: to a recorder that is a full disk."""
     resource.setrlimit(resource.RLIMIT_FSIZE, (8192, 8192))
-    session(1, 3000)
-    time.sleep(1.5)
-    session(2, 100)
+    for seed, count in enumerate((50, 3000, 100)):
+        session(seed, count)
+        time.sleep(1.3)
 
 
 globals()[sys.argv[1]](*sys.argv[2:])

@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cmath>
 #include <iterator>
 
@@ -76,18 +75,28 @@ void append_numbers(std::string& text, const std::vector<double>& numbers) {
 
 }  // namespace
 
-std::string items_document(const Machine& machine, const Snapshot& snapshot,
-                           const std::vector<kova_host::Item>& items, const SweepState& state) {
-  JsonPtr document = kova_host::json_items(items, snapshot.readings);
-  const bool all_read =
-      std::none_of(items.begin(), items.end(), [&snapshot](const kova_host::Item& item) {
-        return snapshot.readings.at(item.id).state == Reading::State::failed;
-      });
-  put(document, "ok", own(json_boolean(all_read && state.up)));
+ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item>& items) {
+  JsonPtr array = own(json_array());
+  ItemsText result;
+  for (const kova_host::Item& item : items) {
+    const Reading& reading = snapshot.readings.at(item.id);
+    result.all_read = result.all_read && reading.state != Reading::State::failed;
+    kova_host::append(array, kova_host::json_item(item, reading));
+  }
+  result.json = one_line(array);
+  return result;
+}
+
+std::string items_document(const Machine& machine, const ItemsText& items,
+                           const SweepState& state) {
+  JsonPtr document = own(json_object());
+  put(document, "ok", own(json_boolean(items.all_read && state.up)));
   put(document, "machine", json_machine(machine));
   put(document, "release", json_text(KOVA_IOT_VERSION));
   put(document, "sweep", json_sweep(state));
-  return one_line(document);
+  std::string text = one_line(document);
+  text.resize(text.rfind('}'));
+  return fmt::format(R"({},"items":{}}})", text, items.json);
 }
 
 // Written by hand: a chart of many items has more numbers than are worth an object each.

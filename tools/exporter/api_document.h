@@ -15,9 +15,15 @@ struct Machine {
   std::string simulated;  // the simulated machine's name; "" for a real one
 };
 
-// {"ok", "machine", "release", "sweep", "items"} with those of the snapshot's items.
-std::string items_document(const Machine& machine, const Snapshot& snapshot,
-                           const std::vector<kova_host::Item>& items, const SweepState& state);
+// The part of a document that stays the same as long as the snapshot does.
+struct ItemsText {
+  std::string json;  // an array
+  bool all_read = true;
+};
+ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item>& items);
+
+// {"ok", "machine", "release", "sweep", "items"}
+std::string items_document(const Machine& machine, const ItemsText& items, const SweepState& state);
 
 // {"ok", "sweep", "times", "series"}
 std::string history_document(const History::Extract& extract, const SweepState& state);

@@ -110,7 +110,9 @@ bool ListenAddress::is_loopback() const {
     return ntohl(unpacked<sockaddr_in>(*this).sin_addr.s_addr) >> 24 == IN_LOOPBACKNET;
   }
   const in6_addr host = unpacked<sockaddr_in6>(*this).sin6_addr;
-  return address.ss_family == AF_INET6 && IN6_IS_ADDR_LOOPBACK(&host);
+  return address.ss_family == AF_INET6 &&
+         (IN6_IS_ADDR_LOOPBACK(&host) ||
+          (IN6_IS_ADDR_V4MAPPED(&host) && host.s6_addr[12] == IN_LOOPBACKNET));
 }
 
 std::string ListenAddress::url() const {

@@ -37,31 +37,6 @@ MHD_Result collect_header(void* request, MHD_ValueKind /*kind*/, const char* nam
   return MHD_YES;
 }
 
-// Keeps the text that an answer is sent from.
-using Body = std::shared_ptr<const std::string>;
-
-void release_body(void* body) {
-  delete static_cast<Body*>(body);
-}
-
-ssize_t read_body(void* body, uint64_t position, char* buffer, size_t size) {
-  const std::string& text = **static_cast<Body*>(body);
-  const auto at = static_cast<size_t>(position);
-  return static_cast<ssize_t>(text.copy(buffer, size, at));
-}
-
-MHD_Response* make_response(const HttpResponse& response) {
-  constexpr size_t kBlock = 32 * 1024;
-  if (response.body == nullptr) {
-    // The library does not write to a persistent buffer; its signature only says void*.
-    return MHD_create_response_from_buffer(response.built_in.size(),
-                                           const_cast<char*>(response.built_in.data()),
-                                           MHD_RESPMEM_PERSISTENT);
-  }
-  return MHD_create_response_from_callback(response.body->size(), kBlock, &read_body,
-                                           new Body(response.body), &release_body);
-}
-
 void add_headers(MHD_Response* raw, const HttpResponse& response) {
   for (const auto& [name, value] : security_headers()) {
     MHD_add_response_header(raw, name, value);
@@ -70,6 +45,12 @@ void add_headers(MHD_Response* raw, const HttpResponse& response) {
     MHD_add_response_header(raw, name.c_str(), value.c_str());
   }
   MHD_add_response_header(raw, MHD_HTTP_HEADER_CONTENT_TYPE, response.content_type.c_str());
+}
+
+HttpResponse busy(std::string_view reason) {
+  HttpResponse refusal = error_response(503, reason);
+  refusal.extra.emplace_back("Retry-After", "10");
+  return refusal;
 }
 
 bool has_body(MHD_Connection* connection) {
@@ -97,6 +78,12 @@ struct Server::Connection {
 struct Server::Exchange {
   std::string target;
   bool has_headers = false;
+};
+
+// The text that an answer is sent from.
+struct Server::Body {
+  Server* server;
+  std::shared_ptr<const std::string> text;
 };
 
 // A client that waits for events. At most one event is under way to it; what comes while it is
@@ -269,6 +256,10 @@ MHD_Result Server::answer(MHD_Connection* connection, const Exchange& exchange, 
 }
 
 MHD_Result Server::send(MHD_Connection* connection, const HttpResponse& response) {
+  // Clients that take large answers slowly must not fill the memory.
+  if (answer_bytes_ + response.text().size() > limits_.answer_bytes && response.status == 200) {
+    return send(connection, busy("too many answers are under way"));
+  }
   MHD_Response* raw = make_response(response);
   if (raw == nullptr) {
     return MHD_NO;
@@ -277,11 +268,36 @@ MHD_Result Server::send(MHD_Connection* connection, const HttpResponse& response
   return queue(connection, response.status, raw);
 }
 
+MHD_Response* Server::make_response(const HttpResponse& response) {
+  constexpr size_t kBlock = 32 * 1024;
+  if (response.body == nullptr) {
+    // The library does not write to a persistent buffer; its signature only says void*.
+    return MHD_create_response_from_buffer(response.built_in.size(),
+                                           const_cast<char*>(response.built_in.data()),
+                                           MHD_RESPMEM_PERSISTENT);
+  }
+  auto body = std::make_unique<Body>(Body{this, response.body});
+  MHD_Response* raw = MHD_create_response_from_callback(response.body->size(), kBlock, &on_body,
+                                                        body.get(), &on_body_end);
+  if (raw != nullptr) {
+    answer_bytes_ += body.release()->text->size();
+  }
+  return raw;
+}
+
+ssize_t Server::on_body(void* body, uint64_t position, char* buffer, size_t size) {
+  const std::string& text = *static_cast<Body*>(body)->text;
+  return static_cast<ssize_t>(text.copy(buffer, size, static_cast<size_t>(position)));
+}
+
+void Server::on_body_end(void* raw) {
+  const std::unique_ptr<Body> body(static_cast<Body*>(raw));
+  body->server->answer_bytes_ -= body->text->size();
+}
+
 MHD_Result Server::open_stream(MHD_Connection* connection, const HttpResponse& response) {
   if (streams_.size() >= limits_.streams) {
-    HttpResponse refusal = error_response(503, "too many clients follow the events");
-    refusal.extra.emplace_back("Retry-After", "10");
-    return send(connection, refusal);
+    return send(connection, busy("too many clients follow the events"));
   }
   const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
   auto stream = std::make_unique<Stream>(

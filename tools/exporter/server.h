@@ -18,6 +18,7 @@ namespace kova_exporter {
 struct ServerLimits {
   unsigned connections = 128;
   unsigned streams = 16;                   // of events; more are answered 503
+  size_t answer_bytes = 16 * 1024 * 1024;  // of all answers under way; beyond it they are 503
   size_t connection_memory = 24 * 1024;    // bytes of request and headers
   std::chrono::seconds first_request{10};  // from the connection to the end of its headers
   std::chrono::seconds answer{30};         // from there until the client has the whole answer
@@ -50,6 +51,7 @@ class Server {
   struct Connection;
   struct Exchange;
   struct Stream;
+  struct Body;
 
   static void on_connection(void* self, MHD_Connection* connection, void** context,
                             MHD_ConnectionNotificationCode code);
@@ -59,12 +61,15 @@ class Server {
                                size_t* upload_size, void** exchange);
   static void on_completed(void* self, MHD_Connection* connection, void** exchange,
                            MHD_RequestTerminationCode code);
+  static ssize_t on_body(void* body, uint64_t position, char* buffer, size_t size);
+  static void on_body_end(void* body);
   static ssize_t on_stream(void* stream, uint64_t position, char* buffer, size_t size);
   static void on_stream_end(void* stream);
 
   MHD_Result answer(MHD_Connection* connection, const Exchange& exchange, const char* method,
                     const char* version);
   MHD_Result send(MHD_Connection* connection, const HttpResponse& response);
+  MHD_Response* make_response(const HttpResponse& response);
   MHD_Result open_stream(MHD_Connection* connection, const HttpResponse& response);
   void resume_streams();
   void cut_off_slow_clients();
@@ -73,6 +78,7 @@ class Server {
   const ServerLimits limits_;
   std::set<Connection*> connections_;
   std::set<Stream*> streams_;
+  size_t answer_bytes_ = 0;                   // under way
   std::shared_ptr<const std::string> event_;  // the newest
   uint64_t event_number_ = 0;
   Clock::time_point event_time_;

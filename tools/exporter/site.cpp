@@ -171,7 +171,7 @@ HttpResponse Site::metrics(const HttpRequest& request) {
   const bool open = prefers_openmetrics(request.accept);
   const auto format = open ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
   const auto [snapshot, state] = current();
-  CachedMetrics& cached = open ? openmetrics_ : plain_;
+  Cached<std::string>& cached = open ? openmetrics_ : plain_metrics_;
   if (cached.snapshot != snapshot) {
     cached = {snapshot, items_metrics(*snapshot, format)};
   }
@@ -193,9 +193,12 @@ HttpResponse Site::health() const {
   return response;
 }
 
-HttpResponse Site::items() const {
+HttpResponse Site::items() {
   const auto [snapshot, state] = current();
-  return json_response(items_document(options_.machine, *snapshot, snapshot->list->items, state));
+  if (items_.snapshot != snapshot) {
+    items_ = {snapshot, items_text(*snapshot, snapshot->list->items)};
+  }
+  return json_response(items_document(options_.machine, items_.text, state));
 }
 
 HttpResponse Site::item(std::string_view name) const {
@@ -204,8 +207,8 @@ HttpResponse Site::item(std::string_view name) const {
   if (const auto* refusal = std::get_if<HttpResponse>(&found)) {
     return *refusal;
   }
-  return json_response(items_document(options_.machine, *snapshot,
-                                      std::get<std::vector<kova_host::Item>>(found), state));
+  const auto& items = std::get<std::vector<kova_host::Item>>(found);
+  return json_response(items_document(options_.machine, items_text(*snapshot, items), state));
 }
 
 HttpResponse Site::history(const Target& target) const {

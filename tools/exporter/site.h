@@ -33,7 +33,7 @@ class Site {
   HttpResponse route(const HttpRequest& request, const Target& target);
   HttpResponse metrics(const HttpRequest& request);
   HttpResponse health() const;
-  HttpResponse items() const;
+  HttpResponse items();
   HttpResponse item(std::string_view name) const;
   HttpResponse history(const Target& target) const;
 
@@ -44,16 +44,18 @@ class Site {
   };
   Current current() const;
 
-  // The items' metrics of one snapshot, made once however many scrape it.
-  struct CachedMetrics {
+  // What is made once of a snapshot, however many ask for it.
+  template <typename Text>
+  struct Cached {
     std::shared_ptr<const Snapshot> snapshot;
-    std::string text;
+    Text text;
   };
 
   const Store& store_;
   Options options_;
-  CachedMetrics plain_;
-  CachedMetrics openmetrics_;
+  Cached<std::string> plain_metrics_;
+  Cached<std::string> openmetrics_;
+  Cached<ItemsText> items_;
 };
 
 }  // namespace kova_exporter

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "tools/host/pending_call.h"
 #include "tools/host/status_text.h"
 
 namespace kova_host {
@@ -36,6 +37,7 @@ void ask_families(uint32_t (*read)(uint32_t, uint32_t*), DeviceDiagnosis& diagno
   for (const FamilyData& family : item_data()) {
     FamilyPresence presence;
     presence.family = &family;
+    const PendingCall pending = PendingCall::of_code(family.presence_code);
     presence.answer.status = read(family.presence_code, &presence.answer.word);
     presence.present =
         presence.answer.status == 0 && (family.present_if_readable || presence.answer.word != 0);

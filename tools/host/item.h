@@ -57,6 +57,7 @@ struct Item {
   std::vector<Option> options;
   ItemFacts facts;
   bool published = true;    // false: missing from the document, as it could not be read at start
+  bool missing = false;     // true: it was there once, and this machine does not have it
   bool unique_name = true;  // false: another item of the machine is called the same
 };
 

@@ -2,6 +2,8 @@
 #include "tools/host/json_report.h"
 
 #include "tools/host/status_text.h"
+#include "tools/host/value_text.h"
+#include "tools/host/write_value.h"
 
 namespace kova_host {
 
@@ -68,6 +70,24 @@ void put_value(const JsonPtr& object, const Item& item, const Reading& reading) 
   }
 }
 
+JsonPtr json_write(const WriteOutcome& outcome) {
+  const Item& item = outcome.plan.item;
+  JsonPtr object = own(json_object());
+  put(object, "id", json_text(id_text(item.id)));
+  if (!item.name.empty()) {
+    put(object, "path", json_text(path_of(item)));
+  }
+  put(object, "previous", json_value(outcome.previous));
+  put(object, "sent", to_json(outcome.plan.number));
+  put_value(object, item, outcome.now);
+  if (outcome.status != 0) {
+    put(object, "failure", json_text(write_failure(outcome.status)));
+  }
+  put(object, "ok", own(json_boolean(outcome.status == 0)));
+  put_status(object, outcome.status);
+  return object;
+}
+
 }  // namespace
 
 void put_status(const JsonPtr& object, uint32_t status) {
@@ -87,7 +107,10 @@ JsonPtr json_item(const Item& item, const Reading& reading, Detail detail) {
   }
   put_value(object, item, reading);
   if (reading.state == Reading::State::failed) {
-    put(object, "failure", json_text(read_failure(reading.status)));
+    put(object, "failure", json_text(failure_text(item, reading)));
+  }
+  if (item.missing) {
+    put(object, "missing", own(json_true()));
   }
   put(object, "ok", own(json_boolean(reading.state != Reading::State::failed)));
   put_status(object, reading.status);
@@ -101,6 +124,21 @@ JsonPtr json_items(const std::vector<Item>& items, const Readings& readings, Det
   }
   JsonPtr object = own(json_object());
   put(object, "ok", own(json_boolean(!any_failed(readings))));
+  put(object, "items", std::move(array));
+  return object;
+}
+
+JsonPtr json_writes(const std::vector<WriteOutcome>& outcomes, bool dry_run, bool simulated) {
+  bool ok = true;
+  JsonPtr array = own(json_array());
+  for (const WriteOutcome& outcome : outcomes) {
+    ok = ok && outcome.status == 0;
+    append(array, json_write(outcome));
+  }
+  JsonPtr object = own(json_object());
+  put(object, "ok", own(json_boolean(ok)));
+  put(object, "dry_run", own(json_boolean(dry_run)));
+  put(object, "simulated", own(json_boolean(simulated)));
   put(object, "items", std::move(array));
   return object;
 }

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tools/host/errors.h"
-#include "tools/host/reading.h"
+#include "tools/host/writing.h"
 
 namespace kova_host {
 
@@ -20,6 +20,9 @@ JsonPtr json_item(const Item& item, const Reading& reading, Detail detail = Deta
 // {"ok": ..., "items": [...]}; "ok" is false when a read failed.
 JsonPtr json_items(const std::vector<Item>& items, const Readings& readings,
                    Detail detail = Detail::full);
+
+// {"ok": ..., "dry_run": ..., "simulated": ..., "items": [...]}; "ok" is false when a write failed.
+JsonPtr json_writes(const std::vector<WriteOutcome>& outcomes, bool dry_run, bool simulated);
 
 // {"ok": false, "error": {...}}
 JsonPtr json_error(const HostError& error);

@@ -1,30 +1,24 @@
-// A machine's items with their readings at one time, from the machine or from a file.
+// A machine's items with their readings at one time, each ID once, to be compared with another.
 #pragma once
 
-#include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/host/reading.h"
+#include "tools/host/list_document.h"
+#include "tools/host/session.h"
 
 namespace kova_host {
 
-struct ListedItem {
-  Item item;
-  Reading reading;
-};
-
 using Listing = std::vector<ListedItem>;
 
-// Every item of the started module's machine, each ID once.
+// Every item of the started module's machine.
 Listing list_machine(const Session& session);
 
-// What `kovactl list --json` has printed; every ID once. Items of releases that did not print a
-// role get this release's. Throws HostError (usage), naming `file`, for anything else.
-Listing parse_listing(std::string_view json, const std::string& file);
+// Items as list --json printed them. Those of a release that printed no role get this release's.
+Listing listing_from(const std::vector<ListedItem>& listed);
 
-// True for JSON that begins as a listing does: an object with an array "items".
-bool is_listing(std::string_view json);
+// True for the output of list --json rather than a machine description: an object that has
+// "items".
+bool is_list_document(std::string_view json);
 
 }  // namespace kova_host

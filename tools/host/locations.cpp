@@ -52,22 +52,37 @@ fs::path recorder_library() {
       {fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../../recorder" / name}, name);
 }
 
+namespace {
+
+// A shipped description by its name without suffix; "" if there is none.
+fs::path shipped_description(const std::string& name) {
+  if (name.empty() || name.find('/') != std::string::npos) {
+    return {};
+  }
+  const std::string file = name + ".json";
+  // The build tree has a link to the source's machine descriptions above the program.
+  return first_file(
+      {fs::path(KOVA_HOST_DATA_FOLDER) / "machines" / file, fs::path("../machines") / file},
+      fs::path());
+}
+
+}  // namespace
+
+bool is_machine_description(const std::string& name) {
+  std::error_code error;
+  return fs::is_regular_file(name, error) || !shipped_description(name).empty();
+}
+
 fs::path machine_description(const std::string& name) {
   std::error_code error;
   if (fs::exists(name, error)) {
     return name;
   }
-  if (!name.empty() && name.find('/') == std::string::npos) {
-    const std::string file = name + ".json";
-    // The build tree has a link to the source's machine descriptions above the program.
-    fs::path shipped = first_file(
-        {fs::path(KOVA_HOST_DATA_FOLDER) / "machines" / file, fs::path("../machines") / file},
-        fs::path());
-    if (!shipped.empty()) {
-      return shipped;
-    }
+  fs::path shipped = shipped_description(name);
+  if (shipped.empty()) {
+    throw HostError(Fault::usage, fmt::format("no machine description '{}'", name));
   }
-  throw HostError(Fault::usage, fmt::format("no machine description '{}'", name));
+  return shipped;
 }
 
 std::vector<std::string> shipped_machines() {

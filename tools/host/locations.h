@@ -14,7 +14,9 @@ std::filesystem::path simulator_library();
 std::filesystem::path recorder_library();
 
 // `name` is a file, or the name without suffix of a description that is shipped, such as
-// "sixteen-modules". Throws HostError (usage) if there is neither.
+// "sixteen-modules". machine_description throws HostError (usage)
+// if there is neither.
+bool is_machine_description(const std::string& name);
 std::filesystem::path machine_description(const std::string& name);
 
 // The names of the shipped descriptions, sorted.

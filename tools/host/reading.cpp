@@ -91,6 +91,10 @@ std::optional<double> Reading::number() const {
 }
 
 Reading read_item(const Session& session, const Item& item) {
+  if (item.missing) {
+    // Something may still answer under its ID; that makes no port or module of it.
+    return {Reading::State::failed, session.read(item.id, own(json_null()).get()), {}};
+  }
   if (item.kind) {
     return read_as(session, item, *item.kind);
   }

@@ -67,7 +67,9 @@ Recording::Recording(const Options& options) {
   } else if (std::getenv("KOVA_RECORD_LIBRARY") == nullptr) {
     require_device_library();
   }
-  set_variable("KOVA_RECORD_FILE", file_pattern(options.file));
+  std::error_code error;
+  const fs::path file = fs::weakly_canonical(options.file, error);  // what a link leads to
+  set_variable("KOVA_RECORD_FILE", file_pattern(error ? options.file : file));
   if (options.redact) {
     set_variable("KOVA_RECORD_REDACT", private_codes());
   }
@@ -79,10 +81,10 @@ Recording::Recording(const Options& options) {
   error_ = resolve<const char*()>(library, "KovaRecorderError");
   finish_ = resolve<uint32_t()>(library, "KovaRecorderFinish");
   discard_ = resolve<void()>(library, "KovaRecorderDiscard");
-  if (const char* error = error_()) {
+  if (const char* reason = error_()) {
     const bool has_library = resolve<uint32_t()>(library, "KovaRecorderHasLibrary")() != 0;
     throw HostError(has_library ? Fault::usage : Fault::no_device,
-                    has_library ? error : fmt::format("no device found: {}", error));
+                    has_library ? reason : fmt::format("no device found: {}", reason));
   }
   set_time_(0);
 }

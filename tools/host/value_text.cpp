@@ -44,7 +44,7 @@ std::string plain_value(const Reading& reading) {
 std::string value_with_unit(const Item& item, const Reading& reading) {
   std::string text = bare_text(reading);
   if (reading.state == Reading::State::failed) {
-    return fmt::format("{}: {}", text, read_failure(reading.status));
+    return (item.missing ? "" : text + ": ") + failure_text(item, reading);
   }
   if (reading.state == Reading::State::absent) {
     return text;
@@ -58,6 +58,14 @@ std::string value_with_unit(const Item& item, const Reading& reading) {
     text += ' ' + printable(item.unit);
   }
   return text;
+}
+
+std::string failure_text(const Item& item, const Reading& reading) {
+  if (!item.missing) {
+    return read_failure(reading.status);
+  }
+  return reading.status == 0 ? "missing: this machine does not have it"
+                             : "missing: " + read_failure(reading.status);
 }
 
 std::string range_text(const Item& item) {

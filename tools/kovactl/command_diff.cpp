@@ -49,6 +49,7 @@ std::string output_of(std::vector<std::string> arguments) {
   posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
   std::vector<char*> words;
+  words.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) {
     words.push_back(argument.data());
   }
@@ -88,7 +89,7 @@ Listing play(const GlobalOptions& globals, const std::string& file) {
     const std::string text = message;
     throw HostError(Fault::usage, text.find(file) == std::string::npos ? file + ": " + text : text);
   }
-  return parse_listing(json, file);
+  return listing_from(parse_list_document(json, file));
 }
 
 std::string read_whole(const std::string& file) {
@@ -107,7 +108,8 @@ Listing listing_of(const GlobalOptions& globals, const std::string& name) {
     return list_machine(*open_session(globals));
   }
   const std::string text = read_whole(name);
-  return is_listing(text) ? parse_listing(text, name) : play(globals, name);
+  return is_list_document(text) ? listing_from(parse_list_document(text, "'" + name + "'"))
+                                : play(globals, name);
 }
 
 // Memory modules pad their texts with blanks.
@@ -238,7 +240,9 @@ std::string summary(const Comparison& comparison) {
 
 JsonPtr json_change(const Change& change) {
   JsonPtr object = own(json_object());
-  put(object, "change", json_text(change_name(change.kind)));
+  std::string name(change_name(change.kind));
+  std::replace(name.begin(), name.end(), ' ', '_');
+  put(object, "change", json_text(name));
   put(object, "id", json_text(id_text(change.item().id)));
   put(object, "path", json_text(path_of(change.item())));
   const auto put_listed = [&object](const char* key, const std::optional<ListedItem>& listed) {

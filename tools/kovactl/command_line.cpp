@@ -7,6 +7,8 @@
 #include <sstream>
 
 #include "include/kova_iot.h"
+#include "tools/host/locations.h"
+#include "tools/host/nearest.h"
 #include "tools/host/text_value.h"
 
 namespace kovactl {
@@ -50,7 +52,7 @@ CommandLine::CommandLine()
   app_.add_flag(kSimulateBuiltIn)->group("");
   app_.add_option("--timeout", timeout_, "End when the device takes longer than this to answer")
       ->type_name("S");
-  app_.set_version_flag("--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
+  app_.set_version_flag("-V,--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
   app_.footer(kExitCodes);
   app_.require_subcommand(1);
 }
@@ -71,32 +73,90 @@ bool CommandLine::is_command(const std::string& word) const {
                      [&word](const CLI::App* command) { return command->check_name(word); });
 }
 
-// "--simulate" takes a machine only when the next argument can be nothing else: neither an option,
-// a command nor an item ID. The parser's own rule would take an ID, so it gets to see an option
-// that has a value, or one that has none.
+// "--simulate" takes a machine only when the next argument is one: in front of the command anything
+// but an option or the command itself, behind it what is found as a machine description. The
+// parser's own rule would take an item, so it gets to see an option that has a value, or one that
+// has none.
 std::vector<std::string> CommandLine::settle_simulate(std::vector<std::string> arguments) const {
+  bool command_seen = false;
   for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    command_seen = command_seen || is_command(arguments[i]);
     if (arguments[i] != "--simulate") {
       continue;
     }
     const std::string next = i + 1 < arguments.size() ? arguments[i + 1] : "";
-    if (next.empty() || next.front() == '-' || is_command(next) || parse_item_id(next)) {
+    const bool machine = command_seen ? next.ends_with(".json") || is_machine_description(next)
+                                      : !is_command(next) && !next.starts_with('-');
+    if (next.empty() || !machine) {
       arguments[i] = kSimulateBuiltIn;
+    } else {
+      ++i;
     }
   }
   return arguments;
 }
 
+// "help list" is "list --help".
+std::vector<std::string> CommandLine::settle_help(std::vector<std::string> arguments) const {
+  if (!arguments.empty() && arguments.front() == "help") {
+    arguments.erase(arguments.begin());
+    arguments.resize(std::min<size_t>(arguments.size(), 1));
+    arguments.emplace_back("--help");
+  }
+  return arguments;
+}
+
+// What is wrong with arguments that the parser refuses, with what was probably meant.
+std::string CommandLine::complaint(const std::vector<std::string>& arguments,
+                                   const std::string& otherwise) const {
+  std::vector<std::string> commands;
+  std::vector<std::string> options;
+  const auto add_options_of = [&options](const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+      for (const std::string& name : option->get_lnames()) {
+        options.push_back("--" + name);
+      }
+    }
+  };
+  add_options_of(app_);
+  bool command_seen = false;
+  for (const CLI::App* command : app_.get_subcommands({})) {
+    if (!command->get_group().empty()) {  // one that people are not to know has none
+      commands.push_back(command->get_name());
+    }
+    if (std::find(arguments.begin(), arguments.end(), command->get_name()) != arguments.end()) {
+      command_seen = true;
+      add_options_of(*command);
+    }
+  }
+  std::string before;
+  for (const std::string& argument : arguments) {
+    const bool value = before == "--simulate" || before == "--module";
+    before = argument;
+    const std::string name = argument.substr(0, argument.find('='));
+    if (name.starts_with("--") &&
+        std::find(options.begin(), options.end(), name) == options.end()) {
+      return fmt::format("no option '{}'{}", name, suggestion(name, options));
+    }
+    if (!command_seen && !name.starts_with('-') && !value) {
+      return fmt::format("no command '{}'{}", argument, suggestion(argument, commands));
+    }
+  }
+  return command_seen ? otherwise
+                      : fmt::format("a command is needed: {}", fmt::join(commands, ", "));
+}
+
 CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
   Parsed parsed;
-  arguments = settle_simulate(std::move(arguments));
-  std::reverse(arguments.begin(), arguments.end());  // the order that the parser takes
+  arguments = settle_simulate(settle_help(std::move(arguments)));
   try {
-    app_.parse(std::move(arguments));
+    // In the order that the parser takes.
+    app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::ostringstream text;
     if (app_.exit(error, text, text) != 0) {
-      throw HostError(Fault::usage, fmt::format("{} (see kovactl --help)", error.what()));
+      throw HostError(Fault::usage,
+                      fmt::format("{} (see kovactl --help)", complaint(arguments, error.what())));
     }
     parsed.answer = text.str();
     return parsed;

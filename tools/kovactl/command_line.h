@@ -66,6 +66,9 @@ class CommandLine {
  private:
   bool is_command(const std::string& word) const;
   std::vector<std::string> settle_simulate(std::vector<std::string> arguments) const;
+  std::vector<std::string> settle_help(std::vector<std::string> arguments) const;
+  std::string complaint(const std::vector<std::string>& arguments,
+                        const std::string& otherwise) const;
 
   CLI::App app_;
   std::string module_;

@@ -3,6 +3,7 @@
 
 #include "tools/host/json_report.h"
 #include "tools/host/json_writer.h"
+#include "tools/host/list_document.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/table.h"
@@ -12,13 +13,19 @@ namespace {
 
 struct Options {
   Selection selection;
+  std::string expected;  // file; "" for none
   bool json = false;
 };
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
+  // A file that cannot be used must not cost a start of the module.
+  const auto expected =
+      options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const auto session = open_session(globals);
-  const Inventory inventory = Inventory::of(*session);
-  const std::vector<Item> items = select(inventory.items(), options.selection);
+  std::vector<Item> known = Inventory::of(*session).items();
+  const std::vector<Item> missing = missing_items(known, expected);
+  known.insert(known.end(), missing.begin(), missing.end());
+  const std::vector<Item> items = select(known, options.selection);
   const Readings readings = read_with_progress(*session, items);
   if (options.json) {
     print(json_document(json_items(items, readings).get(), JsonLayout::indented));
@@ -36,6 +43,10 @@ void add_list(CommandLine& line) {
       line.add({"list", "Show every item with its value", "kovactl --simulate list --family PIC"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
   add_selection(command, options->selection);
+  command
+      .add_option("--expect", options->expected,
+                  "Fail for each item that is missing since `list --json` printed this file")
+      ->type_name("FILE");
   command.add_flag("--json", options->json, "Print JSON, with a status for every item");
 }
 

@@ -1,88 +1,62 @@
-// `kovactl set`: writes an item.
+// `kovactl set`: writes items.
 #include <fmt/format.h>
 
-#include <cmath>
-
-#include "include/kova_iot.h"
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/status_text.h"
-#include "tools/host/value_text.h"
 #include "tools/host/write_value.h"
 #include "tools/kovactl/command_support.h"
-#include "tools/kovactl/output.h"
+#include "tools/kovactl/write_report.h"
 
 namespace kovactl {
 namespace {
 
 struct Options {
-  std::string item;
-  std::string value;  // as typed
-  bool json = false;
+  std::vector<std::string> words;  // ITEM VALUE, or ITEM=VALUE ...
+  WriteOptions write;
 };
 
-double as_double(const Number& number) {
-  return std::visit([](auto v) { return static_cast<double>(v); }, number);
+struct Assignment {
+  std::string item;
+  std::string value;
+};
+
+// Names have no "=", so the first one parts item and value.
+std::vector<Assignment> assignments(const std::vector<std::string>& words) {
+  if (words.size() == 2 && words[0].find('=') == std::string::npos) {
+    return {{words[0], words[1]}};
+  }
+  std::vector<Assignment> result;
+  for (const std::string& word : words) {
+    const size_t at = word.find('=');
+    if (at == std::string::npos) {
+      throw HostError(Fault::usage,
+                      fmt::format("'{}' is no ITEM=VALUE (see kovactl set --help)", word));
+    }
+    result.push_back({word.substr(0, at), word.substr(at + 1)});
+  }
+  return result;
 }
 
-// The device decides what it accepts; the published range is what to try next.
-std::string refusal_hint(const Item& item, const Number& number) {
-  if (item.access == "r") {
-    return ", it is read-only";
+// Defaults and readings share names with settings; only one of them can be meant here.
+Item item_to_write(const std::vector<Item>& items, const std::string& text) {
+  std::vector<Item> settings;
+  for (const Item& item : named_items(items, text)) {
+    if (item.facts.role == Role::setting) {
+      settings.push_back(item);
+    }
   }
-  const double value = as_double(number);
-  if ((item.min && value < *item.min) || (item.max && value > *item.max)) {
-    return ", its range is " + range_text(item);
-  }
-  return "";
-}
-
-// What the device holds now, and what was sent if that is not the same: the module scales and
-// truncates, and a device may round or limit.
-std::string set_text(const Item& item, const Reading& reading, const Number& sent) {
-  if (reading.state != Reading::State::good) {
-    return title(item) + "  written\n";
-  }
-  const double wanted = as_double(sent);
-  const auto held = reading.number();
-  const bool differs = held && std::abs(*held - wanted) > std::abs(wanted) * 1e-9;
-  return fmt::format("{}  {}{}\n", title(item), value_with_unit(item, reading),
-                     differs ? fmt::format(", after {} was sent", short_number(wanted)) : "");
-}
-
-// As for a read, with the status of the write.
-JsonPtr set_report(const Item& item, const Reading& reading, const Number& sent, uint32_t status) {
-  const bool written = status == IOT_STATUS_SUCCESS;
-  JsonPtr entry = json_item(item, reading);
-  put(entry, "sent", to_json(sent));
-  put(entry, "ok", own(json_boolean(written)));
-  put_status(entry, status);
-  JsonPtr items = own(json_array());
-  append(items, std::move(entry));
-  JsonPtr document = own(json_object());
-  put(document, "ok", own(json_boolean(written)));
-  put(document, "items", std::move(items));
-  return document;
+  return settings.size() == 1 ? settings.front() : select_one(items, text);
 }
 
 ExitCode run(const GlobalOptions& globals, const Options& options) {
+  const std::vector<Assignment> wanted = assignments(options.words);
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
-  const Item item = select_one(inventory.items(), options.item);
-  const Number number = value_to_set(item, options.value);
-  const uint32_t status = session->write(item.id, to_json(number).get());
-  const Reading reading = read_item(*session, item);
-  if (options.json) {
-    print(json_document(set_report(item, reading, number, status).get(), JsonLayout::indented));
-  } else if (status == IOT_STATUS_SUCCESS) {
-    print(set_text(item, reading, number));
+  std::vector<PlannedWrite> plans;
+  for (const Assignment& assignment : wanted) {
+    const Item item = item_to_write(inventory.items(), assignment.item);
+    require_writable(inventory.items(), item);
+    plans.push_back({item, value_to_set(item, assignment.value), assignment.value});
   }
-  if (status != IOT_STATUS_SUCCESS) {
-    report(fmt::format("cannot write {}: {}{}", title(item), write_failure(status),
-                       refusal_hint(item, number)));
-    return ExitCode::item_failed;
-  }
-  return ExitCode::success;
+  return write_and_report(globals, *session, plans, options.write);
 }
 
 }  // namespace
@@ -90,12 +64,15 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 void add_set(CommandLine& line) {
   auto options = std::make_shared<Options>();
   CLI::App& command =
-      line.add({"set", "Write an item", "kovactl --simulate set 0x14140B01 0"},
+      line.add({"set", "Write items", "kovactl --simulate set 'PoE 1 power=off' 0x14160711=10s"},
                [options](const GlobalOptions& globals) { return run(globals, *options); });
-  command.add_option("ITEM", options->item, "Item by ID, name or path")->required();
-  command.add_option("VALUE", options->value, "Number, or the label of one of the item's options")
+  command
+      .add_option("ITEM=VALUE", options->words,
+                  "Items by ID, name or path, each with a number, a number with its unit, or the "
+                  "label of an option; all are checked before the first is written. ITEM VALUE "
+                  "does for one")
       ->required();
-  command.add_flag("--json", options->json, "Print JSON, with a status for every item");
+  add_write_options(command, options->write);
 }
 
 }  // namespace kovactl

@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "tools/host/plain_text.h"
-#include "tools/host/status_text.h"
+#include "tools/host/value_text.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 
@@ -43,7 +43,8 @@ void report_failures(const std::vector<Item>& items, const Readings& readings) {
   for (const Item& item : distinct(items)) {
     const Reading& reading = readings.at(item.id);
     if (reading.state == Reading::State::failed) {
-      report(fmt::format("cannot read {}: {}", title(item), read_failure(reading.status)));
+      report(fmt::format("{}{}{} {}", item.missing ? "" : "cannot read ", title(item),
+                         item.missing ? " is" : ":", failure_text(item, reading)));
     }
   }
 }
@@ -56,7 +57,9 @@ ExitCode verdict(const std::vector<Item>& items, const Readings& readings) {
   if (failed == 0) {
     return ExitCode::success;
   }
-  report(fmt::format("{} of {} items could not be read", failed, readings.size()));
+  if (readings.size() > 1) {
+    report(fmt::format("{} of {} items could not be read", failed, readings.size()));
+  }
   return ExitCode::item_failed;
 }
 

@@ -2,6 +2,7 @@
 # ID, labels, families and machines. No device is asked.
 
 _kovactl() {
+  # shellcheck disable=SC2034 # all four are set by the line after
   local cur prev words cword
   _init_completion -n = || return
 

@@ -28,7 +28,7 @@ void tell(const kova_host::HostError& error, bool as_json) {
   kovactl::report(error.what());
   if (as_json) {
     kovactl::print(
-        kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::indented));
+        kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::one_line));
   }
 }
 

@@ -69,7 +69,8 @@ std::string ReportDocument::json(const Heading& heading) const {
   std::string text = json_document(head.get(), JsonLayout::one_line);
   text.resize(text.rfind('}'));
   return text + R"(,"items":)" +
-         kova_exporter::items_document(heading.machine, last_, list_->items, state) +
+         kova_exporter::items_document(heading.machine,
+                                       kova_exporter::items_text(last_, list_->items), state) +
          R"(,"history":)" + kova_exporter::history_document(extract_, state) + "}";
 }
 

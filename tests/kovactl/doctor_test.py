@@ -1,0 +1,102 @@
+"""What is told of machines on which something is wrong."""
+import json
+import unittest
+
+from program import FAKE_MODULE, TestCase, run
+
+NONSENSE = {
+    "0x00820000": 0,  # 0 K
+    "0x006B0000": 70000,  # a minimum above its maximum
+    "0x00B00025": 0xFFFFFFFF,  # in the middle of a text
+    "0x00822003": 9000,  # RPM, outside the range
+    "0x00822005": {"fail_read": 5},
+}
+
+
+class Doctor(TestCase):
+    def test_healthy_machine(self):
+        self.check((("--simulate doctor", 0, "129 of 129 items can be read\n\nAll is well.\n", ""),))
+
+    def test_tells_what_fails_and_what_cannot_be_true(self):
+        result = run([*self.machine(codes=NONSENSE), "doctor", "--json"])
+        self.assertEqual((result.exit_code, result.json["exit_code"]), (1, 1))
+        failed = {step["path"].rpartition("/")[2]: step for step in result.json["steps"]
+                  if step["step"] == "item"}
+        self.assertEqual({name: step["verdict"] for name, step in failed.items()},
+                         dict.fromkeys(failed, "failed"))
+        for name, words in (
+            ("TRK7K VTIN 1", "absolute zero"), ("Ignition delay on timer", "turned over (70000 .."),
+            ("Manufacturer Name", "not UTF-8"), ("TRK7K OB fan 1", "9000 RPM, outside its range"),
+            ("TRK7K OB fan 3", "did not answer (0xFFFFFAFF); device code 0x822005 answers 0x5"),
+        ):
+            self.assertIn(words, failed.pop(name)["message"])
+        self.assertEqual(failed, {})
+        self.assertIn("missing from its document", " ".join(result.json["advice"]))
+
+    def test_names_the_cause_when_there_is_no_device(self):
+        dead = self.folder / "dead.json"
+        dead.write_text(json.dumps({"bus": {"fail_read": 9}}))
+        absent = self.folder / "absent.json"
+        absent.write_text(json.dumps({"codes": dict.fromkeys(
+            ("0x00A00000", "0x00800000", "0x00200000", "0x00600008", "0x00400000"), 0)}))
+        for options, cause, verdict in (
+            (f"--simulate {dead}", "fails every presence read: SDRAM 0x9, SMART BATTERY 0x9, ",
+             "failed  family   PoE is not present (code 0x200000 cannot be read (0x9))"),
+            (f"--simulate {absent}", "has no device family present (reads that failed: SMART BA",
+             "note    family   PoE is not present (code 0x200000 reads 0)"),
+            ("", "neither /usr/lib/libKOVADevice.so nor /usr/lib64/libKOVADevice.so is there",
+             "failed  library  /usr/lib64/libKOVADevice.so is not there"),
+        ):
+            with self.subTest(cause=cause):
+                listed = run(options + " list")
+                self.assertEqual(listed.exit_code, 3)
+                self.assert_one_line(listed.err)
+                self.assertIn(cause, listed.err)
+                result = run(options + " doctor")
+                self.assertEqual(result.exit_code, 3)
+                self.assertIn(verdict, result.out)
+        self.check((("doctor --module /none.so", 3, "failed  module   cannot load the module", ""),
+                    (f"doctor --module {FAKE_MODULE}", 1, "failed  library", "")))
+
+
+class Expected(TestCase):
+    """Items that a machine should have, or had once."""
+    def test_dead_sensor_does_not_vanish(self):
+        dead = self.machine(codes={"0x00822005": {"fail_read": 5}, "0x00600000": {"fail_read": 5}})
+        listed = run([*dead, "list", "--json"])
+        self.assertEqual(listed.exit_code, 1)
+        self.assertIs(listed.json["ok"], False)
+        fans = [item for item in listed.json["items"] if item["id"] == "0x14170313"]
+        self.assertEqual(fans[0], {
+            "id": "0x14170313", "name": "TRK7K OB fan 3", "family": "TRK-7000",
+            "package": "Onboard fan speeds", "path": "TRK-7000/Onboard fan speeds/TRK7K OB fan 3",
+            "access": "r", "role": "reading", "kind": "integer", "min": 0, "max": 8000,
+            "value": None, "unit": "RPM", "failure": "the device did not answer (0xFFFFFAFF)",
+            "ok": False, "status": "IOT_STATUS_READ_FAILED", "code": 0xFFFFFAFF})
+        self.assertEqual([fan["family"] for fan in fans], ["TRK-7000", "Hardware Monitor"])
+        healthy = run("--simulate list --json").json["items"]
+        self.assertEqual([item["id"] for item in listed.json["items"]],
+                         [item["id"] for item in healthy])
+
+    def test_what_a_file_knew_is_missed(self):
+        file = self.folder / "list.json"
+        file.write_text(run("--simulate sixteen-modules list --json").out)
+        result = run(f"--simulate list --expect {file} --json")
+        self.assertEqual(result.exit_code, 1)
+        missing = [item for item in result.json["items"] if item.get("missing")]
+        self.assertEqual(len(missing), 14 * 14 + 4 * 5)  # modules times fields, ports times items
+        self.assertIn("0x14140B05 PoE 5 power is missing: ", result.err)
+        file.write_text(run("--simulate list --json").out)
+        no_ports = self.machine(codes={"0x00200000": 0})
+        self.check((
+            ([*no_ports, "list", "PoE 1 detect", "--expect", str(file)], 1,
+             "PoE 1 detect  missing: its device is not there (0xFFFFF0FF)", "PoE 1 detect is miss"),
+            ([*no_ports, "list", "--family", "PIC", "--expect", str(file)], 0, "IGN status", ""),
+            (f"--simulate list --expect {file}", 0, "IGN status", ""),
+            ("--simulate list --expect /nonexistent", 2, "", "cannot read '/nonexistent': No such"),
+            (f"--simulate list --expect {__file__}", 2, "", "is no output of kovactl list --json"),
+        ))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,81 @@
+// `kovactl check`: a check for Icinga, Nagios and their kin.
+#include <fmt/format.h>
+
+#include "tools/host/json_report.h"
+#include "tools/host/monitoring_check.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+
+namespace kovactl {
+namespace {
+
+struct Options {
+  Selection selection;
+  std::vector<std::string> warning;   // ITEM=RANGE
+  std::vector<std::string> critical;  // ITEM=RANGE
+  std::string expected;               // a file; "" for none
+};
+
+// Adds the limit to every item that its first half names; a later one takes the place of an
+// earlier, so that a pattern can be given first and its exceptions after it.
+void add_limits(const std::vector<std::string>& texts, const std::vector<Item>& items,
+                std::map<uint32_t, AlertRange>& limits) {
+  for (const std::string& text : texts) {
+    const size_t equals = text.rfind('=');
+    const auto range = equals == std::string::npos
+                           ? std::nullopt
+                           : parse_alert_range(std::string_view(text).substr(equals + 1));
+    if (!range) {
+      throw HostError(Fault::usage, fmt::format("{}: not ITEM=RANGE, such as 'TRK7K VTIN *=70' or "
+                                                "'PoE 1 current=10:500'",
+                                                text));
+    }
+    for (const Item& item : named_items(items, text.substr(0, equals))) {
+      limits[item.id] = *range;
+    }
+  }
+}
+
+CheckResult judge(const GlobalOptions& globals, const Options& options) {
+  const auto session = open_session(globals);
+  const Inventory inventory = Inventory::of(*session);
+  CheckLimits limits;
+  add_limits(options.warning, inventory.items(), limits.warning);
+  add_limits(options.critical, inventory.items(), limits.critical);
+  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
+  const Readings readings = read_items(*session, items);
+  return check_readings(items, readings, limits, {});
+}
+
+ExitCode run(const GlobalOptions& globals, const Options& options) {
+  CheckResult result;
+  try {
+    result = judge(globals, options);
+  } catch (const HostError& error) {
+    result = check_unknown(error.what());
+  }
+  print(result.text);
+  return static_cast<ExitCode>(result.state);
+}
+
+}  // namespace
+
+void add_check(CommandLine& line) {
+  auto options = std::make_shared<Options>();
+  CLI::App& command = line.add(
+      {"check", "Judge the readings as a check for Icinga or Nagios",
+       "kovactl --simulate check --warn 'TRK7K VTIN *=70' --crit 'TRK7K VTIN *=~:85'"},
+      [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
+  command
+      .add_option("--warn", options->warning,
+                  "Warn when the items' values leave the range: 70, 10:, ~:85, 10:20, @10:20")
+      ->type_name("ITEM=RANGE")
+      ->allow_extra_args(false);
+  command
+      .add_option("--crit", options->critical, "The same for a critical alert")
+      ->type_name("ITEM=RANGE")
+      ->allow_extra_args(false);
+}
+
+}  // namespace kovactl

@@ -1,0 +1,93 @@
+// `kovactl reset`: writes factory defaults back.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "tools/host/value_text.h"
+#include "tools/host/write_value.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+#include "tools/kovactl/write_report.h"
+
+namespace kovactl {
+namespace {
+
+struct Options {
+  Selection selection;
+  WriteOptions write;
+};
+
+std::vector<Item> with_default(const std::vector<Item>& items) {
+  std::vector<Item> result;
+  std::copy_if(items.begin(), items.end(), std::back_inserter(result),
+               [](const Item& item) { return item.facts.factory_default.has_value(); });
+  return result;
+}
+
+std::vector<Item> items_to_reset(const std::vector<Item>& items, const Selection& selection) {
+  std::vector<Item> result;
+  for (const std::string& text : selection.texts) {
+    const std::vector<Item> named = with_default(select(items, {{text}, selection.family}));
+    if (named.empty()) {
+      throw HostError(Fault::usage, fmt::format("'{}' has no factory default", text));
+    }
+    std::copy(named.begin(), named.end(), std::back_inserter(result));
+  }
+  if (selection.texts.empty()) {
+    result = with_default(select(items, selection));
+    if (result.empty()) {
+      throw HostError(Fault::usage, fmt::format("{} has no factory defaults", selection.family));
+    }
+  }
+  return distinct(result);
+}
+
+std::optional<Number> number_of(const Item& item, const Reading& reading) {
+  if (const auto* integer = std::get_if<int64_t>(&reading.value)) {
+    return *integer;
+  }
+  if (const auto* real = std::get_if<double>(&reading.value)) {
+    return item.facts.scale ? nearest_held(*real, *item.facts.scale) : *real;
+  }
+  return std::nullopt;
+}
+
+ExitCode run(const GlobalOptions& globals, const Options& options) {
+  if (options.selection.texts.empty() && options.selection.family.empty()) {
+    throw HostError(Fault::usage, "ITEM or --family is required (see kovactl reset --help)");
+  }
+  const auto session = open_session(globals);
+  const Inventory inventory = Inventory::of(*session);
+  std::vector<PlannedWrite> plans;
+  // All defaults are read before the first is written back.
+  for (const Item& item : items_to_reset(inventory.items(), options.selection)) {
+    const Item* factory_default = inventory.find(*item.facts.factory_default);
+    const Reading reading =
+        factory_default == nullptr ? Reading() : read_item(*session, *factory_default);
+    const auto number = number_of(item, reading);
+    if (!number) {
+      throw HostError(
+          Fault::usage,
+          fmt::format("the factory default of {} cannot be read: {}; nothing was written",
+                      path_of(item), failure_text(item, reading)),
+          reading.status);
+    }
+    plans.push_back({item, *number, ""});
+  }
+  return write_and_report(globals, *session, plans, options.write);
+}
+
+}  // namespace
+
+void add_reset(CommandLine& line) {
+  auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.add({"reset", "Write the factory defaults of settings back",
+                "kovactl --simulate reset 'PIC/Settings/*' --dry-run"},
+               [options](const GlobalOptions& globals) { return run(globals, *options); });
+  add_selection(command, options->selection);
+  add_write_options(command, options->write);
+}
+
+}  // namespace kovactl

@@ -1,0 +1,101 @@
+// What `kovactl set` and `kovactl reset` tell of their writes.
+#include "tools/kovactl/write_report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "tools/host/json_report.h"
+#include "tools/host/json_writer.h"
+#include "tools/host/status_text.h"
+#include "tools/host/value_text.h"
+#include "tools/host/write_value.h"
+#include "tools/kovactl/command_support.h"
+#include "tools/kovactl/output.h"
+
+namespace kovactl {
+namespace {
+
+bool differs(double a, double b) {
+  return std::abs(a - b) > std::max(std::abs(a), std::abs(b)) * 1e-9;
+}
+
+// The device decides what it accepts; the published range is what to try next.
+std::string refusal_hint(const PlannedWrite& plan) {
+  const double value = as_double(plan.number);
+  const bool outside =
+      (plan.item.min && value < *plan.item.min) || (plan.item.max && value > *plan.item.max);
+  return outside ? ", its range is " + range_text(plan.item) : "";
+}
+
+Reading as_reading(const Number& number) {
+  return {Reading::State::good, 0,
+          std::visit([](auto v) { return decltype(Reading::value)(v); }, number)};
+}
+
+// ", the nearest to 9.55 that it can hold", or what was sent if the device made something else of
+// it: it may round or limit.
+std::string remark(const WriteOutcome& outcome) {
+  const double sent = as_double(outcome.plan.number);
+  const auto held = outcome.now.number();
+  if (held && differs(*held, sent)) {
+    return fmt::format(", after {} was sent", short_number(sent));
+  }
+  const auto typed = parse_number(outcome.plan.typed);
+  if (typed && differs(as_double(*typed), sent)) {
+    return fmt::format(", the nearest to {} that it can hold", outcome.plan.typed);
+  }
+  return "";
+}
+
+std::string text_of(const WriteOutcome& outcome, bool dry_run) {
+  const Item& item = outcome.plan.item;
+  const std::string previous = value_with_unit(item, outcome.previous);
+  if (dry_run) {
+    return fmt::format("{}  would be set to {}, is {}\n", title(item),
+                       value_with_unit(item, as_reading(outcome.plan.number)), previous);
+  }
+  if (outcome.now.state != Reading::State::good) {
+    return title(item) + "  written\n";
+  }
+  const std::string now = value_with_unit(item, outcome.now);
+  return fmt::format("{}  {}{}{}\n", title(item), now, remark(outcome),
+                     now == previous ? "" : ", was " + previous);
+}
+
+}  // namespace
+
+void add_write_options(CLI::App& command, WriteOptions& options) {
+  command.add_flag("--dry-run", options.dry_run, "Check, and tell what would be written");
+  command.add_flag("--json", options.json, "Print JSON, with a status for every item");
+}
+
+ExitCode write_and_report(const GlobalOptions& globals, const Session& session,
+                          const std::vector<PlannedWrite>& plans, const WriteOptions& options) {
+  std::vector<WriteOutcome> outcomes;
+  bool failed = false;
+  bool written = false;
+  for (const PlannedWrite& plan : plans) {
+    const WriteOutcome& outcome = outcomes.emplace_back(write_item(session, plan, options.dry_run));
+    if (outcome.status != 0) {
+      failed = true;
+      report(fmt::format("cannot write {}: {}{}", title(plan.item), write_failure(outcome.status),
+                         refusal_hint(plan)));
+      continue;
+    }
+    written = !options.dry_run;
+    if (!options.json) {
+      print(text_of(outcome, options.dry_run));
+    }
+  }
+  if (options.json) {
+    const JsonPtr document = json_writes(outcomes, options.dry_run, globals.host.simulate);
+    print(json_document(document.get(), JsonLayout::indented));
+  } else if (globals.host.simulate && written) {
+    report("a simulated machine forgets what is written when kovactl ends");
+  }
+  return failed ? ExitCode::item_failed : ExitCode::success;
+}
+
+}  // namespace kovactl
