@@ -40,9 +40,10 @@ sweeps() {
 printf '%-32s %4s %10s %10s %10s %9s %7s\n' target conn requests/s median 99% bytes MiB
 before=$(sweeps)
 load 'kova-exporter /metrics' "$kova" "http://127.0.0.1:$kova_port/metrics" 1
-load 'kova-exporter /metrics' "$kova" "http://127.0.0.1:$kova_port/metrics" 50
-load 'kova-exporter /api/v1/items' "$kova" "http://127.0.0.1:$kova_port/api/v1/items" 50
-load 'kova-exporter /' "$kova" "http://127.0.0.1:$kova_port/" 50
+load 'kova-exporter /metrics' "$kova" "http://127.0.0.1:$kova_port/metrics" 32
+load 'kova-exporter /api/v1/items' "$kova" "http://127.0.0.1:$kova_port/api/v1/items" 32
+load 'kova-exporter /' "$kova" "http://127.0.0.1:$kova_port/" 32
 echo "sweeps during these $((4 * seconds)) s at an interval of 5 s: $(($(sweeps) - before))"
+# node_exporter answers 40 at once and refuses more.
 load 'node_exporter /metrics' "$node" "http://127.0.0.1:$node_port/metrics" 1
-load 'node_exporter /metrics' "$node" "http://127.0.0.1:$node_port/metrics" 50
+load 'node_exporter /metrics' "$node" "http://127.0.0.1:$node_port/metrics" 32

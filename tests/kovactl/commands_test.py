@@ -139,10 +139,10 @@ class Commands(TestCase):
 
     def test_completion_asks_no_device(self):
         for words, completed in (
-            (("=l",), "list"), (("=--VER",), "--version"), (("=CAP", "--json"), "capability"),
+            (("=l",), "list"), (("=--VER",), "--version"), (("=CAP", "--timeout", "3"), "capability"),
             (("=slow", "--simulate"), "slow-bus"), (("=", "list", "--family"), "SMART BATTERY"),
             (("=sm", "list", "--family"), "SMART BATTERY"),
-            (("=poe 2 c", "get", "--json"), "PoE 2 current"),
+            (("=poe 2 c", "get", "--value-only"), "PoE 2 current"),
             (("=0x14140b0", "watch"), "0x14140B08"),
             (("=pic/settings/ba", "get"), "PIC/Settings/Battery type setting"),
             (("=Battery type setting=2", "set"), "Battery type setting=24V"),

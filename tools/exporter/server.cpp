@@ -268,26 +268,19 @@ MHD_Result Server::send(MHD_Connection* connection, const HttpResponse& response
   return queue(connection, response.status, raw);
 }
 
+// The library does not write to what it sends; its signatures only say void*.
 MHD_Response* Server::make_response(const HttpResponse& response) {
-  constexpr size_t kBlock = 32 * 1024;
+  auto* text = const_cast<char*>(response.text().data());
   if (response.body == nullptr) {
-    // The library does not write to a persistent buffer; its signature only says void*.
-    return MHD_create_response_from_buffer(response.built_in.size(),
-                                           const_cast<char*>(response.built_in.data()),
-                                           MHD_RESPMEM_PERSISTENT);
+    return MHD_create_response_from_buffer(response.text().size(), text, MHD_RESPMEM_PERSISTENT);
   }
   auto body = std::make_unique<Body>(Body{this, response.body});
-  MHD_Response* raw = MHD_create_response_from_callback(response.body->size(), kBlock, &on_body,
-                                                        body.get(), &on_body_end);
+  MHD_Response* raw = MHD_create_response_from_buffer_with_free_callback_cls(
+      response.body->size(), text, &on_body_end, body.get());
   if (raw != nullptr) {
     answer_bytes_ += body.release()->text->size();
   }
   return raw;
-}
-
-ssize_t Server::on_body(void* body, uint64_t position, char* buffer, size_t size) {
-  const std::string& text = *static_cast<Body*>(body)->text;
-  return static_cast<ssize_t>(text.copy(buffer, size, static_cast<size_t>(position)));
 }
 
 void Server::on_body_end(void* raw) {

@@ -61,7 +61,6 @@ class Server {
                                size_t* upload_size, void** exchange);
   static void on_completed(void* self, MHD_Connection* connection, void** exchange,
                            MHD_RequestTerminationCode code);
-  static ssize_t on_body(void* body, uint64_t position, char* buffer, size_t size);
   static void on_body_end(void* body);
   static ssize_t on_stream(void* stream, uint64_t position, char* buffer, size_t size);
   static void on_stream_end(void* stream);

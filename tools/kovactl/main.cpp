@@ -27,6 +27,7 @@ kova_host::JsonPtr error_document(const kova_host::HostError& error) {
 void tell(const kova_host::HostError& error, bool as_json) {
   kovactl::report(error.what());
   if (as_json) {
+    // On one line, as any document of `watch`.
     kovactl::print(
         kova_host::json_document(error_document(error).get(), kova_host::JsonLayout::one_line));
   }

@@ -27,6 +27,15 @@ std::string name_of_item(uint32_t id) {
   return "";
 }
 
+std::string name_of_code(uint32_t code) {
+  for (const FamilyData& family : item_data()) {
+    if (family.presence_code == code) {
+      return fmt::format("the presence of {} (device code 0x{:08X})", family.title, code);
+    }
+  }
+  return fmt::format("device code 0x{:08X}", code);
+}
+
 // The last item that `kovactl read-each-item` names before it is stuck, or "".
 std::string item_that_hangs(double limit_seconds, const HostOptions& options,
                             const std::function<bool()>& wait_on) {
@@ -52,7 +61,7 @@ std::string subject_of(const PendingCall::State& call) {
     case PendingCall::Subject::item:
       return id_text(call.number) + name_of_item(call.number);
     case PendingCall::Subject::device_code:
-      return fmt::format("device code 0x{:08X}", call.number);
+      return name_of_code(call.number);
     case PendingCall::Subject::module:
       break;
   }
