@@ -139,13 +139,30 @@ std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recordin
   }
 }
 
+// While it lives, a signal that comes while the device hangs ends the program with the recording
+// in its place.
+class KeptOnExit {
+ public:
+  KeptOnExit(Attendant& attendant, Recording& recording) : attendant_(attendant) {
+    attendant.let_command_end();
+    attendant.end_with(ExitCode::item_failed);
+    attendant.before_exit([&recording] { (void)recording.finish(); });
+  }
+  ~KeptOnExit() { attendant_.before_exit(nullptr); }
+  KeptOnExit(const KeptOnExit&) = delete;
+  KeptOnExit& operator=(const KeptOnExit&) = delete;
+
+ private:
+  Attendant& attendant_;
+};
+
 ExitCode run(const GlobalOptions& globals, const Options& options) {
   const Plan plan = plan_of(options);
+  Attendant& attendant = *globals.attendant;
   Recording recording({options.file, options.redact, globals.host.simulate});
+  const KeptOnExit kept(attendant, recording);
   const auto session = start(globals, recording, options.file);
   const Inventory inventory = Inventory::of(*session);
-  Attendant& attendant = *globals.attendant;
-  attendant.let_command_end();
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
   const Result result = Sampling(recording, plan, attendant).run(*session, items);
   if (const auto trouble = recording.finish()) {
