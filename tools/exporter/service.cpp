@@ -17,8 +17,6 @@
 namespace kova_exporter {
 namespace {
 
-using std::chrono::steady_clock;
-
 constexpr int kWrongArguments = 2;
 
 // The signals that end the program, as a descriptor to poll. Made before any thread, which
