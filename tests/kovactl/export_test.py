@@ -146,7 +146,7 @@ kova_item_last_success_timestamp_seconds{id= 1
                 lost = re.findall(r'read_success{family="PoE".*} 0\n', self.file.read_text())
                 self.assertEqual(len(lost), missed)
         self.assertEqual(run("--simulate metrics --output -").out[:2], "# ")
-        self.check((("metrics --output=", 2, "", "--output needs the name of a file"),))
+        self.check(((["metrics", "--output", ""], 2, "", "--output needs the name of a file"),))
 
     def test_failure_leaves_the_old_file_and_nothing_else(self):
         os.mkfifo(self.place / "pipe")
