@@ -57,9 +57,10 @@ listed=$("$prefix/bin/kovactl" --simulate sixteen-modules list --family SDRAM) |
   fail "kovactl does not find its module, simulator or machines"
 grep -q '^SDRAM: SDRAM15' <<<"$listed" || fail "kovactl listed: $listed"
 
-"$prefix/bin/kovactl" --simulate record "$work/machine.json" >/dev/null &&
-  "$prefix/bin/kovactl" diff "$work/machine.json" "$work/machine.json" >/dev/null ||
+if ! "$prefix/bin/kovactl" --simulate record "$work/machine.json" >/dev/null ||
+  ! "$prefix/bin/kovactl" diff "$work/machine.json" "$work/machine.json" >/dev/null; then
   fail "kovactl does not find the recorder"
+fi
 [ -s "$(pkg-config --variable=recorder kova-iot)" ] || fail "no recorder"
 modules=$(KOVA_SIM_MACHINE=sixteen-modules LD_PRELOAD=$simulator "$prefix/bin/kovactl" capability |
   grep -c '"SDRAM[0-9][0-9]*": {')

@@ -50,8 +50,9 @@ ExitCode run(const std::vector<std::string>& arguments) {
       kovactl::print(*parsed.answer);
       return ExitCode::success;
     }
-    kovactl::Attendant attendant(
-        parsed.globals, [&arguments](const kova_host::HostError& error) { tell(error, arguments); });
+    kovactl::Attendant attendant(parsed.globals, [&arguments](const kova_host::HostError& error) {
+      tell(error, arguments);
+    });
     parsed.globals.attendant = &attendant;
     return parsed.run(parsed.globals);
   } catch (const kova_host::HostError& error) {
