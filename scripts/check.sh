@@ -32,7 +32,6 @@ scripts/docs_test.sh
 
 echo "Packaging ..."
 quietly scripts/package.sh
-scripts/package_check.sh
 scripts/check_binary.sh build/release
 
 echo "Running clang-tidy ..."

@@ -7,7 +7,6 @@
 
 namespace kovactl {
 
-using kova_host::display_width;
 using kova_host::padded;
 using kova_host::shortened;
 using kova_host::shortened_in_front;
