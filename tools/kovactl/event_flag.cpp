@@ -19,11 +19,11 @@ EventFlag::~EventFlag() {
   close(descriptor_);
 }
 
-void EventFlag::raise() {
+void EventFlag::raise() const {
   eventfd_write(descriptor_, 1);
 }
 
-void EventFlag::lower() {
+void EventFlag::lower() const {
   eventfd_t count = 0;
   eventfd_read(descriptor_, &count);
 }

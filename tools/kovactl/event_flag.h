@@ -11,8 +11,8 @@ class EventFlag {
   EventFlag(const EventFlag&) = delete;
   EventFlag& operator=(const EventFlag&) = delete;
 
-  void raise();
-  void lower();
+  void raise() const;
+  void lower() const;
 
   // For poll(): readable while the flag is up.
   int descriptor() const { return descriptor_; }
