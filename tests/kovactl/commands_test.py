@@ -70,7 +70,7 @@ class Commands(TestCase):
     def test_items_go_by_name_pattern_and_path(self):
         self.check((
             (["--simulate", "get", "poe 1 POWER"], 0, "0x14140B01 PoE 1 power  1 (Enable)\n", ""),
-            (["--simulate", "get", "trk7k ob fan ?", "--value-only"], 0, "\n1480\n", ""),
+            (["--simulate", "get", "trk7k ob fan ?"], 0, "0x14170317 TRK7K OB fan 7  ", ""),
             (["--simulate", "get", "Temperature"], 0, "0x14191100 SMART BATTERY/SMART BATTERY/T", ""),
             (["--simulate", "get", "*/SDRAM1/temp*"], 0, "0x14180902 SDRAM/SDRAM1/Temperature", ""),
             (["get", "--simulate", "*", "--family", "gsensor"], 0, "0x14150741 G-range                2 (-2~", ""),

@@ -13,7 +13,6 @@
 
 namespace {
 
-using catalogue::Role;
 using catalogue::Row;
 using catalogue::Sheet;
 
@@ -88,7 +87,7 @@ class ReferenceRows : public testing::Test {
     load_reference_machine(&device);
     EXPECT_EQ(KovaIoTInitialize(), IOT_STATUS_SUCCESS);
   }
-  ~ReferenceRows() override { KovaIoTUninitialize(); }
+  void TearDown() override { KovaIoTUninitialize(); }
 
   DeviceDouble device;
 };

@@ -3,12 +3,20 @@
 #include "tools/host/interrupts.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <initializer_list>
+#include <utility>
 
 namespace kova_host {
+namespace {
+
+std::atomic<int> living_guards = 0;
+
+}  // namespace
 
 InterruptGuard::InterruptGuard() {
+  ++living_guards;
   sigemptyset(&signals_);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     // A blocked signal comes even if it is ignored, as nohup wants it.
@@ -21,7 +29,16 @@ InterruptGuard::InterruptGuard() {
 }
 
 InterruptGuard::~InterruptGuard() {
+  --living_guards;
   pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+}
+
+int InterruptGuard::take() {
+  return interrupted() ? std::exchange(signal_, 0) : 0;
+}
+
+bool InterruptGuard::others_live() {
+  return living_guards > 1;
 }
 
 bool InterruptGuard::wait_until(std::chrono::steady_clock::time_point time) {

@@ -20,8 +20,11 @@ class InterruptGuard {
   // True once one of the signals has come.
   bool interrupted() { return wait_until(std::chrono::steady_clock::time_point()); }
 
-  // The signal that has come; 0 before.
-  int signal() const { return signal_; }
+  // The signal that has come, 0 without one; from then on another one can come.
+  int take();
+
+  // True while another guard lives: its owner must not be ended now.
+  static bool others_live();
 
   // Waits for that time, or for a signal; true if one has come.
   bool wait_until(std::chrono::steady_clock::time_point time);

@@ -124,8 +124,7 @@ std::vector<Item> family_items(const std::vector<Item>& items, const std::string
 }
 
 std::vector<Item> select(const std::vector<Item>& items, const Selection& selection) {
-  const std::vector<Item> from =
-      selection.family.empty() ? items : family_items(items, selection.family);
+  std::vector<Item> from = selection.family.empty() ? items : family_items(items, selection.family);
   if (selection.texts.empty()) {
     return from;
   }

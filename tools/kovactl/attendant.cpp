@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <csignal>
 #include <utility>
@@ -16,7 +17,7 @@ namespace kovactl {
 namespace {
 
 constexpr std::chrono::milliseconds kTick{50};
-constexpr std::chrono::seconds kGrace{1};
+constexpr std::chrono::seconds kPatience{1};  // with a read that keeps the program from its end
 
 }  // namespace
 
@@ -53,31 +54,36 @@ void Attendant::put_terminal_in_order() {
 }
 
 void Attendant::check_signals() {
-  if (!signals_.interrupted()) {
+  // What another guard protects comes first, such as a file that is being replaced.
+  const int signal = InterruptGuard::others_live() ? 0 : signals_.take();
+  if (signal == 0) {
     return;
   }
-  if (!command_can_end_) {
-    put_terminal_in_order();
-    // As if the signal had never been held back, so that the caller sees what ended the program.
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, signals_.signal());
-    (void)raise(signals_.signal());
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+  if (!command_can_end_ || interrupted_.exchange(true)) {
+    die_of(signal);
   }
-  if (!interrupted_.exchange(true)) {
-    interruption_.raise();
-    ending_ = true;
-  }
+  interruption_.raise();
+  end();
+}
+
+void Attendant::die_of(int signal) {
+  put_terminal_in_order();
+  // As if the signal had never been held back, so that the caller sees what ended the program.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, signal);
+  (void)raise(signal);
+  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 void Attendant::check_end() {
   if (!ending_) {
     return;
   }
-  if (!last_moment_) {
-    last_moment_ = Clock::now() + kGrace;
-  } else if (Clock::now() > *last_moment_) {
+  const auto now = Clock::now();
+  end_began_ = end_began_.value_or(now);
+  const auto call = PendingCall::now();
+  if (call && now - std::max(call->since, *end_began_) > kPatience) {
     put_terminal_in_order();
     _exit(static_cast<int>(exit_code_.load()));
   }
@@ -94,6 +100,7 @@ void Attendant::check_pending_call() {
   const HostError error = unanswered(*call, *limit_seconds_, host_options_, [this] {
     check_signals();
     draw_progress();
+    check_end();
     return !interrupted_;
   });
   put_terminal_in_order();

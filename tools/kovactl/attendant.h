@@ -26,7 +26,8 @@ class Attendant {
   Attendant(const GlobalOptions& options, Tell tell);
 
   // For a command that a signal ends in order, with a status that tells of what it has done until
-  // then: instead of the program's end, interruption() is raised, and end() follows.
+  // then: instead of the program's end, interruption() is raised, and end() follows. Another signal
+  // ends the program nevertheless.
   void let_command_end() { command_can_end_ = true; }
   EventFlag& interruption() { return interruption_; }
   bool interrupted() const { return interrupted_; }
@@ -35,7 +36,8 @@ class Attendant {
   void end_with(ExitCode code) { exit_code_ = code; }
   ExitCode exit_code() const { return exit_code_; }
 
-  // The command has a second to end the program. More would not help: a call that lasts, lasts.
+  // The command is about to end. A call into the module that lasts longer than a second does not
+  // keep the program from it: nobody waits for a device that hangs.
   void end() { ending_ = true; }
 
   // `hook` is called on the attendant's thread before it ends the program, to put the terminal in
@@ -45,6 +47,7 @@ class Attendant {
  private:
   void attend(const std::stop_token& stop);
   void check_signals();
+  void die_of(int signal);
   void check_pending_call();
   void check_end();
   void put_terminal_in_order();
@@ -62,7 +65,7 @@ class Attendant {
   std::atomic<bool> interrupted_ = false;
   std::atomic<bool> ending_ = false;
   std::atomic<ExitCode> exit_code_ = ExitCode::success;
-  std::optional<Clock::time_point> last_moment_;
+  std::optional<Clock::time_point> end_began_;
   std::jthread thread_;  // the last member: it is stopped before the others go
 };
 

@@ -14,6 +14,7 @@
 #include "tools/host/pending_call.h"
 #include "tools/host/plain_text.h"
 #include "tools/kovactl/sparkline.h"
+#include "tools/kovactl/terminal_type.h"
 #include "tools/kovactl/unanswered.h"
 
 // Without its macros, some of which have names such as "erase" and "timeout".
@@ -86,6 +87,10 @@ char mark_of(const WatchHistory::Track& track) {
 
 std::unique_ptr<WatchScreen> WatchScreen::open(std::vector<Item> items, bool changed_only) {
   const bool utf8 = use_locale_for_utf8();
+  // newterm() finds that out too, and leaks what it has taken until then.
+  if (!is_known_terminal_type()) {
+    return nullptr;
+  }
   SCREEN* terminal = newterm(nullptr, stdout, stdin);
   if (terminal == nullptr) {
     return nullptr;
