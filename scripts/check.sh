@@ -27,9 +27,6 @@ scripts/exporter_check.sh build/dev
 scripts/monitoring_test.sh build/dev
 scripts/items.sh --check
 
-echo "Running the documentation's commands ..."
-scripts/docs_test.sh
-
 echo "Packaging ..."
 quietly scripts/package.sh
 scripts/check_binary.sh build/release
