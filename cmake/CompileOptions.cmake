@@ -3,6 +3,10 @@
 add_library(kova_options INTERFACE)
 target_include_directories(kova_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(kova_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # g++ 12 takes joined strings for overlapping copies.
+  target_compile_options(kova_options INTERFACE -Wno-restrict)
+endif()
 if(KOVA_WARNINGS_AS_ERRORS)
   target_compile_options(kova_options INTERFACE -Werror)
 endif()

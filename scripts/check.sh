@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
 # exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
-# the exporter's unit and threads, docs/items.md and docs/metrics.md, the packages, and the short
-# forms of the fuzzers and of the benchmarks. Installs what is missing.
+# the exporter's unit and threads, the monitoring pieces in their engines, docs/items.md and
+# docs/metrics.md. Installs what is missing. release_check.sh has what takes longer.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -27,10 +27,6 @@ scripts/exporter_check.sh build/dev
 scripts/monitoring_test.sh build/dev
 scripts/items.sh --check
 
-echo "Packaging ..."
-quietly scripts/package.sh
-scripts/check_binary.sh build/release
-
 echo "Running clang-tidy ..."
 quietly cmake --preset clang
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')
@@ -40,6 +36,4 @@ if ! run-clang-tidy -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repositor
   exit 1
 fi
 
-scripts/fuzz.sh 3
-scripts/bench.sh --short
-echo "Format, clang-tidy, scripts, binaries, documents and packages are in order."
+echo "Format, clang-tidy, scripts, binaries, programs and documents are in order."
