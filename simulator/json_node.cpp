@@ -11,13 +11,13 @@ namespace {
 
 // The way from the whole file to a value: its keys as the user is shown them, and how many keys
 // and values begin before it in the text.
-struct Place {
+struct ValuePlace {
   std::string path;
   std::size_t tokens = 0;
 };
 
 // Looks below `at` for the value at a place of `container`. Only that one's steps stay in `place`.
-bool find_value(const json_t* at, const json_t* container, std::size_t index, Place& place) {
+bool find_value(const json_t* at, const json_t* container, std::size_t index, ValuePlace& place) {
   ++place.tokens;
   const std::size_t length = place.path.size();
   std::size_t i = 0;
@@ -94,7 +94,7 @@ JsonSource JsonSource::parse(std::string text, std::string file) {
 }
 
 void Node::refuse(const std::string& reason) const {
-  Place place;
+  ValuePlace place;
   if (container_ != nullptr) {
     find_value(source_->json.get(), container_, index_, place);
   }

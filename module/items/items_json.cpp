@@ -227,7 +227,7 @@ json_t* second_packages_of(const Sheet& sheet) {
   return also;
 }
 
-json_t* family_of(const Sheet& sheet) {
+json_t* family_object(const Sheet& sheet) {
   json_t* family = json_object();
   add(family, "name", sheet.name);
   add(family, "title", sheet.title);
@@ -255,7 +255,7 @@ std::string items_json() {
   const JsonOwner document(
       json_pack("{s:i, s:s, s:[]}", "format", 1, "release", KOVA_IOT_VERSION, "families"));
   for (const Sheet* sheet : families::sheets()) {
-    json_array_append_new(json_object_get(document.get(), "families"), family_of(*sheet));
+    json_array_append_new(json_object_get(document.get(), "families"), family_object(*sheet));
   }
   const std::unique_ptr<char, decltype(&std::free)> text(
       json_dumps(document.get(), JSON_INDENT(1) | JSON_REAL_PRECISION(15)), &std::free);

@@ -144,7 +144,7 @@ std::string second_text(const Sheet& sheet) {
                            text, sheet.second_family);
 }
 
-std::string family_of(const Sheet& sheet) {
+std::string family_section(const Sheet& sheet) {
   std::string text = fmt::format("\n## {}: `{}`\n\nPresent when code {} {}.\n", sheet.title,
                                  sheet.name, code_text(sheet.presence_code),
                                  sheet.present_when_readable ? "can be read" : "is not 0");
@@ -170,7 +170,7 @@ std::string family_of(const Sheet& sheet) {
 std::string items_markdown() {
   std::string text(kIntroduction);
   for (const Sheet* sheet : families::sheets()) {
-    text += family_of(*sheet);
+    text += family_section(*sheet);
   }
   return text;
 }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,16 +21,21 @@ constexpr unsigned int kRounds = 30;
 
 class Plugin {
  public:
-  Plugin() : handle_(dlopen(KOVA_PLUGIN, RTLD_NOW | RTLD_LOCAL)) {}
-  ~Plugin() {
-    if (handle_ != nullptr) {
-      dlclose(handle_);
-    }
-  }
+  Plugin() { load(); }
+  ~Plugin() { unload(); }
   Plugin(const Plugin&) = delete;
   Plugin& operator=(const Plugin&) = delete;
 
-  [[nodiscard]] bool loaded() const { return handle_ != nullptr; }
+  bool load() {
+    handle_ = dlopen(KOVA_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    return handle_ != nullptr;
+  }
+  void unload() {
+    if (handle_ != nullptr) {
+      dlclose(handle_);
+    }
+    handle_ = nullptr;
+  }
 
   template <typename Result, typename... Arguments>
   Result call(const char* name, Arguments... arguments) const {
@@ -40,7 +44,7 @@ class Plugin {
   }
 
  private:
-  void* handle_;
+  void* handle_ = nullptr;
 };
 
 class PluginRounds : public ::testing::Test {
@@ -100,17 +104,18 @@ TEST_F(PluginRounds, LoadedWithTooLittleMemoryItRefusesToStart) {
   use(Plugin());
   const size_t blocks = live_blocks();
   for (const auto shortage : {Shortage::kPassing, Shortage::kLasting}) {
-    std::optional<Plugin> plugin;
-    const auto load = [&] { return plugin.emplace().loaded(); };
+    Plugin plugin;
+    plugin.unload();
+    const auto load = [&] { return plugin.load(); };
     const unsigned int refused =
         refuse_each_block(shortage, load, [&](unsigned int n, bool loaded) {
           const JsonOwner value(json_integer(1));
           ASSERT_TRUE(loaded) << n;
-          EXPECT_EQ(plugin->call<uint32_t>("KovaIoTInitialize"), IOT_STATUS_NOT_READY) << n;
-          EXPECT_EQ(plugin->call<uint32_t>("KovaIoTGetMDValue", 0x14140B01U, value.get()),
+          EXPECT_EQ(plugin.call<uint32_t>("KovaIoTInitialize"), IOT_STATUS_NOT_READY) << n;
+          EXPECT_EQ(plugin.call<uint32_t>("KovaIoTGetMDValue", 0x14140B01U, value.get()),
                     IOT_STATUS_NOT_READY)
               << n;
-          plugin.reset();
+          plugin.unload();
           use(Plugin());
         });
     EXPECT_GT(refused, 0U);

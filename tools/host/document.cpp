@@ -30,8 +30,8 @@ std::optional<ValueKind> kind_of(const json_t* element) {
 }
 
 // Nothing for an element without a usable ID or value.
-std::optional<Item> item_from(const json_t* element, const std::string& family,
-                              const json_t* package) {
+std::optional<Item> item_from_element(const json_t* element, const std::string& family,
+                                      const json_t* package) {
   const json_t* id = json_object_get(element, "id");
   const auto kind = kind_of(element);
   if (!json_is_integer(id) || json_integer_value(id) < 0 || json_integer_value(id) > UINT32_MAX ||
@@ -58,7 +58,7 @@ std::optional<Item> item_from(const json_t* element, const std::string& family,
 void collect_package(const json_t* package, const std::string& family, std::vector<Item>& items) {
   const json_t* elements = json_object_get(package, "e");
   for (size_t i = 0; i < json_array_size(elements); ++i) {
-    if (auto item = item_from(json_array_get(elements, i), family, package)) {
+    if (auto item = item_from_element(json_array_get(elements, i), family, package)) {
       items.push_back(std::move(*item));
     }
   }

@@ -80,7 +80,7 @@ Option option_from(const json_t* json) {
   return {json_integer_value(json_object_get(json, "value")), text_at(json, "label")};
 }
 
-Item item_from(const json_t* json) {
+Item item_from_row(const json_t* json) {
   Item item;
   item.id = word_at(json, "id");
   item.name = text_at(json, "name");
@@ -125,7 +125,7 @@ FamilyData family_from(const json_t* json) {
   }
   family.packages = each_of(json, "packages", [](const json_t* package) {
     return PackageData{word_at(package, "id"), text_at(package, "name"),
-                       each_of(package, "items", item_from)};
+                       each_of(package, "items", item_from_row)};
   });
   family.second_places = each_of(json, "also", [](const json_t* place) {
     return SecondPlace{text_at(place, "family"), text_at(place, "package"), word_at(place, "of")};

@@ -55,7 +55,7 @@ Role role_at(const json_t* object) {
   return unknown;
 }
 
-Item item_from(const json_t* json) {
+Item item_from_list(const json_t* json) {
   const auto id = parse_item_id(text_at(json, "id"));
   if (!id) {
     throw Refusal("an item without an ID");
@@ -119,7 +119,7 @@ std::vector<ListedItem> parse_list_document(std::string_view text, const std::st
     std::vector<ListedItem> items;
     for (size_t i = 0; i < json_array_size(array); ++i) {
       const json_t* entry = json_array_get(array, i);
-      items.push_back({item_from(entry), reading_from(entry)});
+      items.push_back({item_from_list(entry), reading_from(entry)});
     }
     return items;
   } catch (const Refusal& refusal) {

@@ -12,6 +12,7 @@
 #include "tools/host/diagnosis.h"
 #include "tools/host/errors.h"
 #include "tools/host/item_data.h"
+#include "tools/host/loaded_library.h"
 #include "tools/host/locations.h"
 
 namespace kova_host {
@@ -50,15 +51,6 @@ void require_device_library() {
   }
 }
 
-template <typename Function>
-Function* resolve(void* library, const char* name) {
-  void* symbol = dlsym(library, name);
-  if (symbol == nullptr) {
-    throw HostError(Fault::usage, fmt::format("cannot load the recorder: {}", dlerror()));
-  }
-  return reinterpret_cast<Function*>(symbol);
-}
-
 }  // namespace
 
 Recording::Recording(const Options& options) {
@@ -73,16 +65,13 @@ Recording::Recording(const Options& options) {
   if (options.redact) {
     set_variable("KOVA_RECORD_REDACT", private_codes());
   }
-  void* library = dlopen(recorder_library().c_str(), RTLD_NOW | RTLD_GLOBAL);
-  if (library == nullptr) {
-    throw HostError(Fault::usage, fmt::format("cannot load the recorder: {}", dlerror()));
-  }
-  set_time_ = resolve<void(uint64_t)>(library, "KovaRecorderSetTime");
-  error_ = resolve<const char*()>(library, "KovaRecorderError");
-  finish_ = resolve<uint32_t()>(library, "KovaRecorderFinish");
-  discard_ = resolve<void()>(library, "KovaRecorderDiscard");
+  const LoadedLibrary recorder(recorder_library(), RTLD_NOW | RTLD_GLOBAL, "the recorder");
+  set_time_ = recorder.entry<void(uint64_t)>("KovaRecorderSetTime");
+  error_ = recorder.entry<const char*()>("KovaRecorderError");
+  finish_ = recorder.entry<uint32_t()>("KovaRecorderFinish");
+  discard_ = recorder.entry<void()>("KovaRecorderDiscard");
   if (const char* reason = error_()) {
-    const bool has_library = resolve<uint32_t()>(library, "KovaRecorderHasLibrary")() != 0;
+    const bool has_library = recorder.entry<uint32_t()>("KovaRecorderHasLibrary")() != 0;
     throw HostError(has_library ? Fault::usage : Fault::no_device,
                     has_library ? reason : fmt::format("no device found: {}", reason));
   }

@@ -8,21 +8,12 @@
 
 #include "tools/host/errors.h"
 #include "tools/host/json_ptr.h"
+#include "tools/host/loaded_library.h"
 #include "tools/host/locations.h"
 #include "tools/host/unix_time.h"
 
 namespace kova_host {
 namespace {
-
-template <typename Function>
-Function* resolve(void* library, const char* name) {
-  void* symbol = library == nullptr ? nullptr : dlsym(library, name);
-  if (symbol == nullptr) {
-    throw HostError(Fault::usage,
-                    fmt::format("cannot set the simulated machine's clock: {}", dlerror()));
-  }
-  return reinterpret_cast<Function*>(symbol);
-}
 
 std::string note_of(const std::string& file) {
   json_error_t error;
@@ -45,9 +36,10 @@ double recorded_at(const std::string& note) {
 Replay::Replay(const HostOptions& options) {
   const std::string file = machine_description(options.machine.value_or(""));
   // It is in the process already; this gives its handle.
-  void* library = dlopen(simulator_library().c_str(), RTLD_NOW | RTLD_NOLOAD);
-  set_time_ = resolve<void(uint64_t)>(library, "KovaSimulatorSetTime");
-  length_ = std::chrono::milliseconds(resolve<uint64_t()>(library, "KovaSimulatorRecordedTime")());
+  const LoadedLibrary simulator(simulator_library(), RTLD_NOW | RTLD_NOLOAD,
+                                "the simulated device library");
+  set_time_ = simulator.entry<void(uint64_t)>("KovaSimulatorSetTime");
+  length_ = std::chrono::milliseconds(simulator.entry<uint64_t()>("KovaSimulatorRecordedTime")());
   if (length_ == std::chrono::milliseconds(0)) {
     throw HostError(
         Fault::usage,

@@ -9,6 +9,7 @@
 #include "include/kova_iot.h"
 #include "tools/host/diagnosis.h"
 #include "tools/host/errors.h"
+#include "tools/host/loaded_library.h"
 #include "tools/host/locations.h"
 #include "tools/host/status_text.h"
 
@@ -16,21 +17,6 @@ namespace kova_host {
 namespace {
 
 namespace fs = std::filesystem;
-
-[[noreturn]] void refuse_library(std::string_view what) {
-  const char* reason = dlerror();
-  throw HostError(Fault::usage,
-                  fmt::format("cannot load {}: {}", what, reason ? reason : "unknown reason"));
-}
-
-template <typename Function>
-Function* resolve(void* library, const char* name) {
-  void* symbol = dlsym(library, name);
-  if (symbol == nullptr) {
-    refuse_library("the library");
-  }
-  return reinterpret_cast<Function*>(symbol);
-}
 
 // Puts the simulated device library into the process, where the module's own dlopen of the real
 // one then finds it by its SONAME. It stays for the life of the process, as the real one does.
@@ -41,12 +27,9 @@ void load_simulator(const std::optional<std::string>& machine) {
       throw std::bad_alloc();
     }
   }
-  const fs::path file = simulator_library();
-  void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_GLOBAL);
-  if (library == nullptr) {
-    refuse_library("the simulated device library");
-  }
-  const char* error = resolve<const char*()>(library, "KovaSimulatorError")();
+  const LoadedLibrary simulator(simulator_library(), RTLD_NOW | RTLD_GLOBAL,
+                                "the simulated device library");
+  const char* error = simulator.entry<const char*()>("KovaSimulatorError")();
   if (error != nullptr) {
     throw HostError(Fault::usage, error);
   }
@@ -68,18 +51,15 @@ Module::Module(const HostOptions& options) {
     load_simulator(options.machine);
   }
   file_ = chosen_module(options.module);
-  void* library = dlopen(file_.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) {
-    refuse_library("the module");
-  }
-  initialize_ = resolve<uint32_t()>(library, "KovaIoTInitialize");
-  uninitialize_ = resolve<uint32_t()>(library, "KovaIoTUninitialize");
-  capability_ = resolve<uint32_t(json_t*)>(library, "KovaIoTGetMDCapability");
-  get_ = resolve<uint32_t(uint32_t, json_t*)>(library, "KovaIoTGetMDValue");
-  set_ = resolve<uint32_t(uint32_t, json_t*)>(library, "KovaIoTSetMDValue");
+  const LoadedLibrary module(file_, RTLD_NOW | RTLD_LOCAL, "the module");
+  initialize_ = module.entry<uint32_t()>("KovaIoTInitialize");
+  uninitialize_ = module.entry<uint32_t()>("KovaIoTUninitialize");
+  capability_ = module.entry<uint32_t(json_t*)>("KovaIoTGetMDCapability");
+  get_ = module.entry<uint32_t(uint32_t, json_t*)>("KovaIoTGetMDValue");
+  set_ = module.entry<uint32_t(uint32_t, json_t*)>("KovaIoTSetMDValue");
   // Not used here, but a library without them is no such module.
-  resolve<uint32_t(KovaIoTEventHandler)>(library, "KovaIoTSetMDEventHandler");
-  const uint32_t module_id = resolve<uint32_t()>(library, "KovaIoTGetModuleID")();
+  module.entry<uint32_t(KovaIoTEventHandler)>("KovaIoTSetMDEventHandler");
+  const uint32_t module_id = module.entry<uint32_t()>("KovaIoTGetModuleID")();
   if (module_id != KOVA_IOT_MODULE_ID) {
     throw HostError(Fault::usage, fmt::format("'{}' is module {}, not {}", file_.native(),
                                               module_id, KOVA_IOT_MODULE_ID));

@@ -6,7 +6,7 @@
 namespace kovactl {
 namespace {
 
-ExitCode run(const GlobalOptions& globals, bool compact) {
+ExitCode run_capability(const GlobalOptions& globals, bool compact) {
   const auto session = open_session(globals);
   print(json_document(session->capability().get(),
                       compact ? JsonLayout::one_line : JsonLayout::indented));
@@ -19,7 +19,7 @@ void add_capability(CommandLine& line) {
   auto compact = std::make_shared<bool>(false);
   CLI::App& command = line.add(
       {"capability", "Print the capability document", "kovactl --simulate capability --compact"},
-      [compact](const GlobalOptions& globals) { return run(globals, *compact); });
+      [compact](const GlobalOptions& globals) { return run_capability(globals, *compact); });
   command.add_flag("--compact", *compact, "Print it on one line");
 }
 

@@ -9,7 +9,7 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct CheckOptions {
   Selection selection;
   std::vector<std::string> warning;   // ITEM=RANGE
   std::vector<std::string> critical;  // ITEM=RANGE
@@ -37,7 +37,7 @@ void add_limits(const std::vector<std::string>& texts, const std::vector<Item>& 
 }
 
 // What goes wrong on the way is told as an unknown state: by main, as for every command.
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_check(const GlobalOptions& globals, const CheckOptions& options) {
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const auto session = open_session(globals);
@@ -54,11 +54,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_check(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<CheckOptions>();
   CLI::App& command =
       line.add({"check", "Judge the readings as a check for Icinga or Nagios",
                 "kovactl --simulate check --warn 'TRK7K VTIN *=70' --crit 'TRK7K VTIN *=~:85'"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_check(globals, *options); });
   add_selection(command, options->selection);
   command
       .add_option("--warn", options->warning,

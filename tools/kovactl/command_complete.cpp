@@ -185,7 +185,7 @@ bool begins_with(const std::string& word, const std::string& start) {
 }
 
 // The first of `words` is the one at the cursor, behind a "=", so that it is never empty.
-ExitCode run(const CLI::App& app, const Words& words) {
+ExitCode run_complete(const CLI::App& app, const Words& words) {
   const std::string current = words.front().substr(1);
   for (const std::string& word : candidates(app, {words.begin() + 1, words.end()}, current)) {
     if (word == kFiles || begins_with(word, current)) {
@@ -201,7 +201,7 @@ void add_complete(CommandLine& line) {
   auto words = std::make_shared<Words>();
   CLI::App& command =
       line.add({"complete", "Words for the shell's completion", "kovactl complete -- =li"},
-               [words, &line](const GlobalOptions&) { return run(line.app(), *words); });
+               [words, &line](const GlobalOptions&) { return run_complete(line.app(), *words); });
   command.add_option("WORD", *words, "The word at the cursor after a '=', then those before it")
       ->required();
   command.group("");  // not among the commands in the help

@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kNow = "now";
 
-struct Options {
+struct DiffOptions {
   std::string before;
   std::string after;
   bool json = false;
@@ -267,7 +267,7 @@ std::string json_text_of(const Comparison& comparison) {
   return json_document(document.get(), JsonLayout::indented);
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) try {
+ExitCode run_diff(const GlobalOptions& globals, const DiffOptions& options) try {
   const Listing before = listing_of(globals, options.before);
   const Listing after = listing_of(globals, options.after);
   const Comparison comparison = compare(before, after, options.all);
@@ -286,11 +286,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) try {
 }  // namespace
 
 void add_diff(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<DiffOptions>();
   CLI::App& command =
       line.add({"diff", "Tell what has changed between two recordings or listings",
                 "kovactl diff last-good.json now"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_diff(globals, *options); });
   command.add_option("A", options->before, "A recording, a file of list --json, or 'now'")
       ->required();
   command.add_option("B", options->after, "The same, for the newer one")->required();

@@ -13,7 +13,7 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct GetOptions {
   Selection selection;
   bool value_only = false;
   bool json = false;
@@ -37,7 +37,7 @@ std::string get_text(const std::vector<Item>& items, const Readings& readings, b
   return text;
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_get(const GlobalOptions& globals, const GetOptions& options) {
   if (options.selection.texts.empty() && options.selection.family.empty()) {
     throw HostError(Fault::usage, "ITEM or --family is required (see kovactl get --help)");
   }
@@ -57,10 +57,10 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_get(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<GetOptions>();
   CLI::App& command =
       line.add({"get", "Read items", "kovactl --simulate get 0x14140B01 'TRK7K OB fan ?'"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_get(globals, *options); });
   add_selection(command, options->selection);
   command.add_flag("--value-only", options->value_only, "Print the bare values, one a line");
   command.add_flag("--json", options->json, "Print JSON, with a status for every item");

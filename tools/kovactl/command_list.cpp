@@ -11,13 +11,13 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct ListOptions {
   Selection selection;
   std::string expected;  // file; "" for none
   bool json = false;
 };
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_list(const GlobalOptions& globals, const ListOptions& options) {
   // A file that cannot be used must not cost a start of the module.
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
@@ -36,10 +36,10 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_list(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ListOptions>();
   CLI::App& command =
       line.add({"list", "Show every item with its value", "kovactl --simulate list --family PIC"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_list(globals, *options); });
   add_selection(command, options->selection);
   command
       .add_option("--expect", options->expected,

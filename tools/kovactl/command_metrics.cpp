@@ -17,7 +17,7 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct MetricsOptions {
   Selection selection;
   bool openmetrics = false;
   std::string output = "-";  // file to replace; "-" for stdout
@@ -63,7 +63,7 @@ void keep_selected(const std::vector<Item>& items, EarlierMetrics& earlier) {
   std::erase_if(earlier.labels, [&](const auto& entry) { return !selected.contains(entry.first); });
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_metrics(const GlobalOptions& globals, const MetricsOptions& options) {
   if (options.output.empty()) {
     throw HostError(Fault::usage, "--output needs the name of a file, or - for stdout");
   }
@@ -96,11 +96,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_metrics(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<MetricsOptions>();
   CLI::App& command =
       line.add({"metrics", "Print all readings in Prometheus text format",
                 "kovactl metrics --output /var/lib/prometheus/node-exporter/kova.prom"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_metrics(globals, *options); });
   add_selection(command, options->selection);
   command.add_flag("--openmetrics", options->openmetrics, "Print OpenMetrics 1.0 instead");
   command

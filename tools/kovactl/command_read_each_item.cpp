@@ -43,7 +43,7 @@ void read_family(const DeviceLibrary& device, const FamilyData& family) {
   }
 }
 
-ExitCode run(const GlobalOptions& globals) {
+ExitCode run_read_each_item(const GlobalOptions& globals) {
   const Module module(globals.host);  // which brings the simulated device library along
   load_device_library();
   const auto device = DeviceLibrary::in_process();
@@ -60,7 +60,7 @@ ExitCode run(const GlobalOptions& globals) {
 
 void add_read_each_item(CommandLine& line) {
   line.add({"read-each-item", "Name and read one item after the other", "kovactl read-each-item"},
-           run)
+           run_read_each_item)
       .group("");  // not among the commands in the help
 }
 

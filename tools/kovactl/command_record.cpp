@@ -16,7 +16,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-struct Options {
+struct RecordOptions {
   std::string file;
   Selection selection;
   std::string interval;
@@ -42,7 +42,7 @@ milliseconds checked_duration(const std::string& text, std::string_view what) {
   return *duration;
 }
 
-Plan plan_of(const Options& options) {
+Plan plan_of(const RecordOptions& options) {
   Plan plan;
   if (!options.interval.empty()) {
     plan.interval = checked_duration(options.interval, "interval");
@@ -156,7 +156,7 @@ class KeptOnExit {
   Attendant& attendant_;
 };
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_record(const GlobalOptions& globals, const RecordOptions& options) {
   const Plan plan = plan_of(options);
   Attendant& attendant = *globals.attendant;
   Recording recording({options.file, options.redact, globals.host.simulate});
@@ -176,11 +176,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_record(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<RecordOptions>();
   CLI::App& command =
       line.add({"record", "Record this machine, to be replayed with --simulate FILE",
                 "kovactl record machine.json --for 10m --redact"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_record(globals, *options); });
   command.add_option("FILE", options->file, "The machine description to write")->required();
   add_selection(command, options->selection);
   command

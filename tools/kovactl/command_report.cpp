@@ -22,7 +22,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-struct Options {
+struct ReportOptions {
   std::string file;
   std::string recording;
   std::string length;
@@ -45,7 +45,8 @@ milliseconds checked_duration(const char* option, const std::string& text, milli
   return *duration;
 }
 
-milliseconds checked_interval(const Options& options, milliseconds length, milliseconds usual) {
+milliseconds checked_interval(const ReportOptions& options, milliseconds length,
+                              milliseconds usual) {
   const milliseconds interval =
       options.interval.empty() ? usual
                                : checked_duration("--interval", options.interval, milliseconds(50));
@@ -115,7 +116,7 @@ std::string stem(const std::string& file) {
   return std::filesystem::path(file).stem().string();
 }
 
-Course live_course(const Options& options, const HostOptions& host) {
+Course live_course(const ReportOptions& options, const HostOptions& host) {
   Course course;
   const std::string simulated = host.machine ? stem(*host.machine) : "built-in";
   course.machine = {host_name(), host.simulate ? simulated : ""};
@@ -126,7 +127,7 @@ Course live_course(const Options& options, const HostOptions& host) {
   return course;
 }
 
-Course recorded_course(const Options& options, const Replay& replay) {
+Course recorded_course(const ReportOptions& options, const Replay& replay) {
   Course course;
   course.machine = {stem(options.recording), ""};
   const std::string file = std::filesystem::path(options.recording).filename().string();
@@ -146,8 +147,8 @@ void check_writable(const std::string& file) {
   }
 }
 
-ExitCode write_report(const Options& options, const Course& course, const ReportDocument& document,
-                      size_t items) {
+ExitCode write_report(const ReportOptions& options, const Course& course,
+                      const ReportDocument& document, size_t items) {
   if (document.sweeps() == 0) {
     report("stopped before the first sweep was whole; nothing is written");
     return ExitCode::item_failed;
@@ -166,7 +167,7 @@ ExitCode write_report(const Options& options, const Course& course, const Report
   return ExitCode::success;
 }
 
-ExitCode report_live(const GlobalOptions& globals, const Options& options) {
+ExitCode report_live(const GlobalOptions& globals, const ReportOptions& options) {
   const Course course = live_course(options, globals.host);
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
@@ -177,7 +178,7 @@ ExitCode report_live(const GlobalOptions& globals, const Options& options) {
   return write_report(options, course, document, items.size());
 }
 
-ExitCode report_recording(const GlobalOptions& globals, const Options& options) {
+ExitCode report_recording(const GlobalOptions& globals, const ReportOptions& options) {
   HostOptions host = globals.host;
   host.simulate = true;
   host.machine = options.recording;
@@ -193,7 +194,7 @@ ExitCode report_recording(const GlobalOptions& globals, const Options& options) 
   return write_report(options, course, document, items.size());
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_report(const GlobalOptions& globals, const ReportOptions& options) {
   check_writable(options.file);
   if (options.recording.empty()) {
     return report_live(globals, options);
@@ -207,11 +208,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_report(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ReportOptions>();
   CLI::App& command =
       line.add({"report", "Write readings and charts into one HTML file",
                 "kovactl report bus-042.html --for 5m"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_report(globals, *options); });
   command.add_option("FILE", options->file, "The file to write, as a whole or not at all")
       ->required();
   auto* from = command

@@ -13,7 +13,7 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct ResetOptions {
   Selection selection;
   WriteOptions write;
 };
@@ -53,7 +53,7 @@ std::optional<Number> number_of(const Item& item, const Reading& reading) {
   return std::nullopt;
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_reset(const GlobalOptions& globals, const ResetOptions& options) {
   if (options.selection.texts.empty() && options.selection.family.empty()) {
     throw HostError(Fault::usage, "ITEM or --family is required (see kovactl reset --help)");
   }
@@ -81,11 +81,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_reset(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ResetOptions>();
   CLI::App& command =
       line.add({"reset", "Write the factory defaults of settings back",
                 "kovactl --simulate reset 'PIC/Settings/*' --dry-run"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_reset(globals, *options); });
   add_selection(command, options->selection);
   add_write_options(command, options->write);
 }

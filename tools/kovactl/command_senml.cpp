@@ -10,13 +10,13 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct SenmlOptions {
   Selection selection;
   std::string base_name;  // "" for the machine's own
   bool compact = false;
 };
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_senml(const GlobalOptions& globals, const SenmlOptions& options) {
   if (!options.base_name.empty() && !is_senml_name(options.base_name)) {
     throw HostError(Fault::usage, fmt::format("'{}' is no SenML base name", options.base_name));
   }
@@ -33,10 +33,10 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_senml(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<SenmlOptions>();
   CLI::App& command =
       line.add({"senml", "Print all readings as a SenML pack", "kovactl --simulate senml"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_senml(globals, *options); });
   add_selection(command, options->selection);
   command.add_option("--base-name", options->base_name, "Name in front of every record's own")
       ->type_name("NAME");

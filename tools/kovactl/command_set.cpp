@@ -8,7 +8,7 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct SetOptions {
   std::vector<std::string> words;  // ITEM VALUE, or ITEM=VALUE ...
   WriteOptions write;
 };
@@ -46,7 +46,7 @@ Item item_to_write(const std::vector<Item>& items, const std::string& text) {
   return settings.size() == 1 ? settings.front() : select_one(items, text);
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_set(const GlobalOptions& globals, const SetOptions& options) {
   const std::vector<Assignment> wanted = assignments(options.words);
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
@@ -62,10 +62,10 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_set(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<SetOptions>();
   CLI::App& command =
       line.add({"set", "Write items", "kovactl --simulate set 'PoE 1 power=off' 0x14160711=10s"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_set(globals, *options); });
   command
       .add_option("ITEM=VALUE", options->words,
                   "Items by ID, name or path, each with a number, a number with its unit, or the "

@@ -17,7 +17,7 @@
 namespace kovactl {
 namespace {
 
-struct Options {
+struct WatchOptions {
   Selection selection;
   std::string interval;
   std::string count;
@@ -45,7 +45,7 @@ void wait_for(std::initializer_list<int> descriptors, int milliseconds) {
 // The work of one `watch`, in the form that was asked for or that suits stdout.
 class Watch {
  public:
-  Watch(Attendant& attendant, const Options& options, const Session& session,
+  Watch(Attendant& attendant, const WatchOptions& options, const Session& session,
         const Sampler::Plan& plan)
       : attendant_(attendant), options_(options), items_(plan.items), sampler_(session, plan) {}
   // The sampler's last read may never come back.
@@ -63,7 +63,7 @@ class Watch {
   void print_lines(const Sample& sample);
 
   Attendant& attendant_;
-  const Options& options_;
+  const WatchOptions& options_;
   std::vector<Item> items_;
   WatchHistory history_;
   Sampler sampler_;
@@ -120,7 +120,7 @@ bool Watch::on_screen() {
   return true;
 }
 
-ExitCode run(const GlobalOptions& globals, const Options& options) {
+ExitCode run_watch(const GlobalOptions& globals, const WatchOptions& options) {
   const double interval_seconds =
       options.interval.empty() ? 2 : checked_seconds(options.interval, 0.05, 86400, "interval");
   const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
@@ -141,11 +141,11 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
 }  // namespace
 
 void add_watch(CommandLine& line) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<WatchOptions>();
   CLI::App& command =
       line.add({"watch", "Show values as they change",
                 "kovactl --simulate watch 0x14170111 --interval 0.5 --count 20"},
-               [options](const GlobalOptions& globals) { return run(globals, *options); });
+               [options](const GlobalOptions& globals) { return run_watch(globals, *options); });
   add_selection(command, options->selection);
   command.add_option("--interval", options->interval, "Seconds between samples (default 2)")
       ->type_name("S");
