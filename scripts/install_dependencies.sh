@@ -11,6 +11,7 @@ case "${1:-build}" in
   bench) packages="$build libbenchmark-dev" ;;
   check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 python3-jsonschema python3-pyte prometheus prometheus-node-exporter systemd" ;;
   monitoring) packages="$build python3 prometheus prometheus-alertmanager mosquitto mosquitto-clients nagios4-core icinga2-bin systemd" ;;
+  docs) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte curl mosquitto mosquitto-clients" ;;
   load) packages="$build wrk curl prometheus-node-exporter" ;;
   package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
   package-test) packages="debootstrap debian-archive-keyring git" ;;
