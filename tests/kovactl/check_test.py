@@ -47,7 +47,8 @@ class Check(TestCase):
     def test_trouble_is_unknown(self):
         hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 3000000}})
         for arguments, reason in [
-                (["--simulate", "check", "--bogus"], "no option '--bogus'"),
+                (["--simulate", "check", "--crt", "5"], "no option '--crt': did you mean '--crit'?"),
+                (["--bogus", "5", "check"], "no option '--bogus'"),
                 (["--simulate", "check", "--warn", "X=1:0"], "X=1:0: not ITEM=RANGE"),
                 (["--simulate", "check", "--crit", "X"], "X: not ITEM=RANGE"),
                 (["--simulate", "check", "--expect", "/none"], "cannot read '/none'"),
