@@ -23,7 +23,15 @@ constexpr const char* kSimulateBuiltIn = "--simulate-built-in";
 }  // namespace
 
 ExitCode exit_code_of(const HostError& error) {
-  return error.fault() == Fault::no_device ? ExitCode::no_device : ExitCode::usage;
+  switch (error.fault()) {
+    case Fault::item:
+      return ExitCode::item_failed;
+    case Fault::no_device:
+      return ExitCode::no_device;
+    case Fault::usage:
+      break;
+  }
+  return ExitCode::usage;
 }
 
 double checked_seconds(const std::string& text, double least, double most, std::string_view what) {

@@ -68,7 +68,7 @@ ExitCode run(const GlobalOptions& globals, const Options& options) {
     const auto number = number_of(item, reading);
     if (!number) {
       throw HostError(
-          Fault::usage,
+          Fault::item,
           fmt::format("the factory default of {} cannot be read: {}; nothing was written",
                       path_of(item), failure_text(item, reading)),
           reading.status);
