@@ -58,7 +58,9 @@ CommandLine::CommandLine()
                   "or a shipped one by its name")
       ->type_name("[MACHINE]");
   app_.add_flag(kSimulateBuiltIn)->group("");
-  app_.add_option("--timeout", timeout_, "End when the device takes longer than this to answer")
+  app_.add_option("--timeout", timeout_,
+                  "End when the device takes longer than this to answer, check when it takes "
+                  "longer in all (10 by default); 0: wait for ever")
       ->type_name("S");
   app_.set_version_flag("-V,--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
   app_.footer(kExitCodes);
@@ -193,7 +195,8 @@ CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
     parsed.globals.host.machine = machine_;
   }
   if (app_.count("--timeout") > 0) {
-    parsed.globals.timeout_seconds = checked_seconds(timeout_, 0.1, 86400, "time limit");
+    parsed.globals.timeout_seconds =
+        timeout_ == "0" ? 0 : checked_seconds(timeout_, 0.1, 86400, "time limit");
   }
   parsed.run = chosen_;
   return parsed;

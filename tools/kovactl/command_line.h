@@ -30,7 +30,7 @@ class Attendant;
 // Options that every command takes.
 struct GlobalOptions {
   HostOptions host;
-  std::optional<double> timeout_seconds;  // of a call into the module
+  std::optional<double> timeout_seconds;  // of a call into the module; 0 for no limit
   Attendant* attendant = nullptr;         // what looks after the command; never null in one
 };
 
