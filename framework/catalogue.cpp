@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <utility>
+#include <vector>
 
 namespace catalogue {
 namespace {
@@ -65,12 +66,17 @@ StringMap option_map(std::span<const Row> rows) {
 // Searched at every read, so inserted level by level, which makes a balanced tree: in ascending
 // order the last items, the busiest ones, would come to lie deepest.
 RawMap code_map(std::span<const Row> rows) {
+  std::vector<RawMap::value_type> codes;
+  codes.reserve(rows.size());
+  for (const Row& row : rows) {
+    if (row.code) {
+      codes.emplace_back(row.id, *row.code);
+    }
+  }
   RawMap map;
-  for (std::size_t step = std::bit_ceil(rows.size()); step != 0; step /= 2) {
-    for (std::size_t at = step - 1; at < rows.size(); at += 2 * step) {
-      if (rows[at].code) {
-        map.emplace(rows[at].id, *rows[at].code);
-      }
+  for (std::size_t step = std::bit_ceil(codes.size()); step != 0; step /= 2) {
+    for (std::size_t at = step - 1; at < codes.size(); at += 2 * step) {
+      map.insert(codes[at]);
     }
   }
   return map;
@@ -110,30 +116,6 @@ void update_range(RangeMap& map, unsigned int id, double min, double max) {
   Range& range = map[id];
   range[MIN] = min;
   range[MAX] = max;
-}
-
-bool is_available(ReadEntry get_func, RawMap& codes, unsigned int presence_id) {
-  if (get_func == nullptr) {
-    return false;
-  }
-  // Asked before every read, so not searched for: it has the lowest ID of its family.
-  const auto lowest = codes.begin();
-  const unsigned int code =
-      lowest != codes.end() && lowest->first == presence_id ? lowest->second : codes[presence_id];
-  unsigned int present = 0;
-  return get_func(code, &present) == 0 && present != 0;
-}
-
-Status read_raw(ReadEntry get_func, RawMap& codes, unsigned int id, unsigned int* value) {
-  if (get_func == nullptr) {
-    return IOT_STATUS_NOT_READY;
-  }
-  unsigned int raw = 0;
-  if (get_func(codes[id], &raw) != 0) {
-    return IOT_STATUS_READ_FAILED;
-  }
-  *value = raw;
-  return IOT_STATUS_SUCCESS;
 }
 
 void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,

@@ -41,12 +41,38 @@ Range range_by_id(const RangeMap& map, unsigned int id);
 /// Replaces both ends of the range of `id`, or makes it.
 void update_range(RangeMap& map, unsigned int id, double min, double max);
 
+// The two below are the road of every single read and are made part of it: the calls alone would
+// cost a tenth of a read from a device library that answers at once.
+
 /// True when the presence item reads as non-zero.
-bool is_available(ReadEntry get_func, RawMap& codes, unsigned int presence_id);
+[[gnu::always_inline]] inline bool is_available(ReadEntry get_func, RawMap& codes,
+                                                unsigned int presence_id) {
+  if (get_func == nullptr) {
+    return false;
+  }
+  // Asked before every read, so not searched for: it has the lowest ID of its family.
+  const auto lowest = codes.begin();
+  const unsigned int code =
+      lowest != codes.end() && lowest->first == presence_id ? lowest->second : codes[presence_id];
+  unsigned int present = 0;
+  return get_func(code, &present) == 0 && present != 0;
+}
 
 /// Reads one raw word. An ID without a code is read as code 0 and keeps that entry.
 /// IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED leaves `*value` as it was.
-Status read_raw(ReadEntry get_func, RawMap& codes, unsigned int id, unsigned int* value);
+[[gnu::always_inline]] inline Status read_raw(ReadEntry get_func, RawMap& codes, unsigned int id,
+                                              unsigned int* value) {
+  if (get_func == nullptr) {
+    return IOT_STATUS_NOT_READY;
+  }
+  const auto found = codes.find(id);
+  unsigned int raw = 0;
+  if (get_func(found != codes.end() ? found->second : codes[id], &raw) != 0) {
+    return IOT_STATUS_READ_FAILED;
+  }
+  *value = raw;
+  return IOT_STATUS_SUCCESS;
+}
 
 /// Refills `*out` with the raw words of the items first..end-1 that can be read, after asking for
 /// presence: an absent family leaves `*out` as it was. `get_func` is a reference because the

@@ -8,34 +8,12 @@
 namespace catalogue {
 namespace {
 
-// The largest temperature word, 429,496,729.5 K, still fits an int.
-int truncated_of(const Shape& as, unsigned int raw) {
-  return static_cast<int>(real_of(as, raw));
-}
-
 // The part of the word that an element shows.
 unsigned int shown_part(const Shape& as, unsigned int raw) {
   return as.word == Word::kLowByteInDocument ? raw & 0xFFU : raw;
 }
 
 }  // namespace
-
-void publish(const Shape& as, unsigned int raw, json_t* value) {
-  switch (as.kind) {
-    case Kind::kReal:
-      json_real_set(value, real_of(as, raw));
-      break;
-    case Kind::kInteger:
-      json_integer_set(value, as.truncated ? json_int_t{truncated_of(as, raw)} : json_int_t{raw});
-      break;
-    case Kind::kSwitch:
-      json_integer_set(value, as.normalised ? json_int_t{raw != 0} : json_int_t{raw});
-      break;
-    case Kind::kText:
-    case Kind::kNone:
-      break;
-  }
-}
 
 Status create_first_keys(const Row& row, const std::string& name, unsigned int id, unsigned int raw,
                          json_t** out) {

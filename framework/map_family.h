@@ -58,7 +58,7 @@ class MapFamily {
 
   // Reads an item by its row into the caller's value: see the families' get_value_by_id.
   static Status read_item(const Row* row, unsigned int id, json_t* value) {
-    if (!is_available()) {
+    if (!catalogue::is_available(Device::get_func, Device::kova_id_map, Device::kPresence)) {
       return IOT_STATUS_NOT_READY;
     }
     if (row == nullptr) {

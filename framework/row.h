@@ -45,8 +45,8 @@ struct Shape {
   Role role = Role::kNone;
   Kind kind = Kind::kNone;
   Word word = Word::kWhole;
-  double scale = 1;    ///< value = word * scale / divisor + offset
-  double divisor = 1;  ///< 10, 100, ..., where the product would round otherwise
+  double scale = 1;          ///< value = word * scale / divisor + offset
+  unsigned int divisor = 1;  ///< 10, 100, ..., where the product would round otherwise
   double offset = 0;
   bool truncated = false;   ///< the value is cut to a whole number, toward zero
   bool normalised = false;  ///< a single read of a switch answers 0 or 1, not the word

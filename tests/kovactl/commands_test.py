@@ -105,6 +105,10 @@ class Commands(TestCase):
         self.check((
             ("", 2, "", "kovactl: a command is needed: list, "),
             ("lst", 2, "", "no command 'lst': did you mean 'list'?"),
+            # What only looks like the command: a file, and the value of an option.
+            ("diff check now", 2, "", "cannot read 'check'"),
+            ("dif check now", 2, "", "no command 'dif': did you mean 'diff'?"),
+            ("--module check --timeout 5 lst", 2, "", "no command 'lst'"),
             ("--simulate list --famly PoE", 2, "", "no option '--famly': did you mean '--family'?"),
             ("help", 0, "senml", ""),
             ("help get", 0, "--value-only", ""),

@@ -19,10 +19,14 @@ namespace {
 constexpr std::chrono::milliseconds kTick{50};
 constexpr std::chrono::seconds kPatience{1};  // with a read that keeps the program from its end
 
+double seconds_since(std::chrono::steady_clock::time_point time) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - time).count();
+}
+
 }  // namespace
 
 Attendant::Attendant(const GlobalOptions& options, Tell tell)
-    : limit_seconds_(options.timeout_seconds),
+    : limit_seconds_(options.timeout_seconds.value_or(0)),
       host_options_(options.host),
       tell_(std::move(tell)),
       thread_([this](const std::stop_token& stop) { attend(stop); }) {}
@@ -40,7 +44,11 @@ void Attendant::attend(const std::stop_token& stop) {
   while (!wake.wait_for(lock, stop, kTick, [&stop] { return stop.stop_requested(); })) {
     check_signals();
     check_end();
-    check_pending_call();
+    if (limit_of_all_seconds_ > 0) {
+      check_limit_of_all();
+    } else {
+      check_pending_call();
+    }
     draw_progress();
   }
 }
@@ -91,18 +99,44 @@ void Attendant::check_end() {
 
 void Attendant::check_pending_call() {
   const auto call = PendingCall::now();
-  if (!limit_seconds_ || !call) {
+  if (limit_seconds_ <= 0 || !call || seconds_since(call->since) < limit_seconds_) {
     return;
   }
-  if (std::chrono::duration<double>(Clock::now() - call->since).count() < *limit_seconds_) {
-    return;
-  }
-  const HostError error = unanswered(*call, *limit_seconds_, host_options_, [this] {
-    check_signals();
-    draw_progress();
-    check_end();
+  give_up(unanswered(*call, limit_seconds_, host_options_, [this] {
+    keep_up();
     return !interrupted_;
+  }));
+}
+
+// A start of the module that has taken half of the time is looked into for the other half.
+void Attendant::check_limit_of_all() {
+  const double limit = limit_of_all_seconds_;
+  const auto call = PendingCall::now();
+  const bool starts = call && call->subject == PendingCall::Subject::module;
+  if (!call || seconds_since(start_) < (starts ? limit / 2 : limit)) {
+    return;
+  }
+  const auto is_pending = [&call] {
+    const auto now = PendingCall::now();
+    return now && now->since == call->since;
+  };
+  const HostError error = unfinished(*call, limit, host_options_, [&] {
+    keep_up();
+    return !interrupted_ && is_pending() && seconds_since(start_) < limit;
   });
+  if (seconds_since(start_) >= limit && is_pending()) {
+    give_up(error);
+  }
+}
+
+// What goes on while a second process is asked.
+void Attendant::keep_up() {
+  check_signals();
+  draw_progress();
+  check_end();
+}
+
+void Attendant::give_up(const HostError& error) {
   put_terminal_in_order();
   try {
     tell_(error);

@@ -25,6 +25,10 @@ class Attendant {
   // not answer.
   Attendant(const GlobalOptions& options, Tell tell);
 
+  // For a command that is to end within so many seconds from its start, however fast each call
+  // comes back; 0 for no limit.
+  void limit_all(double seconds) { limit_of_all_seconds_ = seconds; }
+
   // For a command that a signal ends in order, with a status that tells of what it has done until
   // then: instead of the program's end, interruption() is raised, and end() follows. Another signal
   // ends the program nevertheless.
@@ -49,6 +53,9 @@ class Attendant {
   void check_signals();
   void die_of(int signal);
   void check_pending_call();
+  void check_limit_of_all();
+  void keep_up();
+  [[noreturn]] void give_up(const HostError& error);
   void check_end();
   void put_terminal_in_order();
 
@@ -56,7 +63,9 @@ class Attendant {
 
   InterruptGuard signals_;
   EventFlag interruption_;
-  std::optional<double> limit_seconds_;
+  const double limit_seconds_;  // of a call; 0 for none
+  std::atomic<double> limit_of_all_seconds_ = 0;
+  const Clock::time_point start_ = Clock::now();
   HostOptions host_options_;
   Tell tell_;
   std::mutex mutex_;
