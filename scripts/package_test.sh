@@ -62,7 +62,9 @@ configure() {
     mkdir -p "$(dirname "$root/$file")"
     echo "# the administrator's own" >"$root/$file"
   done
-  quietly in_chroot deb-systemd-helper enable kova-exporter.service
+  # As systemctl does, which is not there.
+  mkdir -p "$(dirname "$root/$enabled")"
+  ln -s /lib/systemd/system/kova-exporter.service "$root/$enabled"
   keeps_configuration "enabling it"
 }
 keeps_configuration() {
@@ -143,6 +145,20 @@ in_chroot sh -e -c '
   python3 "$examples/minimal_host.py" "$plugin" >/tmp/output
   tail -n 2 /tmp/output'
 
+step "Running the exporter"
+# shellcheck disable=SC2016
+in_chroot sh -e -c '
+  kova-exporter --simulate --web.listen-address 127.0.0.1:0 2>/tmp/exporter &
+  for try in $(seq 50); do
+    ! grep -q "listening on" /tmp/exporter || break
+    sleep 0.2
+  done
+  address=$(sed -n "s/.*listening on //p" /tmp/exporter)
+  python3 -c "import sys, time, urllib.request as u; time.sleep(1)
+for path in sys.argv[2:]: print(path, len(u.urlopen(sys.argv[1] + path, timeout=5).read()))" \
+    "${address%/}" /healthz /metrics /' >"$root/tmp/served" || fail "kova-exporter serves nothing"
+sed 's/^/  /; s/$/ bytes/' "$root/tmp/served"
+
 step "Setting up the service, installing again, removing"
 configure
 install --reinstall "$(printf '/tmp/new/%s_*.deb ' "${programs[@]}")"
@@ -151,7 +167,8 @@ quietly in_chroot apt-get remove -y "${packages[@]}"
 keeps_configuration "removing"
 
 step "Purging everything"
-quietly in_chroot apt-get purge -y "${packages[@]}" gcc pkgconf libc6-dev python3
+quietly in_chroot dpkg --purge "${packages[@]}"
+quietly in_chroot apt-get purge -y gcc pkgconf libc6-dev python3
 quietly in_chroot apt-get autoremove --purge -y
 remove_configuration
 inventory >"$root/tmp/after"
