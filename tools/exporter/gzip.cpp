@@ -3,6 +3,7 @@
 
 #include <zlib.h>
 
+#include <memory>
 #include <new>
 
 namespace kova_exporter {
@@ -41,25 +42,21 @@ DeflatedText deflated(std::string_view text) {
                    Z_DEFAULT_STRATEGY) != Z_OK) {
     throw std::bad_alloc();
   }
-  DeflatedText result{.blocks = "", .crc = 0, .size = text.size()};
-  result.crc = static_cast<uint32_t>(crc32_z(0, bytes_of(text), text.size()));
+  const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, &deflateEnd);
   stream.next_in = const_cast<Bytef*>(bytes_of(text));  // which the library only reads
   stream.avail_in = static_cast<uInt>(text.size());
-  try {
-    do {
-      constexpr size_t kPiece = 16 * 1024;
-      const size_t before = result.blocks.size();
-      result.blocks.resize(before + kPiece);
-      stream.next_out = reinterpret_cast<Bytef*>(result.blocks.data() + before);
-      stream.avail_out = kPiece;
-      (void)deflate(&stream, Z_SYNC_FLUSH);
-      result.blocks.resize(before + kPiece - stream.avail_out);
-    } while (stream.avail_out == 0);
-  } catch (const std::bad_alloc&) {
-    deflateEnd(&stream);
-    throw;
-  }
-  deflateEnd(&stream);
+  DeflatedText result{.blocks = "",
+                      .crc = static_cast<uint32_t>(crc32_z(0, bytes_of(text), text.size())),
+                      .size = text.size()};
+  do {
+    constexpr size_t kPiece = 16 * 1024;
+    const size_t before = result.blocks.size();
+    result.blocks.resize(before + kPiece);
+    stream.next_out = reinterpret_cast<Bytef*>(result.blocks.data() + before);
+    stream.avail_out = kPiece;
+    (void)deflate(&stream, Z_SYNC_FLUSH);
+    result.blocks.resize(before + kPiece - stream.avail_out);
+  } while (stream.avail_out == 0);
   result.blocks.shrink_to_fit();
   return result;
 }
