@@ -4,7 +4,7 @@
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
-build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev"
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte" ;;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "tools/host/descriptor_output.h"
+#include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 #include "tools/kovactl/unanswered.h"
 
@@ -31,7 +32,7 @@ Attendant::Attendant(const GlobalOptions& options, Tell tell)
       tell_(std::move(tell)),
       thread_([this](const std::stop_token& stop) { attend(stop); }) {}
 
-void Attendant::before_exit(std::function<void()> hook) {
+void Attendant::before_exit(BeforeExit hook) {
   const std::lock_guard lock(mutex_);
   before_exit_ = std::move(hook);
 }
@@ -53,12 +54,19 @@ void Attendant::attend(const std::stop_token& stop) {
   }
 }
 
-void Attendant::put_terminal_in_order() {
+std::string Attendant::call_before_exit(const std::string& reason) {
   const std::lock_guard lock(mutex_);
-  if (before_exit_) {
-    before_exit_();
-  }
+  const std::string text = before_exit_ ? before_exit_(reason) : "";
   end_progress();
+  return text;
+}
+
+// Who has pressed Ctrl-C needs to be told only of what is kept.
+void Attendant::tell_of_end(const std::string& reason) {
+  const std::string more = call_before_exit(reason);
+  if (!more.empty()) {
+    report(reason + more);
+  }
 }
 
 void Attendant::check_signals() {
@@ -75,7 +83,7 @@ void Attendant::check_signals() {
 }
 
 void Attendant::die_of(int signal) {
-  put_terminal_in_order();
+  tell_of_end("interrupted");
   // As if the signal had never been held back, so that the caller sees what ended the program.
   sigset_t signals;
   sigemptyset(&signals);
@@ -92,7 +100,7 @@ void Attendant::check_end() {
   end_began_ = end_began_.value_or(now);
   const auto call = PendingCall::now();
   if (call && now - std::max(call->since, *end_began_) > kPatience) {
-    put_terminal_in_order();
+    tell_of_end(fmt::format("interrupted while {} did not answer", subject_of(*call)));
     _exit(static_cast<int>(exit_code_.load()));
   }
 }
@@ -137,9 +145,9 @@ void Attendant::keep_up() {
 }
 
 void Attendant::give_up(const HostError& error) {
-  put_terminal_in_order();
+  const std::string more = call_before_exit(error.what());
   try {
-    tell_(error);
+    tell_({error.fault(), error.what() + more, error.status()});
   } catch (const OutputError&) {
     // The exit code says it.
   }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 
 #include "tools/host/errors.h"
@@ -44,9 +45,11 @@ class Attendant {
   // keep the program from it: nobody waits for a device that hangs.
   void end() { ending_ = true; }
 
-  // `hook` is called on the attendant's thread before it ends the program, to put the terminal in
-  // order; null for nothing.
-  void before_exit(std::function<void()> hook);
+  // Called on the attendant's thread before it ends the program for a reason such as "interrupted":
+  // to put the terminal in order, or to keep what has been done. Gives what to add to the message
+  // about the end, "" for nothing.
+  using BeforeExit = std::function<std::string(const std::string& reason)>;
+  void before_exit(BeforeExit hook);
 
  private:
   void attend(const std::stop_token& stop);
@@ -57,7 +60,8 @@ class Attendant {
   void keep_up();
   [[noreturn]] void give_up(const HostError& error);
   void check_end();
-  void put_terminal_in_order();
+  void tell_of_end(const std::string& reason);
+  std::string call_before_exit(const std::string& reason);
 
   using Clock = std::chrono::steady_clock;
 
@@ -69,7 +73,7 @@ class Attendant {
   HostOptions host_options_;
   Tell tell_;
   std::mutex mutex_;
-  std::function<void()> before_exit_;  // under the mutex
+  BeforeExit before_exit_;  // under the mutex
   std::atomic<bool> command_can_end_ = false;
   std::atomic<bool> interrupted_ = false;
   std::atomic<bool> ending_ = false;
