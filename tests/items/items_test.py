@@ -1,10 +1,11 @@
 """items.json against the reference machine: what it says of an item is what a host sees of it.
 
-Usage: items_test.py ITEMS_JSON TEST_DATA
+Usage: items_test.py ITEMS_JSON TEST_DATA ITEMS_DOCUMENT
 """
 import json
 import math
 import pathlib
+import subprocess
 import sys
 import unittest
 
@@ -133,6 +134,16 @@ class Items(unittest.TestCase):
                     self.assertEqual(default["factory_default_of"], item["id"])
                     self.assertEqual((default["name"], default["write_code"]),
                                      (item["name"], item["write_code"]))
+
+    def test_a_list_that_cannot_be_made_or_written_ends_the_build(self):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            for arguments, output, code in ((["--json"], full, 1), ([], subprocess.PIPE, 2),
+                                            (["--yaml"], subprocess.PIPE, 2),
+                                            (["--json", "--json"], subprocess.PIPE, 2)):
+                made = subprocess.run([sys.argv[3], *arguments], stdout=output,
+                                      stderr=subprocess.PIPE, check=False)
+                self.assertEqual(made.returncode, code, arguments)
+                self.assertEqual(made.stderr.startswith(b"usage: "), code == 2)
 
     def test_what_tells_machines_apart_is_private(self):
         private = [item["name"] for item in ALL_ITEMS.values() if item.get("private")]
