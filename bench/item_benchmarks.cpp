@@ -97,17 +97,6 @@ JsonOwner unread_value(Kind kind) {
   return json_value(kind, -1e9);
 }
 
-// Runs `call` in the loop of a benchmark, counting its heap allocations.
-template <typename Call>
-void measure(benchmark::State& state, const Call& call) {
-  const std::uint64_t before = allocation_count();
-  for ([[maybe_unused]] auto iteration : state) {
-    benchmark::DoNotOptimize(call());
-  }
-  state.counters["allocations"] = benchmark::Counter(
-      static_cast<double>(allocation_count() - before), benchmark::Counter::kAvgIterations);
-}
-
 void read_item(benchmark::State& state, const Item& item) {
   const StartedModule module;
   const JsonOwner value = unread_value(item.kind);

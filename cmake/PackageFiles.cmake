@@ -85,14 +85,16 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
 Copyright (C) 2026 the maintainers of the KOVA IoT module
 All rights reserved.
 ")
-  # The page of kova-exporter and of kovactl's reports carries a chart library with it.
-  if(component STREQUAL exporter OR component STREQUAL tools)
-    file(READ ${CPACK_KOVA_CHART_COPYRIGHT} chart_copyright)
+  # scripts/sbom.py reads the first line of each as well.
+  foreach(embedded IN LISTS CPACK_KOVA_${upper}_EMBEDS)
+    execute_process(COMMAND dpkg-query --show "--showformat=\${Version}" ${embedded}
+                    OUTPUT_VARIABLE version COMMAND_ERROR_IS_FATAL ANY)
+    file(READ /usr/share/doc/${embedded}/copyright statement)
     file(APPEND ${documents}/copyright "
-The programs contain the dygraphs chart library, with this statement of its own:
+The programs contain ${embedded} ${version}, with this statement of its own:
 
-${chart_copyright}")
-  endif()
+${statement}")
+  endforeach()
   if(CPACK_GENERATOR STREQUAL DEB)
     string(REPLACE "@PACKAGE@" "${package}" text "${changelog}")
     file(WRITE ${documents}/changelog "${text}")

@@ -19,7 +19,6 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXE
 # Adds to each package's tree what it has beside the installed files.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/PackageFiles.cmake)
 set(CPACK_KOVA_CHANGELOG ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
-set(CPACK_KOVA_CHART_COPYRIGHT ${KOVA_DYGRAPH_COPYRIGHT})
 set(CPACK_RPM_CHANGELOG_FILE ${PROJECT_BINARY_DIR}/install/rpm-changelog)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -47,14 +46,34 @@ foreach(folder bin include lib lib/systemd lib/systemd/system ${CMAKE_INSTALL_LI
   list(APPEND CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION /usr/${folder})
 endforeach()
 
+# The scripts that the package systems run for the unit ${package_UNIT} of a component.
+macro(kova_unit_scripts upper)
+  set(scripts ${PROJECT_BINARY_DIR}/install/${package_UNIT})
+  foreach(script deb_postinst deb_prerm deb_postrm rpm_post rpm_preun rpm_postun)
+    string(REGEX REPLACE "(deb|rpm)_" "\\1/" output ${script})
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/unit_scripts/${script}.in ${scripts}/${output} @ONLY
+                   FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                                    WORLD_READ WORLD_EXECUTE)
+  endforeach()
+  set(CPACK_DEBIAN_${upper}_PACKAGE_CONTROL_EXTRA ${scripts}/deb/postinst ${scripts}/deb/prerm
+                                                  ${scripts}/deb/postrm)
+  set(CPACK_RPM_${upper}_POST_INSTALL_SCRIPT_FILE ${scripts}/rpm/post)
+  set(CPACK_RPM_${upper}_PRE_UNINSTALL_SCRIPT_FILE ${scripts}/rpm/preun)
+  set(CPACK_RPM_${upper}_POST_UNINSTALL_SCRIPT_FILE ${scripts}/rpm/postun)
+endmacro()
+
 # kova_package(COMPONENT DEB <name> RPM <name> SECTION <of Debian> DESCRIPTION <summary, then text>
 #              [BINARY] [NEEDS <component>...] [DEB_DEPENDS <package>...] [RPM_REQUIRES ...]
-#              [DEB_RECOMMENDS <package>...] [DEB_SUGGESTS <package>...])
+#              [DEB_RECOMMENDS <package>...] [DEB_SUGGESTS <package>...] [EMBEDS <package>...]
+#              [UNIT <unit of systemd>])
 # BINARY: has programs or libraries, whose own dependencies are found. NEEDS: components of the same
-# release that have to be there.
+# release that have to be there. EMBEDS: Debian packages of which the programs carry code in them,
+# such as libraries of headers alone; their copyright statements go along. UNIT: what the administrator
+# may enable; an upgrade restarts it, a removal stops it.
 macro(kova_package component)
-  cmake_parse_arguments(package "BINARY" "DEB;RPM;SECTION;DESCRIPTION"
-                        "NEEDS;DEB_DEPENDS;RPM_REQUIRES;DEB_RECOMMENDS;DEB_SUGGESTS" ${ARGN})
+  cmake_parse_arguments(package "BINARY" "DEB;RPM;SECTION;DESCRIPTION;UNIT"
+                        "NEEDS;DEB_DEPENDS;RPM_REQUIRES;DEB_RECOMMENDS;DEB_SUGGESTS;EMBEDS"
+                        ${ARGN})
   list(APPEND CPACK_COMPONENTS_ALL ${component})
   string(TOUPPER ${component} upper)
   foreach(needed IN LISTS package_NEEDS)
@@ -70,6 +89,10 @@ macro(kova_package component)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${package_SECTION})
   set(CPACK_DEBIAN_${upper}_PACKAGE_SHLIBDEPS ${package_BINARY})
   set(CPACK_DEBIAN_${upper}_DESCRIPTION "${package_DESCRIPTION}")
+  if(package_UNIT)
+    kova_unit_scripts(${upper})
+  endif()
+  set(CPACK_KOVA_${upper}_EMBEDS ${package_EMBEDS})
   set(CPACK_RPM_${upper}_PACKAGE_NAME ${package_RPM})
   string(FIND "${package_DESCRIPTION}" "\n" summary_end)
   string(SUBSTRING "${package_DESCRIPTION}" 0 ${summary_end} CPACK_RPM_${upper}_PACKAGE_SUMMARY)
@@ -95,16 +118,16 @@ kova_package(dev DEB kova-iot-dev RPM kova-iot-devel SECTION libdevel NEEDS runt
 Header, CMake and pkg-config files, guide and examples for programs that load
 the KOVA IoT module.")
 
-kova_package(tools DEB kova-iot-tools RPM kova-iot-tools SECTION utils BINARY NEEDS runtime
-             DEB_SUGGESTS bash-completion DESCRIPTION
+kova_package(tools DEB kova-iot-tools RPM kova-iot-tools SECTION utils UNIT kova-metrics.timer BINARY NEEDS runtime
+             DEB_SUGGESTS bash-completion EMBEDS libcli11-dev libjs-dygraphs DESCRIPTION
 "hardware-monitoring plug-in for an IoT agent (command-line tool)
 kovactl loads the KOVA IoT module as an agent does, and lists, reads, writes
 and watches its items, records a machine and compares two. A simulated device
 library lets both run on a machine without the hardware, and replays what was
 recorded.")
 
-kova_package(exporter DEB kova-iot-exporter RPM kova-iot-exporter SECTION net BINARY NEEDS runtime
-             DEB_SUGGESTS kova-iot-tools DESCRIPTION
+kova_package(exporter DEB kova-iot-exporter RPM kova-iot-exporter SECTION net UNIT kova-exporter.service BINARY NEEDS runtime
+             DEB_SUGGESTS kova-iot-tools EMBEDS libcli11-dev libjs-dygraphs DESCRIPTION
 "hardware-monitoring plug-in for an IoT agent (exporter)
 kova-exporter loads the KOVA IoT module and serves what it reads over HTTP:
 metrics for Prometheus, a live page with charts, and JSON. It listens on the

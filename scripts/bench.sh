@@ -25,13 +25,13 @@ build=build/bench
   --benchmark_report_aggregates_only=true 2>"$build/bench.log" >"$build/bench.csv"
 awk -f scripts/bench_table.awk "$build/bench.csv"
 
-# A call to the device library, recorded and not, in nanoseconds; loading an hour's recording.
+# A call to the device library, recorded and not; loading an hour's recording, and its size.
 echo
 "$build/bench/kova_recording_benchmarks" "$build/recorder/libKOVADeviceRecorder.so" \
   "$build/bench/libkova_counting_library.so" --benchmark_format=csv \
   --benchmark_min_time="$min_time" 2>"$build/bench.log" |
   awk -F, '/^"(call|hour)/ {
-    gsub(/"/, ""); sub(/.iterations:.*/, "", $1); printf "%-28s %9.1f %s\n", $1, $4, $5 }'
+    gsub(/"/, ""); sub(/.iterations:.*/, "", $1); printf "%-28s %9.1f %s%s\n", $1, $4, $5, $8 == "" ? "" : "  (" $8 ")" }'
 
 # Medians over fresh processes.
 echo

@@ -17,6 +17,7 @@ else
 fi
 mapfile -t shell_scripts < <(git ls-files '*.sh' '.ci/run')
 shellcheck -x "${shell_scripts[@]}"
+shellcheck --shell=sh cmake/unit_scripts/*.in
 
 echo "Checking the plug-in and the metrics ..."
 build_preset dev

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Shows the module at work on a machine without the hardware: every item of the simulated
-# machine, one read and one write. Installs and builds what is missing.
+# machine, one read and one write. Installs and builds what is missing: a part of test.sh's build.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
-scripts/install_dependencies.sh build
-quietly cmake --preset dev -DKOVA_BUILD_TESTS=OFF -B build/demo
-quietly cmake --build build/demo --parallel "$(nproc)"
-kovactl=build/demo/tools/kovactl/kovactl
+scripts/install_dependencies.sh test
+quietly cmake --preset dev
+quietly cmake --build build/dev --parallel "$(nproc)" --target KovaIoT KOVADeviceSim kovactl
+kovactl=build/dev/tools/kovactl/kovactl
 
 show() {
   printf '\n$ kovactl %s\n' "$*"

@@ -1,11 +1,15 @@
 """Runs the commands of documentation pages as they are written. Run by scripts/docs_test.sh.
 
-Commands are the blocks of a page marked as sh, and in other blocks the lines that begin with "$ ".
-A page's commands run in one shell, from the top of the source tree, with an installation's programs
-and pkg-config files at hand. Comments in the page's source say what differs:
+Commands are the blocks of a page marked as sh, and in other blocks the lines that begin with "$ ";
+any other block has to say what it is (text, json, ...). A page's commands run in one shell, from
+the top of the source tree, with an installation's programs and pkg-config files at hand. They run
+as written, but for three folders: the system's libraries are the installation's, and temporary
+files go to a folder of the page's own. What stands in the text as `kovactl ...` is not run: it is
+held against the program's help. Comments in the page's source say what differs:
 
     <!-- docs-test: skip: REASON -->        the next block is not run; the reason is printed
     <!-- docs-test: file: NAME -->          the next block is the content of a file, written first
+    <!-- docs-test: exit: N -->             the next block ends with exit code N
     <!-- docs-test: seconds: N -->          the next block runs until Ctrl-C: it gets one after N
     <!-- docs-test: background: COMMAND --> the next block runs until the page's end; the page goes
                                             on once COMMAND succeeds
@@ -14,6 +18,7 @@ and pkg-config files at hand. Comments in the page's source say what differs:
 Shell variables for these: SCRATCH, an empty folder of the page's own, and SOURCE, the source tree.
 """
 import dataclasses
+import functools
 import os
 import pathlib
 import re
@@ -23,11 +28,11 @@ import sys
 import tempfile
 
 SOURCE = pathlib.Path(__file__).resolve().parents[1]
-DIRECTIVE = re.compile(r"<!-- docs-test: (skip|file|seconds|background|first): (.+) -->\Z")
+DIRECTIVE = re.compile(r"<!-- docs-test: (skip|file|exit|seconds|background|first): (.+) -->\Z")
 SHELL = ("sh", "bash", "shell", "console")
-# What looks like a command in a block that is not marked as one.
-UNMARKED = re.compile(r"(?:[A-Z_]+=\S* )*(?:sudo|apt|cmake|kovactl|(?:\./)?scripts/\S+\.sh)\s")
-LIMIT = 1800  # seconds for a page
+LIBRARIES = re.compile(r"/usr/lib/x86_64-linux-gnu/(?=kova-iot/|libKovaIoT)")
+TEMPORARY = re.compile(r"(?<![\w.])(?:/var)?/tmp/")
+LIMIT = 300  # seconds for a page
 
 PRELUDE = r"""
 set -E -o pipefail
@@ -105,17 +110,21 @@ def read_page(path):
 
 def script_of(block, scratch):
     """What the shell does for a block; nothing for one without commands."""
-    text = "\n".join(block.commands)
+    libraries = pathlib.Path(os.environ["PKG_CONFIG_PATH"]).parent
+    text = LIBRARIES.sub(f"{libraries}/", TEMPORARY.sub(f"{scratch}/", "\n".join(block.commands)))
     if name := block.directives.get("file"):
         content = "\n".join(block.lines) + "\n"
         return f"printf %s {shlex.quote(content)} >{shlex.quote(name)}"
     if block.language == "first":
         return block.lines[0]
     if not text.strip():
-        if any(UNMARKED.match(line) for line in block.lines):
-            raise PageError(f"{block.line}: commands in a block that is not marked as sh")
+        if not block.language:
+            raise PageError(f"{block.line}: is this block sh, text, json or what?")
         return ""
     inner = shlex.quote("set -e\n" + text)
+    if code := block.directives.get("exit"):
+        return f"code=0; bash -c {inner} || code=$?\n" \
+               f'[ "$code" -eq {int(code)} ] || failed "$code" "the block, for which the page says {int(code)}"'
     if seconds := block.directives.get("seconds"):
         return f"timeout --signal=INT {int(seconds)} bash -c {inner} || " \
                '{ code=$?; [ "$code" -eq 124 ] || failed "$code" "the block"; }'
@@ -123,6 +132,28 @@ def script_of(block, scratch):
         return f"bash -c {inner} >{scratch}/background.log 2>&1 &\n" \
                f"background+=($!)\nuntil_succeeds {shlex.quote(wait)}"
     return text
+
+
+@functools.cache
+def help_of(*command):
+    return subprocess.run([*command, "--help"], check=True, text=True, capture_output=True).stdout
+
+
+def check_inline(path):
+    """Holds the commands and options that stand in the text against the programs' help."""
+    text = re.sub(r"^ *```.*?^ *```", "", path.read_text(), flags=re.MULTILINE | re.DOTALL)
+    for program, rest in re.findall(r"`(kovactl|kova-exporter)((?:\s[^`]*)?)`", text):
+        known, words = help_of(program), rest.replace("'", " ").split()
+        if program == "kovactl" and words:
+            listed = known[known.index("Subcommands"):]
+            commands = re.findall(r"^  ([a-z]+)  ", listed, re.MULTILINE)
+            named = [word for word in words if word in commands]
+            if not named and not words[0].startswith("-"):
+                raise PageError(f" `kovactl{rest}`: there is no such command")
+            known += "".join(help_of(program, name) for name in named[:1])
+        for option in re.findall(r"(?<!\S)--?[a-z][\w.-]*", rest):
+            if not re.search(rf"(?<![\w-]){re.escape(option)}(?![\w.-])", known):
+                raise PageError(f" `{program}{rest}`: there is no {option}")
 
 
 def check_skipped(block):
@@ -134,6 +165,7 @@ def check_skipped(block):
 def test_page(page):
     """Runs a page's blocks; gives how many there were, and the skipped ones with their reasons."""
     ran, skipped, script = 0, [], PRELUDE
+    check_inline(SOURCE / page)
     with tempfile.TemporaryDirectory(prefix="docs-test.") as scratch:
         for block in read_page(SOURCE / page):
             if reason := block.directives.get("skip"):
@@ -147,7 +179,7 @@ def test_page(page):
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=LIMIT)
     if done.returncode != 0:
-        raise PageError(f"failed\n{done.stdout[-4000:]}")
+        raise PageError(f"failed\n{done.stdout[-2000:]}")
     return ran, skipped
 
 

@@ -5,7 +5,7 @@
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
-scripts/install_dependencies.sh test
+scripts/install_dependencies.sh docs
 [ "$#" -gt 0 ] || mapfile -t pages < <(git ls-files '*.md' ':!CHANGELOG.md')
 [ "$#" -eq 0 ] || pages=("$@")
 

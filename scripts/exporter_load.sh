@@ -23,11 +23,12 @@ node=$!
 started+=("$node")
 sleep 2
 
-# load NAME PROCESS URL CONNECTIONS
+# load NAME PROCESS URL CONNECTIONS [ENCODING]
 load() {
   local report=$work/report bytes memory
-  wrk --threads 1 --connections "$4" --duration "${seconds}s" --latency "$3" >"$report"
-  bytes=$(curl --silent "$3" | wc --bytes)
+  local header="Accept-Encoding: ${5:-identity}"
+  wrk --threads 1 --connections "$4" --duration "${seconds}s" --latency --header "$header" "$3" >"$report"
+  bytes=$(curl --silent --header "$header" "$3" | wc --bytes)
   memory=$(awk '/VmRSS/ {print int($2 / 1024 + 0.5)}' "/proc/$2/status")
   awk -v name="$1" -v clients="$4" -v bytes="$bytes" -v memory="$memory" '
     /^ *50%/ {median = $2} /^ *99%/ {worst = $2} /^Requests\/sec/ {rate = $2} /Non-2xx/ {bad = $0}
@@ -41,9 +42,10 @@ printf '%-32s %4s %10s %10s %10s %9s %7s\n' target conn requests/s median 99% by
 before=$(sweeps)
 load 'kova-exporter /metrics' "$kova" "http://127.0.0.1:$kova_port/metrics" 1
 load 'kova-exporter /metrics' "$kova" "http://127.0.0.1:$kova_port/metrics" 32
+load 'kova-exporter /metrics, gzip' "$kova" "http://127.0.0.1:$kova_port/metrics" 32 gzip
 load 'kova-exporter /api/v1/items' "$kova" "http://127.0.0.1:$kova_port/api/v1/items" 32
 load 'kova-exporter /' "$kova" "http://127.0.0.1:$kova_port/" 32
-echo "sweeps during these $((4 * seconds)) s at an interval of 5 s: $(($(sweeps) - before))"
+echo "sweeps during these $((5 * seconds)) s at an interval of 5 s: $(($(sweeps) - before))"
 # node_exporter answers 40 at once and refuses more.
 load 'node_exporter /metrics' "$node" "http://127.0.0.1:$node_port/metrics" 1
 load 'node_exporter /metrics' "$node" "http://127.0.0.1:$node_port/metrics" 32

@@ -4,13 +4,14 @@
 # Asks nothing, and is quiet when there is nothing to do.
 set -euo pipefail
 
-build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev"
+build="g++ cmake ninja-build pkgconf libjansson-dev libfmt-dev libcli11-dev libjs-dygraphs libmicrohttpd-dev libncurses-dev libsystemd-dev zlib1g-dev"
 case "${1:-build}" in
   build) packages="$build" ;;
   test) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte" ;;
   bench) packages="$build libbenchmark-dev" ;;
   check) packages="$build libgtest-dev locales clang-format clang-tidy clang shellcheck binutils python3 python3-jsonschema python3-pyte prometheus prometheus-node-exporter systemd" ;;
   monitoring) packages="$build python3 prometheus prometheus-alertmanager mosquitto mosquitto-clients nagios4-core icinga2-bin systemd" ;;
+  docs) packages="$build libgtest-dev locales python3 python3-jsonschema python3-pyte curl mosquitto mosquitto-clients" ;;
   load) packages="$build wrk curl prometheus-node-exporter" ;;
   package) packages="$build dpkg-dev lintian rpm cpio python3" ;;
   package-test) packages="debootstrap debian-archive-keyring git" ;;

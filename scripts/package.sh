@@ -17,10 +17,14 @@ if time=$(git log -1 --format=%ct 2>/dev/null); then
   export SOURCE_DATE_EPOCH=$time
 fi
 rm -rf build/packages
-build_preset release
-quietly cpack -G DEB --config build/release/CPackConfig.cmake -B "$repository/build/packages"
-build_preset release-rpm
-quietly cpack -G RPM --config build/release-rpm/CPackConfig.cmake -B "$repository/build/packages"
+# pack GENERATOR CONFIGURATION: the two systems have their libraries in other folders, which few
+# objects know, so that one tree serves both.
+pack() {
+  build_preset release "$2"
+  quietly cpack -G "$1" --config build/release/CPackConfig.cmake -B "$repository/build/packages"
+}
+pack RPM -DCMAKE_INSTALL_LIBDIR=lib64
+pack DEB -UCMAKE_INSTALL_LIBDIR
 rm -rf build/packages/_CPack_Packages
 python3 -B scripts/sbom.py build/packages/*.deb build/packages/*.rpm \
   >build/packages/kova-iot.spdx.json

@@ -53,6 +53,34 @@ version() {
   in_chroot dpkg-query --show --showformat '${Version}' kova-iot
 }
 
+# What an administrator sets up: options, a drop-in, and the service enabled, offline.
+configuration=(etc/default/kova-exporter etc/systemd/system/kova-exporter.service.d/own.conf)
+enabled=etc/systemd/system/multi-user.target.wants/kova-exporter.service
+configure() {
+  local file
+  for file in "${configuration[@]}"; do
+    mkdir -p "$(dirname "$root/$file")"
+    echo "# the administrator's own" >"$root/$file"
+  done
+  # As systemctl does, which is not there.
+  mkdir -p "$(dirname "$root/$enabled")"
+  ln -s /lib/systemd/system/kova-exporter.service "$root/$enabled"
+  keeps_configuration "enabling it"
+}
+keeps_configuration() {
+  local file
+  for file in "${configuration[@]}"; do
+    grep -q "administrator's own" "$root/$file" || fail "$* changes /$file"
+  done
+  [ -L "$root/$enabled" ] || fail "$* disables the service"
+}
+# Purging takes what enabling made; the administrator takes the rest.
+remove_configuration() {
+  [ ! -L "$root/$enabled" ] || fail "purging leaves the service enabled"
+  (cd "$root" && rm -f "${configuration[@]}")
+  rmdir "$root/etc/systemd/system/kova-exporter.service.d"
+}
+
 step "Making a bare Debian 12 in $root"
 make_chroot bookworm "$root"
 inventory >"$root/tmp/before"
@@ -74,6 +102,7 @@ if [ -n "$older" ]; then
   [ "$new_version" != "$old_version" ] || fail "both are version $new_version"
   in_chroot dpkg --verify "${packages[@]}" || fail "an upgrade changes the packages' files"
   in_chroot kovactl --simulate list >"$root/tmp/upgraded"
+  configure
   # What only the newer release has goes before the older one returns.
   mapfile -t added < <(comm -13 <(printf '%s\n' "${old_packages[@]}" | sort) \
     <(printf '%s\n' "${packages[@]}" | sort))
@@ -82,7 +111,9 @@ if [ -n "$older" ]; then
   [ "$(version)" = "$old_version" ] || fail "$(version) is there after going back to $old_version"
   in_chroot dpkg --verify "${old_packages[@]}" || fail "going back changes the packages' files"
   in_chroot kovactl --simulate list >/dev/null
-  quietly in_chroot apt-get purge -y "${old_packages[@]}"
+  keeps_configuration "an upgrade and going back"
+  quietly in_chroot apt-get purge -y "${old_packages[@]}" "${added[@]}"
+  remove_configuration
   quietly in_chroot apt-get autoremove --purge -y
   echo "  $old_version to $new_version and back"
 fi
@@ -114,9 +145,32 @@ in_chroot sh -e -c '
   python3 "$examples/minimal_host.py" "$plugin" >/tmp/output
   tail -n 2 /tmp/output'
 
-step "Removing everything"
-quietly in_chroot apt-get purge -y "${packages[@]}" gcc pkgconf libc6-dev python3
+step "Running the exporter"
+# shellcheck disable=SC2016
+in_chroot sh -e -c '
+  kova-exporter --simulate --web.listen-address 127.0.0.1:0 2>/tmp/exporter &
+  for try in $(seq 50); do
+    ! grep -q "listening on" /tmp/exporter || break
+    sleep 0.2
+  done
+  address=$(sed -n "s/.*listening on //p" /tmp/exporter)
+  python3 -c "import sys, time, urllib.request as u; time.sleep(1)
+for path in sys.argv[2:]: print(path, len(u.urlopen(sys.argv[1] + path, timeout=5).read()))" \
+    "${address%/}" /healthz /metrics /' >"$root/tmp/served" || fail "kova-exporter serves nothing"
+sed 's/^/  /; s/$/ bytes/' "$root/tmp/served"
+
+step "Setting up the service, installing again, removing"
+configure
+install --reinstall "$(printf '/tmp/new/%s_*.deb ' "${programs[@]}")"
+keeps_configuration "installing again"
+quietly in_chroot apt-get remove -y "${packages[@]}"
+keeps_configuration "removing"
+
+step "Purging everything"
+quietly in_chroot dpkg --purge "${packages[@]}"
+quietly in_chroot apt-get purge -y gcc pkgconf libc6-dev python3
 quietly in_chroot apt-get autoremove --purge -y
+remove_configuration
 inventory >"$root/tmp/after"
 diff "$root/tmp/before" "$root/tmp/after" >&2 || fail "the chroot is not as it was"
 echo "The packages install, run and leave nothing behind on a bare Debian 12."

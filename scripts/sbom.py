@@ -3,7 +3,8 @@
     sbom.py PACKAGE.deb|PACKAGE.rpm ... >packages.spdx.json
 
 Every package stands with its checksum, every file in it with its own, and every package it depends
-on by name and version. The same packages make the same document: its time is SOURCE_DATE_EPOCH.
+on by name and version; so does every Debian package of which its programs carry code in them. The
+same packages make the same document: its time is SOURCE_DATE_EPOCH.
 """
 import datetime
 import hashlib
@@ -16,6 +17,8 @@ import sys
 import tempfile
 
 LICENCE = "LicenseRef-Proprietary"
+# How cmake/PackageFiles.cmake names what is in the programs, in a package's copyright statement.
+EMBEDDED = re.compile(r"^The programs contain (\S+) (\S+), with", re.MULTILINE)
 
 
 def output(*command, **options):
@@ -89,6 +92,11 @@ def checksums(content, *algorithms):
             for name in algorithms]
 
 
+def package_url(locator):
+    return [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
+             "referenceLocator": locator}]
+
+
 def described(package, files):
     # SPDX's code over all files: the SHA-1 of their sorted SHA-1s.
     sums = "".join(sorted(hashlib.sha1(content).hexdigest() for content in files.values()))
@@ -101,8 +109,7 @@ def described(package, files):
         "checksums": checksums(package.path.read_bytes(), "SHA256"),
         "licenseConcluded": LICENCE, "licenseDeclared": LICENCE,
         "licenseInfoFromFiles": ["NOASSERTION"], "copyrightText": "NOASSERTION",
-        "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
-                          "referenceLocator": package.locator}]}
+        "externalRefs": package_url(package.locator)}
 
 
 def foreign(identity, name, versions):
@@ -112,11 +119,17 @@ def foreign(identity, name, versions):
             "copyrightText": "NOASSERTION"}
 
 
+def embedded(contents):
+    """Name and version of the Debian packages whose code a package's programs carry."""
+    return [found for path, content in contents.items() if path.endswith("/copyright")
+            for found in EMBEDDED.findall(content.decode())]
+
+
 def document(packages):
     epoch = int(os.environ.get("SOURCE_DATE_EPOCH", "0"))
     created = datetime.datetime.fromtimestamp(epoch, datetime.timezone.utc)
     digest = hashlib.sha256(b"".join(package.path.read_bytes() for package in packages)).hexdigest()
-    entries, files, relations, others = [], [], [], {}
+    entries, files, relations, others, inside = [], [], [], {}, {}
     for package in packages:
         contents = package.files()
         entries.append(described(package, contents))
@@ -128,6 +141,11 @@ def document(packages):
                           "licenseConcluded": LICENCE, "licenseInfoInFiles": ["NOASSERTION"],
                           "copyrightText": "NOASSERTION"})
             relations.append((package.identity, "CONTAINS", identity))
+        for name, version in embedded(contents):
+            identity = spdx_id("Embedded", name)
+            inside[identity] = foreign(identity, name, {version}) | {
+                "externalRefs": package_url(f"pkg:deb/debian/{name}@{version}")}
+            relations.append((package.identity, "CONTAINS", identity))
         own = {(other.system, other.name): other.identity for other in packages}
         for name, version in package.dependencies:
             identity = own.get((package.system, name))
@@ -136,6 +154,7 @@ def document(packages):
                 others.setdefault(identity, (name, set()))[1].add(version)
                 others[identity][1].discard("")
             relations.append((package.identity, "DEPENDS_ON", identity))
+    entries += [inside[identity] for identity in sorted(inside)]
     entries += [foreign(identity, *others[identity]) for identity in sorted(others)]
     relations = list(dict.fromkeys(relations))
     return {

@@ -59,6 +59,17 @@ TEST(Accept, AsksForOpenMetricsByWeight) {
   }
 }
 
+TEST(AcceptEncoding, AllowsGzipByWeight) {
+  for (const char* header : {"gzip", "gzip, deflate, br, zstd", "br, GZip;q=0.001", "x-gzip", "*",
+                             "identity;q=0.5, *;q=0.5", "deflate,gzip ; q=1.000, identity;q=0"}) {
+    EXPECT_TRUE(accepts_gzip(header)) << header;
+  }
+  for (const char* header : {"", "identity", "br", "gzip;q=0", "gzip;q=0.000, *", "*;q=0", "gzipx",
+                             "gzip;q=0.5, identity", "gzip;q=2", "gzip;q=", "identity, *;q=0.9"}) {
+    EXPECT_FALSE(accepts_gzip(header)) << header;
+  }
+}
+
 TEST(ListenAddress, SaysWhereAndWhetherOthersCanReachIt) {
   struct Case {
     const char* text;

@@ -90,6 +90,10 @@ TEST_F(ServerTest, AnswersOneRequestAfterAnother) {
     EXPECT_NE(head.find("\r\nX-Content-Type-Options: nosniff\r\n"), std::string::npos);
     EXPECT_NE(head.find("\r\nContent-Security-Policy: default-src 'none'; "), std::string::npos);
   }
+  EXPECT_TRUE(
+      one.send("HEAD /page.js HTTP/1.1\r\nHost: x\r\nAccept-Encoding: br\r\n"
+               "Accept-Encoding: gzip\r\n\r\n"));
+  EXPECT_NE(one.read_to("\r\n\r\n").find("\r\nContent-Encoding: gzip\r\n"), std::string::npos);
   EXPECT_TRUE(one.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 1000000\r\n\r\n"));
   EXPECT_EQ(one.read_all().find("HTTP/1.1 405 "), 0U);  // and the connection ends, unread
 }

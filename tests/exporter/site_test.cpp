@@ -1,7 +1,10 @@
 // What each path answers, without a socket; and the history behind it.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
+#include <algorithm>
 #include <cmath>
+#include <regex>
 
 #include "tests/exporter/sample.h"
 #include "tools/exporter/site.h"
@@ -15,6 +18,18 @@ HttpRequest get(std::string target) {
   request.target = std::move(target);
   request.hosts = {"localhost:9848"};
   return request;
+}
+
+// The value of a header besides the usual ones, "" without it; of several the first.
+std::string header(const HttpResponse& response, std::string_view name) {
+  const auto match = std::find_if(response.extra.begin(), response.extra.end(),
+                                  [name](const auto& entry) { return entry.first == name; });
+  return match == response.extra.end() ? "" : match->second;
+}
+
+// Without the only number that differs between two answers.
+std::string ageless(const std::string& text) {
+  return std::regex_replace(text, std::regex("(age(\":|_seconds ))[0-9.e+-]+"), "$1");
 }
 
 class SiteTest : public testing::Test {
@@ -83,10 +98,94 @@ TEST_F(SiteTest, FilesAreKnownByTheirTag) {
   const HttpResponse page = site_.answer(get("/"));
   EXPECT_EQ(page.content_type, "text/html; charset=utf-8");
   HttpRequest again = get("/");
-  again.if_none_match = page.extra.back().second;
+  again.if_none_match = header(page, "ETag");
   EXPECT_EQ(site_.answer(again).status, 304);
   again.target = "/page.css";
   EXPECT_EQ(site_.answer(again).status, 200);
+  // The compressed form is another one.
+  again.target = "/";
+  again.accept_encoding = "gzip";
+  const HttpResponse compressed = site_.answer(again);
+  EXPECT_EQ(compressed.status, 200);
+  again.if_none_match = header(compressed, "ETag");
+  EXPECT_EQ(site_.answer(again).status, 304);
+  again.accept_encoding = "";
+  EXPECT_EQ(site_.answer(again).status, 200);
+}
+
+// The text in a gzip file that has to be whole, and the only one.
+std::string unzipped(std::string_view file) {
+  constexpr int kGzipOnly = 16 + MAX_WBITS;
+  std::string text(1 << 20, '\0');
+  z_stream stream{};
+  EXPECT_EQ(inflateInit2(&stream, kGzipOnly), Z_OK);
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(file.data()));
+  stream.avail_in = static_cast<uInt>(file.size());
+  stream.next_out = reinterpret_cast<Bytef*>(text.data());
+  stream.avail_out = static_cast<uInt>(text.size());
+  EXPECT_EQ(inflate(&stream, Z_FINISH), Z_STREAM_END);
+  EXPECT_EQ(stream.avail_in, 0U);
+  text.resize(text.size() - stream.avail_out);
+  inflateEnd(&stream);
+  return text;
+}
+
+TEST(GzipFile, HoldsTextsOfAnySize) {
+  constexpr size_t kBlock = 0xFFFF;  // the longest stored one
+  for (const size_t size : {size_t{0}, size_t{1}, kBlock, kBlock + 1, 2 * kBlock}) {
+    const std::string head(size, 'a');
+    const std::string text = std::to_string(size) + std::string(size, 'b');
+    const std::string tail(size, 'c');
+    EXPECT_EQ(unzipped(gzip_file(head, deflated(text), tail)), head + text + tail) << size;
+  }
+  std::string noise;  // which does not become shorter
+  for (uint32_t i = 0, word = 1; i < 100000; ++i, word = word * 1664525U + 1013904223U) {
+    noise += static_cast<char>(word >> 24);
+  }
+  EXPECT_EQ(unzipped(gzip_file("", deflated(noise), "")), noise);
+}
+
+TEST_F(SiteTest, CompressesWhatIsLargeForClientsThatWantIt) {
+  struct Case {
+    const char* target;
+    bool compresses;
+  };
+  for (const uint64_t sweep : {1U, 2U}) {  // nothing of the one before is left
+    auto snapshot = sample_sweep(sweep, 1000);
+    for (uint32_t id = 1; id <= 200; ++id) {
+      auto list = std::make_shared<ItemList>(*snapshot->list);
+      list->items.push_back(list->items.front());
+      list->items.back().id = id;
+      snapshot->list = list;
+      snapshot->readings[id] = {kova_host::Reading::State::good, 0,
+                                static_cast<int64_t>(sweep * 1000 + id)};
+    }
+    History::Row row;
+    for (uint32_t id = 1; id <= 200; ++id) {
+      row[id] = static_cast<double>(sweep);
+    }
+    store_.publish(snapshot, &row);
+    for (const Case& c :
+         {Case{"/metrics", true}, Case{"/api/v1/items", true}, Case{"/api/v1/history", true},
+          Case{"/dygraph.js", true}, Case{"/healthz", false}, Case{"/api/v1/items/fan%201", false},
+          Case{"/api/v1/events", false}, Case{"/nothing", false}}) {
+      HttpRequest request = get(c.target);
+      const HttpResponse plain = site_.answer(request);
+      request.accept_encoding = "deflate, gzip";
+      const HttpResponse response = site_.answer(request);
+      EXPECT_EQ(header(response, "Content-Encoding"), c.compresses ? "gzip" : "") << c.target;
+      EXPECT_EQ(header(plain, "Content-Encoding"), "");
+      if (!c.compresses) {
+        EXPECT_EQ(response.text().find("\x1F\x8B"), std::string_view::npos) << c.target;
+        continue;
+      }
+      for (const HttpResponse& either : {plain, response}) {
+        EXPECT_EQ(header(either, "Vary"), "Accept-Encoding") << c.target;
+      }
+      EXPECT_LT(response.text().size() * 2, plain.text().size()) << c.target;
+      EXPECT_EQ(ageless(unzipped(response.text())), ageless(std::string(plain.text())));
+    }
+  }
 }
 
 TEST_F(SiteTest, TellsValuesFailuresAndFreshness) {

@@ -40,6 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   request.method = take_line(text);
   request.hosts = {take_line(text)};
   request.accept = take_line(text);
+  (void)accepts_gzip(request.accept);
   request.target = text;
   const HttpResponse response = site.answer(request);
   FUZZ_EXPECT(is_known_status(response.status));

@@ -45,14 +45,20 @@ class Check(TestCase):
         self.assertIn("CRITICAL: SMART BATTERY/SMART BATTERY/Voltage missing: ", result.out)
 
     def test_trouble_is_unknown(self):
-        hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 3000000}})
+        hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 10000000}})
+        # Every call comes back in good time, the whole does not.
+        slow = ["--simulate", str(self.folder / "slow.json")]
+        (self.folder / "slow.json").write_text('{"base": "builtin", "bus": {"delay_us": 20000}}')
         for arguments, reason in [
-                (["--simulate", "check", "--bogus"], "no option '--bogus'"),
+                (["--simulate", "check", "--crt", "5"], "no option '--crt': did you mean '--crit'?"),
+                (["--bogus", "5", "check"], "no option '--bogus'"),
                 (["--simulate", "check", "--warn", "X=1:0"], "X=1:0: not ITEM=RANGE"),
                 (["--simulate", "check", "--crit", "X"], "X: not ITEM=RANGE"),
                 (["--simulate", "check", "--expect", "/none"], "cannot read '/none'"),
                 ([*hanging, "--timeout", "0.5", "check"],
-                 "0x14170111 TRK7K VTIN 1 did not answer within 0.5 s")]:
+                 "not done within 0.5 s: 0x14170111 TRK7K VTIN 1 has not answered for 0."),
+                ([*hanging, "check"], "not done within 10 s: 0x14170111 TRK7K VTIN 1 has not"),
+                ([*slow, "check", "--timeout", "1"], "not done within 1 s: 0x")]:
             with self.subTest(arguments=arguments):
                 result = run(arguments)
                 self.assertEqual(result.exit_code, UNKNOWN)

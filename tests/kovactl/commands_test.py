@@ -105,6 +105,10 @@ class Commands(TestCase):
         self.check((
             ("", 2, "", "kovactl: a command is needed: list, "),
             ("lst", 2, "", "no command 'lst': did you mean 'list'?"),
+            # What only looks like the command: a file, and the value of an option.
+            ("diff check now", 2, "", "cannot read 'check'"),
+            ("dif check now", 2, "", "no command 'dif': did you mean 'diff'?"),
+            ("--module check --timeout 5 lst", 2, "", "no command 'lst'"),
             ("--simulate list --famly PoE", 2, "", "no option '--famly': did you mean '--family'?"),
             ("help", 0, "senml", ""),
             ("help get", 0, "--value-only", ""),
@@ -116,6 +120,8 @@ class Commands(TestCase):
             ("--simulate list --module /nonexistent.so", 2, "", "cannot load the module"),
             ("--simulate watch --interval nan", 2, "", "'nan' is no interval"),
             ("--simulate watch --interval 0", 2, "", "'0' is no interval"),
+            ("--simulate get 0x14160716 --timeout 0", 0, "10.5 V", ""),  # no limit
+            ("--simulate get 0x14160716 --timeout 0.05", 2, "", "'0.05' is no time limit"),
             ("--simulate watch --count -1", 2, "", "'-1' is no number of samples"),
             ("--simulate senml --base-name a,b", 2, "", "base name"),
             ("list --simulate failing-reads --family PIC", 0, "IGN status", ""),  # shipped

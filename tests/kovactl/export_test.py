@@ -103,14 +103,15 @@ class Metrics(Export):
 
 
 class OutputFile(Export):
+    GONE = r'{item="a \\ \"b\",family=\"x\"",family="Y",id="0x14199999"}'
     BEFORE = r'''
 kova_item_last_success_timestamp_seconds{item="id=\"0x14140201\"",id="0x14140402"} 1700000000.5
 kova_item_last_success_timestamp_seconds{item="PoE 1 voltage",id="0x14140201"} 1700000000
-kova_item_read_success{item="gone",id="0x14199999"} 1
-kova_item_last_success_timestamp_seconds{item="gone",id="0x14199999"} 1600000000
+kova_item_read_successGONE 1
+kova_item_last_success_timestamp_secondsGONE 1600000000
 kova_item_last_success_timestamp_seconds{id="0x1"} NaN
 kova_item_last_success_timestamp_seconds{id= 1
-'''
+'''.replace("GONE", GONE)
 
     def setUp(self):
         super().setUp()
@@ -122,13 +123,14 @@ kova_item_last_success_timestamp_seconds{id= 1
     def test_is_replaced_whole_and_remembers_the_last_success(self):
         link = self.place / "link"
         link.symlink_to("kova.prom")
-        self.export("metrics", "--output", str(link))
+        result = self.export("metrics", "--output", str(link))
+        self.assertIn('kovactl: 0x14199999 a \\ "b",family="x" is missing: ', result.err)
         self.assertTrue(link.is_symlink())
         text = self.file.read_text()
         self.assertIn('id="0x14140402"} 1700000000.5\n', text)  # failed now
         self.assertNotIn('id="0x14140201"} 1700000000\n', text)  # read well now
-        self.assertIn('kova_item_read_success{item="gone",id="0x14199999"} 0\n', text)
-        self.assertIn('seconds{item="gone",id="0x14199999"} 1600000000\n', text)
+        self.assertIn(f"kova_item_read_success{self.GONE} 0\n", text)
+        self.assertIn(f"seconds{self.GONE} 1600000000\n", text)
         self.assertEqual(stat.S_IMODE(self.file.stat().st_mode), 0o644)
         self.assertEqual(sorted(os.listdir(self.place)), ["kova.prom", "link"])
 

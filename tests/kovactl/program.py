@@ -177,12 +177,11 @@ class TestCase(unittest.TestCase):
             with self.subTest(arguments=arguments):
                 result = run(arguments)
                 self.assertEqual(result.exit_code, exit_code, result.err)
-                self.assertIn(out, result.out)
-                self.assertIn(err, result.err)
+                for part, whole in ((out, result.out), (err, result.err)):
+                    self.assertIn(part, whole)
+                    self.assertEqual(part == "", whole == "", whole)
                 if err:
                     self.assert_one_line(result.err)
-                else:
-                    self.assertEqual(result.err, "")
 
     def assert_one_line(self, text):
         self.assertRegex(text, r"\A[^\n]+\n\Z")

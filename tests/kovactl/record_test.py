@@ -98,6 +98,15 @@ class Records(TestCase):
         self.assertIn('"0x200000",{"status":110}', self.file.read_text())
 
 
+    def test_a_device_that_hangs_takes_no_answer_along(self):
+        hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 10000000}})
+        result = self.record("--timeout 0.3", hanging)
+        self.assertEqual((result.exit_code, result.err), (
+            3, "kovactl: 0x14170111 TRK7K VTIN 1 did not answer within 0.3 s; "
+               f"{self.file} has what was answered\n"))
+        self.assertIn(" reads, 0 writes", self.note())
+
+
 class Differs(TestCase):
     def variation(self, name, **description):
         file = self.folder / name

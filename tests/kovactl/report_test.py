@@ -4,7 +4,7 @@ import os
 import re
 import unittest
 
-from program import TestCase, run
+from program import FAKE_MODULE, TestCase, run
 
 
 class Reports(TestCase):
@@ -68,13 +68,35 @@ class Reports(TestCase):
         terminal.press_control_c()
         self.assertEqual(terminal.finish(), 0)
         self.assertGreaterEqual(len(self.content()["history"]["times"]), 2)
+        self.assertRegex(self.content()["source"], r"^\d+ sweeps. Ended early: interrupted$")
+
+    def test_a_device_that_hangs_takes_no_sweep_along(self):
+        arguments = ["report", str(self.file), "--module", FAKE_MODULE, "--for", "5m",
+                     "--interval", "50ms"]
+        hang = "0x14150711 Measure mode did not answer"
+        result = run([*arguments, "--timeout", "0.3"], FAKE_MODULE="hangs later")
+        self.assertEqual((result.exit_code, result.err), (
+            3, f"kovactl: {hang} within 0.3 s; {self.file} has the 2 sweeps until then\n"))
+        self.assertEqual(len(self.content()["history"]["times"]), 2)
+        self.assertEqual(self.content()["source"], f"2 sweeps. Ended early: {hang} within 0.3 s")
+        self.file.unlink()
+        terminal = self.terminal(*arguments, FAKE_MODULE="hangs later", size=(10, 200))
+        terminal.wait_for("sweep, Ctrl-C ends it 2/")
+        terminal.press_control_c()
+        self.assertEqual(terminal.finish(), 1)
+        self.assertIn(f"interrupted while {hang}; {self.file} has the 2 sweeps", terminal.screen)
+        self.assertIn(f"interrupted while {hang}", self.content()["source"])
+        self.file.unlink()
+        result = run([*arguments, "--timeout", "0.3"], FAKE_MODULE="hangs")
+        self.assertEqual((result.exit_code, self.file.exists()), (3, False))
+        self.assertIn("; the first sweep was not whole, and nothing is written", result.err)
 
     def test_a_mistake_is_one_line_and_leaves_no_file(self):
         folder = str(self.folder / "none" / "report.html")
         for arguments, reason in (
-                (["--simulate", "--for", "5x"], "'5x' is no time"),
+                (["--simulate", "--for", "5x"], "'5x' is no length"),
                 (["--simulate", "--for", "2d"], "more than 20000 sweeps"),
-                (["--simulate", "--interval", "1ms"], "'1ms' is no time of 50 ms"),
+                (["--simulate", "--interval", "1ms"], "'1ms' is no interval of 50ms"),
                 (["--from", "slow-bus"], "is no recording"),
                 (["--from", "nowhere.json"], "no machine description 'nowhere.json'"),
                 (["--from", "x.json", "--for", "1m"], "--for"),

@@ -69,6 +69,13 @@ class Writes(TestCase):
                          [item["value"] for item in defaults])
         self.check_words(((["reset", "24V low battery voltage"], 0, "21.8 V, was 22 V", FORGETS),))
 
+    def test_reset_without_a_readable_default_writes_nothing(self):
+        machine = self.machine(codes={"0x006D0006": {"fail_read": 5}})
+        result = run([*machine, "reset", "PIC/Settings/*", "--json"])
+        self.assertEqual((result.exit_code, result.json["error"]["exit_code"]), (1, 1))
+        self.assertIn("24V low battery voltage cannot be read: ", result.err)
+        self.assertIn("; nothing was written", result.err)
+
 
 if __name__ == "__main__":
     unittest.main()

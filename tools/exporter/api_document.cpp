@@ -87,23 +87,31 @@ ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item
   return result;
 }
 
-std::string items_document(const Machine& machine, const ItemsText& items,
-                           const SweepState& state) {
+std::string items_head(const Machine& machine, bool all_read, const SweepState& state) {
   JsonPtr document = own(json_object());
-  put(document, "ok", own(json_boolean(items.all_read && state.up)));
+  put(document, "ok", own(json_boolean(all_read && state.up)));
   put(document, "machine", json_machine(machine));
   put(document, "release", json_text(KOVA_IOT_VERSION));
   put(document, "sweep", json_sweep(state));
   std::string text = one_line(document);
   text.resize(text.rfind('}'));
-  return fmt::format(R"({},"items":{}}})", text, items.json);
+  return text + R"(,"items":)";
+}
+
+std::string items_document(const Machine& machine, const ItemsText& items,
+                           const SweepState& state) {
+  return fmt::format("{}{}}}", items_head(machine, items.all_read, state), items.json);
+}
+
+std::string history_head(const SweepState& state) {
+  std::string text = R"({"ok":true,"sweep":)" + one_line(json_sweep(state));
+  text.back() = ',';
+  return text;
 }
 
 // Written by hand: a chart of many items has more numbers than are worth an object each.
-std::string history_document(const History::Extract& extract, const SweepState& state) {
-  std::string text = R"({"ok":true,"sweep":)" + one_line(json_sweep(state));
-  text.back() = ',';
-  text += R"("times":)";
+std::string history_text(const History::Extract& extract) {
+  std::string text = R"("times":)";
   append_numbers(text, extract.times);
   text += R"(,"series":{)";
   const char* separator = "";
@@ -113,6 +121,10 @@ std::string history_document(const History::Extract& extract, const SweepState& 
     separator = ",";
   }
   return text + "}}\n";
+}
+
+std::string history_document(const History::Extract& extract, const SweepState& state) {
+  return history_head(state) + history_text(extract);
 }
 
 std::string sweep_event(const Snapshot& snapshot, const SweepState& state) {

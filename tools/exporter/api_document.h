@@ -22,10 +22,14 @@ struct ItemsText {
 };
 ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item>& items);
 
-// {"ok", "machine", "release", "sweep", "items"}
+// {"ok", "machine", "release", "sweep", "items"}, and what of it stands before the items: "}" comes
+// after them.
+std::string items_head(const Machine& machine, bool all_read, const SweepState& state);
 std::string items_document(const Machine& machine, const ItemsText& items, const SweepState& state);
 
-// {"ok", "sweep", "times", "series"}
+// {"ok", "sweep", "times", "series"}: a head that changes with time, and all that follows it.
+std::string history_head(const SweepState& state);
+std::string history_text(const History::Extract& extract);
 std::string history_document(const History::Extract& extract, const SweepState& state);
 
 // A server-sent event with every value of the sweep, in the order of the item list.

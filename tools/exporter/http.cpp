@@ -72,7 +72,8 @@ bool same_word(std::string_view a, std::string_view b) {
                     [lower](char x, char y) { return lower(x) == lower(y); });
 }
 
-// The weight of one part of an Accept header, such as "text/plain;version=0.0.4;q=0.5".
+// The weight of one part of an Accept or Accept-Encoding header, such as
+// "text/plain;version=0.0.4;q=0.5".
 double weight(std::string_view parameters) {
   while (!parameters.empty()) {
     const std::string_view parameter = trimmed(take_part(parameters, ';'));
@@ -87,6 +88,18 @@ double weight(std::string_view parameters) {
     }
   }
   return 1;
+}
+
+// The highest weight that such a header gives to `name` itself; nothing if it does not name it.
+std::optional<double> highest_weight(std::string_view header, std::string_view name) {
+  std::optional<double> highest;
+  while (!header.empty()) {
+    std::string_view part = take_part(header, ',');
+    if (same_word(trimmed(take_part(part, ';')), name)) {
+      highest = std::max(highest.value_or(0), weight(part));
+    }
+  }
+  return highest;
 }
 
 }  // namespace
@@ -151,18 +164,16 @@ bool is_local_host(std::string_view host) {
 }
 
 bool prefers_openmetrics(std::string_view accept) {
-  double openmetrics = 0;
-  double plain = 0;
-  while (!accept.empty()) {
-    std::string_view part = take_part(accept, ',');
-    const std::string_view type = trimmed(take_part(part, ';'));
-    if (same_word(type, "application/openmetrics-text")) {
-      openmetrics = std::max(openmetrics, weight(part));
-    } else if (same_word(type, "text/plain")) {
-      plain = std::max(plain, weight(part));
-    }
+  const double openmetrics = highest_weight(accept, "application/openmetrics-text").value_or(0);
+  return openmetrics > 0 && openmetrics >= highest_weight(accept, "text/plain").value_or(0);
+}
+
+bool accepts_gzip(std::string_view accept_encoding) {
+  auto gzip = highest_weight(accept_encoding, "gzip");
+  for (const char* other : {"x-gzip", "*"}) {
+    gzip = gzip ? gzip : highest_weight(accept_encoding, other);
   }
-  return openmetrics > 0 && openmetrics >= plain;
+  return gzip > 0.0 && gzip >= highest_weight(accept_encoding, "identity");
 }
 
 HttpResponse error_response(int status, std::string_view message) {

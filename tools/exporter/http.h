@@ -26,6 +26,7 @@ struct HttpRequest {
   bool http_1_0 = false;
   std::vector<std::string> hosts;  // every Host header
   std::string accept;
+  std::string accept_encoding;
   std::string if_none_match;
   size_t headers = 0;
   size_t header_bytes = 0;
@@ -65,6 +66,9 @@ bool is_local_host(std::string_view host);
 
 // True if an Accept header asks for OpenMetrics at least as much as for plain text.
 bool prefers_openmetrics(std::string_view accept);
+
+// True if an Accept-Encoding header allows gzip and does not ask for the bare text rather.
+bool accepts_gzip(std::string_view accept_encoding);
 
 // An error's answer: {"ok": false, "error": {"message": ..., "http_status": ...}}.
 HttpResponse error_response(int status, std::string_view message);

@@ -17,6 +17,11 @@ namespace {
 
 constexpr std::string_view kStreamGreeting = "retry: 3000\n\n";
 
+// A header that stands several times is one list.
+void add_to_list(std::string& list, std::string_view text) {
+  list.append(list.empty() ? "" : ",").append(text);
+}
+
 MHD_Result collect_header(void* request, MHD_ValueKind /*kind*/, const char* name,
                           const char* value) {
   auto& parsed = *static_cast<HttpRequest*>(request);
@@ -27,7 +32,9 @@ MHD_Result collect_header(void* request, MHD_ValueKind /*kind*/, const char* nam
     if (strcasecmp(name, "Host") == 0) {
       parsed.hosts.emplace_back(text);
     } else if (strcasecmp(name, "Accept") == 0) {
-      parsed.accept += (parsed.accept.empty() ? "" : ",") + std::string(text);
+      add_to_list(parsed.accept, text);
+    } else if (strcasecmp(name, "Accept-Encoding") == 0) {
+      add_to_list(parsed.accept_encoding, text);
     } else if (strcasecmp(name, "If-None-Match") == 0) {
       parsed.if_none_match = text;
     }

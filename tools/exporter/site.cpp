@@ -8,7 +8,6 @@
 #include <limits>
 #include <variant>
 
-#include "tools/exporter/page/page_files.h"
 #include "tools/host/errors.h"
 #include "tools/host/metrics.h"
 #include "tools/host/selection.h"
@@ -21,6 +20,7 @@ namespace {
 constexpr size_t kHistoryItems = 64;
 // The small lines of the page: enough to see, few enough for every item at once.
 constexpr size_t kSamplesOfAllItems = 60;
+constexpr double kEver = -std::numeric_limits<double>::infinity();
 
 HttpResponse text_response(std::string type, std::string text) {
   HttpResponse response;
@@ -43,16 +43,24 @@ std::string entity_tag(std::string_view text) {
   return fmt::format("\"{:016x}\"", hash);
 }
 
-HttpResponse file_response(const kova_page::PageFile& file, const std::string& known_tag) {
-  HttpResponse response;
-  const std::string tag = entity_tag(file.content);
-  if (known_tag == tag) {
-    response.status = 304;
-  } else {
-    response.built_in = file.content;
+// Below this size headers and time outweigh what is saved.
+constexpr size_t kWorthCompressing = 1024;
+
+bool wants_gzip(const HttpRequest& request, size_t size) {
+  return size >= kWorthCompressing && accepts_gzip(request.accept_encoding);
+}
+
+// `head` and `tail` are this answer's own; of `text` there is one for many answers.
+HttpResponse shared_response(const HttpRequest& request, std::string type, std::string_view head,
+                             SharedText& text, std::string_view tail) {
+  const bool gzip = wants_gzip(request, text.plain().size());
+  HttpResponse response =
+      text_response(std::move(type), gzip ? gzip_file(head, text.compressed(), tail)
+                                          : fmt::format("{}{}{}", head, text.plain(), tail));
+  response.extra.emplace_back("Vary", "Accept-Encoding");
+  if (gzip) {
+    response.extra.emplace_back("Content-Encoding", "gzip");
   }
-  response.content_type = file.type;
-  response.extra = {{"Cache-Control", "no-cache"}, {"ETag", tag}};
   return response;
 }
 
@@ -80,6 +88,39 @@ std::variant<std::vector<kova_host::Item>, HttpResponse> items_named(const Snaps
     return error_response(404, error.what());
   }
   return error_response(404, fmt::format("this machine has no item '{}'", text));
+}
+
+struct WantedHistory {
+  bool all = true;
+  std::vector<uint32_t> ids;
+  double since = kEver;
+};
+
+// What the parameters ask for, or the answer that something is wrong with them.
+std::variant<WantedHistory, HttpResponse> wanted_history(const Snapshot& snapshot,
+                                                         const Target& target) {
+  WantedHistory wanted;
+  for (const std::string_view name : target.values("item")) {
+    wanted.all = false;
+    const auto found = items_named(snapshot, name);
+    if (const auto* refusal = std::get_if<HttpResponse>(&found)) {
+      return *refusal;
+    }
+    for (const kova_host::Item& item : std::get<std::vector<kova_host::Item>>(found)) {
+      wanted.ids.push_back(item.id);
+    }
+  }
+  if (wanted.ids.size() > kHistoryItems) {
+    return error_response(400, fmt::format("at most {} items at once", kHistoryItems));
+  }
+  if (const auto values = target.values("since"); !values.empty()) {
+    const auto time = since_time(values.back());
+    if (!time) {
+      return error_response(400, fmt::format("'{}' is no time in seconds", values.back()));
+    }
+    wanted.since = *time;
+  }
+  return wanted;
 }
 
 std::string items_metrics(const Snapshot& snapshot, kova_host::MetricsFormat format) {
@@ -148,22 +189,21 @@ HttpResponse Site::route(const HttpRequest& request, const Target& target) {
     return health();
   }
   if (path == "/api/v1/items") {
-    return items();
+    return items(request);
   }
   if (path.starts_with(kItem)) {
     return item(path.substr(kItem.size()));
   }
   if (path == "/api/v1/history") {
-    return history(target);
+    return history(request, target);
   }
   if (path == "/api/v1/events") {
     HttpResponse response = text_response("text/event-stream", "");
     response.event_stream = true;
     return response;
   }
-  const auto* file = kova_page::find_page_file(path == "/" ? "page.html" : path.substr(1));
-  return file != nullptr ? file_response(*file, request.if_none_match)
-                         : error_response(404, "there is nothing here");
+  const auto* found = kova_page::find_page_file(path == "/" ? "page.html" : path.substr(1));
+  return found != nullptr ? file(request, *found) : error_response(404, "there is nothing here");
 }
 
 HttpResponse Site::metrics(const HttpRequest& request) {
@@ -171,17 +211,17 @@ HttpResponse Site::metrics(const HttpRequest& request) {
   const bool open = prefers_openmetrics(request.accept);
   const auto format = open ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
   const auto [snapshot, state] = current();
-  Cached<std::string>& cached = open ? openmetrics_ : plain_metrics_;
+  Cached& cached = open ? openmetrics_ : plain_metrics_;
   if (cached.snapshot != snapshot) {
-    cached = {snapshot, items_metrics(*snapshot, format)};
+    cached = {snapshot, SharedText(items_metrics(*snapshot, format))};
   }
-  HttpResponse response;
-  response.content_type = open ? "application/openmetrics-text; version=1.0.0; charset=utf-8"
-                               : "text/plain; version=0.0.4; charset=utf-8";
-  response.body = std::make_shared<const std::string>(
-      fmt::format("{}{}{}", kova_host::sweep_text(sweep_of(state), format), cached.text,
-                  kova_host::end_of_metrics(format)));
-  response.extra = {{"Vary", "Accept"}, {"Cache-Control", "no-store"}};
+  HttpResponse response =
+      shared_response(request,
+                      open ? "application/openmetrics-text; version=1.0.0; charset=utf-8"
+                           : "text/plain; version=0.0.4; charset=utf-8",
+                      kova_host::sweep_text(sweep_of(state), format), cached.text,
+                      kova_host::end_of_metrics(format));
+  response.extra.emplace_back("Vary", "Accept");
   return response;
 }
 
@@ -193,12 +233,14 @@ HttpResponse Site::health() const {
   return response;
 }
 
-HttpResponse Site::items() {
+HttpResponse Site::items(const HttpRequest& request) {
   const auto [snapshot, state] = current();
   if (items_.snapshot != snapshot) {
-    items_ = {snapshot, items_text(*snapshot, snapshot->list->items)};
+    items_ = {snapshot, SharedText(items_text(*snapshot, snapshot->list->items).json)};
   }
-  return json_response(items_document(options_.machine, items_.text, state));
+  const bool all_read = !kova_host::any_failed(snapshot->readings);
+  return shared_response(request, "application/json", items_head(options_.machine, all_read, state),
+                         items_.text, "}");
 }
 
 HttpResponse Site::item(std::string_view name) const {
@@ -211,34 +253,52 @@ HttpResponse Site::item(std::string_view name) const {
   return json_response(items_document(options_.machine, items_text(*snapshot, items), state));
 }
 
-HttpResponse Site::history(const Target& target) const {
+HttpResponse Site::history(const HttpRequest& request, const Target& target) {
   const auto [snapshot, state] = current();
-  std::vector<uint32_t> ids;
-  const auto names = target.values("item");
-  for (const std::string_view name : names) {
-    const auto found = items_named(*snapshot, name);
-    if (const auto* refusal = std::get_if<HttpResponse>(&found)) {
-      return *refusal;
-    }
-    for (const kova_host::Item& item : std::get<std::vector<kova_host::Item>>(found)) {
-      ids.push_back(item.id);
-    }
+  const auto parsed = wanted_history(*snapshot, target);
+  if (const auto* refusal = std::get_if<HttpResponse>(&parsed)) {
+    return *refusal;
   }
-  if (ids.size() > kHistoryItems) {
-    return error_response(400, fmt::format("at most {} items at once", kHistoryItems));
+  const auto& wanted = std::get<WantedHistory>(parsed);
+  const auto text = [&] {
+    return history_text(
+        wanted.all ? store_.history(store_.history_ids(), wanted.since, kSamplesOfAllItems)
+                   : store_.history(wanted.ids, wanted.since, std::numeric_limits<size_t>::max()));
+  };
+  if (!wanted.all || wanted.since != kEver) {
+    return json_response(history_head(state) + text());
   }
-  double since = -std::numeric_limits<double>::infinity();
-  if (const auto values = target.values("since"); !values.empty()) {
-    const auto time = since_time(values.back());
-    if (!time) {
-      return error_response(400, fmt::format("'{}' is no time in seconds", values.back()));
+  // What each page begins with.
+  if (history_.snapshot != snapshot) {
+    history_ = {snapshot, SharedText(text())};
+  }
+  return shared_response(request, "application/json", history_head(state), history_.text, "");
+}
+
+// The two forms of a file differ in their tags.
+HttpResponse Site::file(const HttpRequest& request, const kova_page::PageFile& file) {
+  HttpResponse response;
+  response.content_type = file.type;
+  response.extra = {{"Cache-Control", "no-cache"}, {"Vary", "Accept-Encoding"}};
+  response.built_in = file.content;
+  const bool gzip = wants_gzip(request, file.content.size());
+  if (gzip) {
+    auto& compressed = compressed_files_[&file];
+    if (compressed == nullptr) {
+      compressed = std::make_shared<const std::string>(gzip_file("", deflated(file.content), ""));
     }
-    since = *time;
+    response.body = compressed;
   }
-  const bool all = names.empty();
-  const size_t at_most = all ? kSamplesOfAllItems : std::numeric_limits<size_t>::max();
-  return json_response(
-      history_document(store_.history(all ? store_.history_ids() : ids, since, at_most), state));
+  const std::string tag = entity_tag(response.text());
+  response.extra.emplace_back("ETag", tag);
+  if (request.if_none_match == tag) {
+    response.status = 304;
+    response.body = nullptr;
+    response.built_in = {};
+  } else if (gzip) {
+    response.extra.emplace_back("Content-Encoding", "gzip");
+  }
+  return response;
 }
 
 std::string Site::newest_event() const {

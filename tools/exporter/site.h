@@ -1,11 +1,14 @@
 // What each path answers. One thread uses a site; it never waits for the device.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 
 #include "tools/exporter/api_document.h"
+#include "tools/exporter/gzip.h"
 #include "tools/exporter/http.h"
+#include "tools/exporter/page/page_files.h"
 #include "tools/exporter/store.h"
 
 namespace kova_exporter {
@@ -33,9 +36,10 @@ class Site {
   HttpResponse route(const HttpRequest& request, const Target& target);
   HttpResponse metrics(const HttpRequest& request);
   HttpResponse health() const;
-  HttpResponse items();
+  HttpResponse items(const HttpRequest& request);
   HttpResponse item(std::string_view name) const;
-  HttpResponse history(const Target& target) const;
+  HttpResponse history(const HttpRequest& request, const Target& target);
+  HttpResponse file(const HttpRequest& request, const kova_page::PageFile& file);
 
   // The newest snapshot and how it stands now.
   struct Current {
@@ -45,17 +49,18 @@ class Site {
   Current current() const;
 
   // What is made once of a snapshot, however many ask for it.
-  template <typename Text>
   struct Cached {
     std::shared_ptr<const Snapshot> snapshot;
-    Text text;
+    SharedText text;
   };
 
   const Store& store_;
   Options options_;
-  Cached<std::string> plain_metrics_;
-  Cached<std::string> openmetrics_;
-  Cached<ItemsText> items_;
+  Cached plain_metrics_;
+  Cached openmetrics_;
+  Cached items_;
+  Cached history_;  // of all items
+  std::map<const kova_page::PageFile*, std::shared_ptr<const std::string>> compressed_files_;
 };
 
 }  // namespace kova_exporter

@@ -11,6 +11,7 @@ namespace kova_host {
 enum class Fault {
   usage,      // a value, a name or a file that cannot be used as it was given
   no_device,  // no device library, or no device behind it
+  item,       // an item that the work needs cannot be read
 };
 
 // `what()` is one line for people; `status` is the module's answer, if it gave one.

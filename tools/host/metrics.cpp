@@ -170,8 +170,6 @@ void add_value(Exposition& exposition, const Item& item, const Reading& reading,
   }
 }
 
-enum ItemStatus { kReadSuccess, kLastSuccess, kInRange };
-
 void add_status(Exposition& exposition, const std::string& labels, bool success,
                 std::optional<double> last_success) {
   exposition.add(item_status_metrics()[kReadSuccess], labels, success ? 1 : 0);
@@ -253,56 +251,6 @@ const std::vector<Metric>& sweep_metrics() {
       {"kova_sweeps_total", MetricType::counter, "", "Sweeps that have ended since the start."},
   };
   return metrics;
-}
-
-std::string label_value(std::string_view labels, std::string_view name) {
-  const std::string start = fmt::format("{}=\"", name);
-  // At the front or behind a comma: a value may hold the same text, with its quotes escaped.
-  size_t at = labels.starts_with(start) ? 0 : labels.find("," + start);
-  if (at == std::string_view::npos) {
-    return "";
-  }
-  std::string value;
-  for (at = labels.find('"', at) + 1; at < labels.size() && labels[at] != '"'; ++at) {
-    if (labels[at] == '\\' && at + 1 < labels.size()) {
-      ++at;
-      value += labels[at] == 'n' ? '\n' : labels[at];
-    } else {
-      value += labels[at];
-    }
-  }
-  return value;
-}
-
-EarlierMetrics earlier_metrics(std::string_view text) {
-  constexpr std::string_view kId = "id=\"";
-  constexpr size_t kIdLength = 10;
-  EarlierMetrics earlier;
-  while (!text.empty()) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-    const size_t open = line.find('{');
-    const size_t close = line.rfind("} ");
-    // The ID is the last label, so no item's name can stand in for it.
-    const size_t id_at = line.rfind(kId);
-    if (open == std::string_view::npos || close == std::string_view::npos ||
-        id_at == std::string_view::npos || id_at < open || id_at > close) {
-      continue;
-    }
-    const auto id = parse_item_id(line.substr(id_at + kId.size(), kIdLength));
-    const auto number = parse_number(line.substr(close + 2));
-    const std::string_view name = line.substr(0, open);
-    if (!id || !number) {
-      continue;
-    }
-    if (name == item_status_metrics()[kReadSuccess].name) {
-      earlier.labels[*id] = line.substr(open + 1, close - open - 1);
-    } else if (name == item_status_metrics()[kLastSuccess].name) {
-      earlier.last_success[*id] =
-          std::visit([](auto v) { return static_cast<double>(v); }, *number);
-    }
-  }
-  return earlier;
 }
 
 std::string sweep_text(const Sweep& sweep, MetricsFormat format) {

@@ -3,12 +3,12 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/host/earlier_metrics.h"
 #include "tools/host/exposition.h"
 #include "tools/host/reading.h"
 
@@ -24,21 +24,10 @@ struct RangeMetrics {
 };
 std::optional<RangeMetrics> range_metrics(const Item& item);
 
-// What is told of every item, and of the program and its sweeps.
+// What is told of every item, in this order, and of the program and its sweeps.
+enum ItemStatus { kReadSuccess, kLastSuccess, kInRange };
 const std::vector<Metric>& item_status_metrics();
 const std::vector<Metric>& sweep_metrics();
-
-// What a text made before tells of items.
-struct EarlierMetrics {
-  std::map<uint32_t, double> last_success;  // Unix time of the last good read, by item ID
-  std::map<uint32_t, std::string> labels;   // of every item, as they stand in the text
-};
-
-// The value of one of these labels as it was before it was escaped; "" if there is none.
-std::string label_value(std::string_view labels, std::string_view name);
-
-// Reads such a text; lines that are of no use are passed over.
-EarlierMetrics earlier_metrics(std::string_view text);
 
 // How the sweep went that the readings come from. What is empty is not told.
 struct Sweep {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "tools/host/descriptor_output.h"
+#include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 #include "tools/kovactl/unanswered.h"
 
@@ -19,15 +20,19 @@ namespace {
 constexpr std::chrono::milliseconds kTick{50};
 constexpr std::chrono::seconds kPatience{1};  // with a read that keeps the program from its end
 
+double seconds_since(std::chrono::steady_clock::time_point time) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - time).count();
+}
+
 }  // namespace
 
 Attendant::Attendant(const GlobalOptions& options, Tell tell)
-    : limit_seconds_(options.timeout_seconds),
+    : limit_seconds_(options.timeout_seconds.value_or(0)),
       host_options_(options.host),
       tell_(std::move(tell)),
       thread_([this](const std::stop_token& stop) { attend(stop); }) {}
 
-void Attendant::before_exit(std::function<void()> hook) {
+void Attendant::before_exit(BeforeExit hook) {
   const std::lock_guard lock(mutex_);
   before_exit_ = std::move(hook);
 }
@@ -40,17 +45,28 @@ void Attendant::attend(const std::stop_token& stop) {
   while (!wake.wait_for(lock, stop, kTick, [&stop] { return stop.stop_requested(); })) {
     check_signals();
     check_end();
-    check_pending_call();
+    if (limit_of_all_seconds_ > 0) {
+      check_limit_of_all();
+    } else {
+      check_pending_call();
+    }
     draw_progress();
   }
 }
 
-void Attendant::put_terminal_in_order() {
+std::string Attendant::call_before_exit(const std::string& reason) {
   const std::lock_guard lock(mutex_);
-  if (before_exit_) {
-    before_exit_();
-  }
+  const std::string text = before_exit_ ? before_exit_(reason) : "";
   end_progress();
+  return text;
+}
+
+// Who has pressed Ctrl-C needs to be told only of what is kept.
+void Attendant::tell_of_end(const std::string& reason) {
+  const std::string more = call_before_exit(reason);
+  if (!more.empty()) {
+    report(reason + more);
+  }
 }
 
 void Attendant::check_signals() {
@@ -67,7 +83,7 @@ void Attendant::check_signals() {
 }
 
 void Attendant::die_of(int signal) {
-  put_terminal_in_order();
+  tell_of_end("interrupted");
   // As if the signal had never been held back, so that the caller sees what ended the program.
   sigset_t signals;
   sigemptyset(&signals);
@@ -84,28 +100,54 @@ void Attendant::check_end() {
   end_began_ = end_began_.value_or(now);
   const auto call = PendingCall::now();
   if (call && now - std::max(call->since, *end_began_) > kPatience) {
-    put_terminal_in_order();
+    tell_of_end(fmt::format("interrupted while {} did not answer", subject_of(*call)));
     _exit(static_cast<int>(exit_code_.load()));
   }
 }
 
 void Attendant::check_pending_call() {
   const auto call = PendingCall::now();
-  if (!limit_seconds_ || !call) {
+  if (limit_seconds_ <= 0 || !call || seconds_since(call->since) < limit_seconds_) {
     return;
   }
-  if (std::chrono::duration<double>(Clock::now() - call->since).count() < *limit_seconds_) {
-    return;
-  }
-  const HostError error = unanswered(*call, *limit_seconds_, host_options_, [this] {
-    check_signals();
-    draw_progress();
-    check_end();
+  give_up(unanswered(*call, limit_seconds_, host_options_, [this] {
+    keep_up();
     return !interrupted_;
+  }));
+}
+
+// A start of the module that has taken half of the time is looked into for the other half.
+void Attendant::check_limit_of_all() {
+  const double limit = limit_of_all_seconds_;
+  const auto call = PendingCall::now();
+  const bool starts = call && call->subject == PendingCall::Subject::module;
+  if (!call || seconds_since(start_) < (starts ? limit / 2 : limit)) {
+    return;
+  }
+  const auto is_pending = [&call] {
+    const auto now = PendingCall::now();
+    return now && now->since == call->since;
+  };
+  const HostError error = unfinished(*call, limit, host_options_, [&] {
+    keep_up();
+    return !interrupted_ && is_pending() && seconds_since(start_) < limit;
   });
-  put_terminal_in_order();
+  if (seconds_since(start_) >= limit && is_pending()) {
+    give_up(error);
+  }
+}
+
+// What goes on while a second process is asked.
+void Attendant::keep_up() {
+  check_signals();
+  draw_progress();
+  check_end();
+}
+
+void Attendant::give_up(const HostError& error) {
+  const std::string more = call_before_exit(error.what());
   try {
-    tell_(error);
+    tell_({error.fault(), error.what() + more, error.status()});
   } catch (const OutputError&) {
     // The exit code says it.
   }

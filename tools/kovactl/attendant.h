@@ -7,6 +7,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 
 #include "tools/host/errors.h"
@@ -25,6 +26,10 @@ class Attendant {
   // not answer.
   Attendant(const GlobalOptions& options, Tell tell);
 
+  // For a command that is to end within so many seconds from its start, however fast each call
+  // comes back; 0 for no limit.
+  void limit_all(double seconds) { limit_of_all_seconds_ = seconds; }
+
   // For a command that a signal ends in order, with a status that tells of what it has done until
   // then: instead of the program's end, interruption() is raised, and end() follows. Another signal
   // ends the program nevertheless.
@@ -40,27 +45,35 @@ class Attendant {
   // keep the program from it: nobody waits for a device that hangs.
   void end() { ending_ = true; }
 
-  // `hook` is called on the attendant's thread before it ends the program, to put the terminal in
-  // order; null for nothing.
-  void before_exit(std::function<void()> hook);
+  // Called on the attendant's thread before it ends the program for a reason such as "interrupted":
+  // to put the terminal in order, or to keep what has been done. Gives what to add to the message
+  // about the end, "" for nothing.
+  using BeforeExit = std::function<std::string(const std::string& reason)>;
+  void before_exit(BeforeExit hook);
 
  private:
   void attend(const std::stop_token& stop);
   void check_signals();
   void die_of(int signal);
   void check_pending_call();
+  void check_limit_of_all();
+  void keep_up();
+  [[noreturn]] void give_up(const HostError& error);
   void check_end();
-  void put_terminal_in_order();
+  void tell_of_end(const std::string& reason);
+  std::string call_before_exit(const std::string& reason);
 
   using Clock = std::chrono::steady_clock;
 
   InterruptGuard signals_;
   EventFlag interruption_;
-  std::optional<double> limit_seconds_;
+  const double limit_seconds_;  // of a call; 0 for none
+  std::atomic<double> limit_of_all_seconds_ = 0;
+  const Clock::time_point start_ = Clock::now();
   HostOptions host_options_;
   Tell tell_;
   std::mutex mutex_;
-  std::function<void()> before_exit_;  // under the mutex
+  BeforeExit before_exit_;  // under the mutex
   std::atomic<bool> command_can_end_ = false;
   std::atomic<bool> interrupted_ = false;
   std::atomic<bool> ending_ = false;

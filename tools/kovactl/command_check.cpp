@@ -16,6 +16,10 @@ struct CheckOptions {
   std::string expected;               // a file; "" for none
 };
 
+// What plug-ins of monitoring systems are expected to keep to: these have limits of their own, and
+// leave behind a process that is stuck.
+constexpr double kUsualLimitSeconds = 10;
+
 // Adds the limit to every item that its first half names; a later one takes the place of an
 // earlier, so that a pattern can be given first and its exceptions after it.
 void add_limits(const std::vector<std::string>& texts, const std::vector<Item>& items,
@@ -38,6 +42,7 @@ void add_limits(const std::vector<std::string>& texts, const std::vector<Item>& 
 
 // What goes wrong on the way is told as an unknown state: by main, as for every command.
 ExitCode run_check(const GlobalOptions& globals, const CheckOptions& options) {
+  globals.attendant->limit_all(globals.timeout_seconds.value_or(kUsualLimitSeconds));
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const auto session = open_session(globals);

@@ -23,7 +23,15 @@ constexpr const char* kSimulateBuiltIn = "--simulate-built-in";
 }  // namespace
 
 ExitCode exit_code_of(const HostError& error) {
-  return error.fault() == Fault::no_device ? ExitCode::no_device : ExitCode::usage;
+  switch (error.fault()) {
+    case Fault::item:
+      return ExitCode::item_failed;
+    case Fault::no_device:
+      return ExitCode::no_device;
+    case Fault::usage:
+      break;
+  }
+  return ExitCode::usage;
 }
 
 double checked_seconds(const std::string& text, double least, double most, std::string_view what) {
@@ -41,10 +49,6 @@ bool asks_for_json(const std::vector<std::string>& arguments) {
   return std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
 }
 
-bool asks_for_check(const std::vector<std::string>& arguments) {
-  return std::find(arguments.begin(), arguments.end(), "check") != arguments.end();
-}
-
 CommandLine::CommandLine()
     : app_("Reads and writes the hardware-monitoring items of this machine.", "kovactl") {
   app_.add_option("--module", module_, "Load this module instead of searching for it")
@@ -54,7 +58,9 @@ CommandLine::CommandLine()
                   "or a shipped one by its name")
       ->type_name("[MACHINE]");
   app_.add_flag(kSimulateBuiltIn)->group("");
-  app_.add_option("--timeout", timeout_, "End when the device takes longer than this to answer")
+  app_.add_option("--timeout", timeout_,
+                  "End when the device takes longer than this to answer, check when it takes "
+                  "longer in all (10 by default); 0: wait for ever")
       ->type_name("S");
   app_.set_version_flag("-V,--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
   app_.footer(kExitCodes);
@@ -77,20 +83,42 @@ bool CommandLine::is_command(const std::string& word) const {
                      [&word](const CLI::App* command) { return command->check_name(word); });
 }
 
+// The first argument that is neither an option nor the value of one. An option that is not known
+// may have a value or none, and so may "--simulate": only a command is certain not to be one.
+size_t CommandLine::place_of_command(const std::vector<std::string>& arguments) const {
+  bool may_be_value = false;
+  for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    if (arguments[i].starts_with('-')) {
+      const bool has_value = arguments[i] == "--module" || arguments[i] == "--timeout";
+      may_be_value = !has_value && arguments[i].find('=') == std::string::npos;
+      i += has_value ? 1 : 0;
+    } else if (!may_be_value || is_command(arguments[i])) {
+      return i;
+    } else {
+      may_be_value = false;
+    }
+  }
+  return arguments.size();
+}
+
+std::string CommandLine::command_in(const std::vector<std::string>& arguments) const {
+  const size_t place = place_of_command(arguments);
+  return place < arguments.size() ? arguments[place] : "";
+}
+
 // "--simulate" takes a machine only when the next argument is one: in front of the command anything
 // but an option or the command itself, behind it what is found as a machine description. The
 // parser's own rule would take an item, so it gets to see an option that has a value, or one that
 // has none.
 std::vector<std::string> CommandLine::settle_simulate(std::vector<std::string> arguments) const {
-  bool command_seen = false;
+  const size_t command = place_of_command(arguments);
   for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
-    command_seen = command_seen || is_command(arguments[i]);
     if (arguments[i] != "--simulate") {
       continue;
     }
     const std::string next = i + 1 < arguments.size() ? arguments[i + 1] : "";
-    const bool machine = command_seen ? next.ends_with(".json") || is_machine_description(next)
-                                      : !is_command(next) && !next.starts_with('-');
+    const bool machine = i > command ? next.ends_with(".json") || is_machine_description(next)
+                                     : !is_command(next) && !next.starts_with('-');
     if (next.empty() || !machine) {
       arguments[i] = kSimulateBuiltIn;
     } else {
@@ -113,6 +141,7 @@ std::vector<std::string> CommandLine::settle_help(std::vector<std::string> argum
 // What is wrong with arguments that the parser refuses, with what was probably meant.
 std::string CommandLine::complaint(const std::vector<std::string>& arguments,
                                    const std::string& otherwise) const {
+  const std::string word = command_in(arguments);
   std::vector<std::string> commands;
   std::vector<std::string> options;
   const auto add_options_of = [&options](const CLI::App& app) {
@@ -123,31 +152,26 @@ std::string CommandLine::complaint(const std::vector<std::string>& arguments,
     }
   };
   add_options_of(app_);
-  bool command_seen = false;
   for (const CLI::App* command : app_.get_subcommands({})) {
     if (!command->get_group().empty()) {  // one that people are not to know has none
       commands.push_back(command->get_name());
     }
-    if (std::find(arguments.begin(), arguments.end(), command->get_name()) != arguments.end()) {
-      command_seen = true;
+    if (command->check_name(word)) {
       add_options_of(*command);
     }
   }
-  std::string before;
+  if (!word.empty() && !is_command(word)) {
+    return fmt::format("no command '{}'{}", word, suggestion(word, commands));
+  }
   for (const std::string& argument : arguments) {
-    const bool value = before == "--simulate" || before == "--module";
-    before = argument;
     const std::string name = argument.substr(0, argument.find('='));
     if (name.starts_with("--") &&
         std::find(options.begin(), options.end(), name) == options.end()) {
       return fmt::format("no option '{}'{}", name, suggestion(name, options));
     }
-    if (!command_seen && !name.starts_with('-') && !value) {
-      return fmt::format("no command '{}'{}", argument, suggestion(argument, commands));
-    }
   }
-  return command_seen ? otherwise
-                      : fmt::format("a command is needed: {}", fmt::join(commands, ", "));
+  return word.empty() ? fmt::format("a command is needed: {}", fmt::join(commands, ", "))
+                      : otherwise;
 }
 
 CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
@@ -171,7 +195,8 @@ CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
     parsed.globals.host.machine = machine_;
   }
   if (app_.count("--timeout") > 0) {
-    parsed.globals.timeout_seconds = checked_seconds(timeout_, 0.1, 86400, "time limit");
+    parsed.globals.timeout_seconds =
+        timeout_ == "0" ? 0 : checked_seconds(timeout_, 0.1, 86400, "time limit");
   }
   parsed.run = chosen_;
   return parsed;

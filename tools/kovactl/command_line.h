@@ -30,7 +30,7 @@ class Attendant;
 // Options that every command takes.
 struct GlobalOptions {
   HostOptions host;
-  std::optional<double> timeout_seconds;  // of a call into the module
+  std::optional<double> timeout_seconds;  // of a call into the module; 0 for no limit
   Attendant* attendant = nullptr;         // what looks after the command; never null in one
 };
 
@@ -60,11 +60,15 @@ class CommandLine {
   // `arguments` without the program's name. Throws HostError (usage).
   Parsed parse(std::vector<std::string> arguments);
 
+  // What stands in the command's place, whatever else the arguments hold; "" if nothing does.
+  std::string command_in(const std::vector<std::string>& arguments) const;
+
   // For those who ask what may be typed.
   const CLI::App& app() const { return app_; }
 
  private:
   bool is_command(const std::string& word) const;
+  size_t place_of_command(const std::vector<std::string>& arguments) const;
   std::vector<std::string> settle_simulate(std::vector<std::string> arguments) const;
   std::vector<std::string> settle_help(std::vector<std::string> arguments) const;
   std::string complaint(const std::vector<std::string>& arguments,
@@ -82,8 +86,5 @@ double checked_seconds(const std::string& text, double least, double most, std::
 
 // True if the arguments ask for JSON, which holds for errors in the arguments themselves too.
 bool asks_for_json(const std::vector<std::string>& arguments);
-
-// True if they ask for a monitoring check, whose failures are a state like any other.
-bool asks_for_check(const std::vector<std::string>& arguments);
 
 }  // namespace kovactl

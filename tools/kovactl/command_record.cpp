@@ -31,21 +31,12 @@ struct Plan {
   uint64_t count = 1;
 };
 
-milliseconds checked_duration(const std::string& text, std::string_view what) {
-  constexpr milliseconds kShortest{50};
-  const auto duration = parse_duration(text);
-  if (!duration || *duration < kShortest) {
-    throw HostError(
-        Fault::usage,
-        fmt::format("'{}' is no {} of 50ms or more, such as 2s, 10m or 1h30m", text, what));
-  }
-  return *duration;
-}
+constexpr milliseconds kShortest{50};  // between two samples
 
 Plan plan_of(const RecordOptions& options) {
   Plan plan;
   if (!options.interval.empty()) {
-    plan.interval = checked_duration(options.interval, "interval");
+    plan.interval = checked_duration(options.interval, "interval", kShortest);
     plan.count = 0;
   }
   if (!options.count.empty()) {
@@ -56,7 +47,7 @@ Plan plan_of(const RecordOptions& options) {
     plan.count = *count;
   }
   if (!options.length.empty()) {
-    const milliseconds length = checked_duration(options.length, "length");
+    const milliseconds length = checked_duration(options.length, "length", kShortest);
     plan.count = static_cast<uint64_t>((length + plan.interval - milliseconds(1)) / plan.interval);
   }
   return plan;
@@ -84,8 +75,7 @@ class Sampling {
     Result result;
     result.items = items.size();
     for (;;) {
-      const auto readings =
-          read_items(session, items, [this](const Item&) { return !attendant_.interrupted(); });
+      const auto readings = read_unless_interrupted(session, items, attendant_);
       if (!readings) {
         break;
       }
@@ -124,43 +114,31 @@ void print_result(const Result& result, const std::string& file) {
   print(text + "\n");
 }
 
+// What to add to the message about an early end.
+std::string keep(Recording& recording, const std::string& file) {
+  const auto trouble = recording.finish();
+  return trouble ? "; " + *trouble : fmt::format("; {} has what was answered", printable(file));
+}
+
 // A machine on which nothing is found is worth a recording all the more.
 std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recording,
                                const std::string& file) {
   try {
     return open_session(globals);
   } catch (const HostError& error) {
-    if (error.fault() == Fault::no_device && !recording.finish()) {
-      throw HostError(Fault::no_device,
-                      fmt::format("{}; {} has what was answered", error.what(), printable(file)),
-                      error.status());
+    if (error.fault() == Fault::no_device) {
+      throw HostError(Fault::no_device, error.what() + keep(recording, file), error.status());
     }
     throw;
   }
 }
 
-// While it lives, a signal that comes while the device hangs ends the program with the recording
-// in its place.
-class KeptOnExit {
- public:
-  KeptOnExit(Attendant& attendant, Recording& recording) : attendant_(attendant) {
-    attendant.let_command_end();
-    attendant.end_with(ExitCode::item_failed);
-    attendant.before_exit([&recording] { (void)recording.finish(); });
-  }
-  ~KeptOnExit() { attendant_.before_exit(nullptr); }
-  KeptOnExit(const KeptOnExit&) = delete;
-  KeptOnExit& operator=(const KeptOnExit&) = delete;
-
- private:
-  Attendant& attendant_;
-};
-
 ExitCode run_record(const GlobalOptions& globals, const RecordOptions& options) {
   const Plan plan = plan_of(options);
   Attendant& attendant = *globals.attendant;
   Recording recording({options.file, options.redact, globals.host.simulate});
-  const KeptOnExit kept(attendant, recording);
+  const KeptOnExit kept(attendant,
+                        [&](const std::string&) { return keep(recording, options.file); });
   const auto session = start(globals, recording, options.file);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);

@@ -5,10 +5,14 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <mutex>
+#include <utility>
 
 #include "tools/exporter/page/single_file.h"
 #include "tools/host/atomic_file.h"
+#include "tools/host/descriptor_output.h"
 #include "tools/host/duration.h"
+#include "tools/host/plain_text.h"
 #include "tools/host/replay.h"
 #include "tools/host/unix_time.h"
 #include "tools/kovactl/command_support.h"
@@ -35,33 +39,17 @@ constexpr int64_t kMostSweeps = 20000;
 constexpr int64_t kUsualSweeps = 3600;
 constexpr milliseconds kSecond{1000};
 
-milliseconds checked_duration(const char* option, const std::string& text, milliseconds shortest) {
-  const auto duration = parse_duration(text);
-  if (!duration || *duration < shortest) {
-    throw HostError(Fault::usage,
-                    fmt::format("{}: '{}' is no time of {} ms or more, such as 2s, 10m or 1h30m",
-                                option, text, shortest.count()));
-  }
-  return *duration;
-}
-
 milliseconds checked_interval(const ReportOptions& options, milliseconds length,
                               milliseconds usual) {
   const milliseconds interval =
       options.interval.empty() ? usual
-                               : checked_duration("--interval", options.interval, milliseconds(50));
+                               : checked_duration(options.interval, "interval", milliseconds(50));
   if (length / interval > kMostSweeps) {
     throw HostError(Fault::usage, fmt::format("more than {} sweeps in {}; a longer --interval "
                                               "makes fewer",
                                               kMostSweeps, duration_text(length)));
   }
   return interval;
-}
-
-// Reads all items; nothing if a signal has come before the last of them.
-std::optional<Readings> sweep(const Session& session, const std::vector<Item>& items,
-                              Attendant& attendant) {
-  return read_items(session, items, [&attendant](const Item&) { return !attendant.interrupted(); });
 }
 
 // Where a report's readings come from, and how they got into it.
@@ -72,19 +60,74 @@ struct Course {
   milliseconds interval{kSecond};
 };
 
+// The file to be. It is written by the command in the end, or by the attendant where the device
+// hangs: once, as the first of them wants it.
+class ReportFile {
+ public:
+  ReportFile(std::string file, Course course, const std::vector<Item>& items)
+      : file_(std::move(file)), course_(std::move(course)), document_(items) {}
+
+  const Course& course() const { return course_; }
+
+  void add(double time, Readings readings) {
+    const std::lock_guard lock(mutex_);
+    document_.add(time, std::move(readings));
+  }
+
+  // `early` tells why not all sweeps were made, "" if they were. Gives what the file has; throws
+  // OutputError.
+  std::string write(const std::string& early) {
+    const std::lock_guard lock(mutex_);
+    if (document_.sweeps() == 0) {
+      return "the first sweep was not whole, and nothing is written";
+    }
+    const std::string sweeps =
+        fmt::format("{} sweep{}", document_.sweeps(), document_.sweeps() == 1 ? "" : "s");
+    if (!std::exchange(written_, true)) {
+      const ReportDocument::Heading heading = {
+          course_.machine,
+          fmt::format("{}{}{}{}", sweeps, course_.source.empty() ? "" : " from ", course_.source,
+                      early.empty() ? "" : ". Ended early: " + early),
+          unix_time(), static_cast<double>(course_.interval.count()) / 1000};
+      replace_file(file_, kova_page::single_file(document_.json(heading)));
+    }
+    return fmt::format("{} has the {} until then", printable(file_), sweeps);
+  }
+
+  // The same as what to add to the message about an early end.
+  std::string keep(const std::string& early) {
+    try {
+      return "; " + write(early);
+    } catch (const OutputError& error) {
+      return std::string("; ") + error.what();
+    }
+  }
+
+  size_t sweeps() const { return document_.sweeps(); }
+  size_t failed_items() const { return document_.failed_items(); }
+
+ private:
+  const std::string file_;
+  const Course course_;
+  std::mutex mutex_;
+  ReportDocument document_;
+  bool written_ = false;
+};
+
 // Sweeps until the time is over, or Ctrl-C, which leaves out the sweep that is running.
-void watch(const Session& session, const std::vector<Item>& items, const Course& course,
-           Attendant& attendant, ReportDocument& document) {
+void watch(const Session& session, const std::vector<Item>& items, Attendant& attendant,
+           ReportFile& file) {
+  const Course& course = file.course();
   Progress progress("sweep, Ctrl-C ends it",
                     static_cast<size_t>(course.length / course.interval + 1));
   auto next = steady_clock::now();
   const auto end = next + course.length;
   do {
-    auto readings = sweep(session, items, attendant);
+    auto readings = read_unless_interrupted(session, items, attendant);
     if (!readings) {
       break;
     }
-    document.add(unix_time(), std::move(*readings));
+    file.add(unix_time(), std::move(*readings));
     progress.advance();
     // Sweeps keep to the clock; one that took longer than the interval delays the next.
     next = std::max(next + course.interval, steady_clock::now());
@@ -93,16 +136,17 @@ void watch(const Session& session, const std::vector<Item>& items, const Course&
 
 // The same through a recording, as fast as it can be read.
 void walk(const Replay& replay, const Session& session, const std::vector<Item>& items,
-          const Course& course, Attendant& attendant, ReportDocument& document) {
+          Attendant& attendant, ReportFile& file) {
+  const Course& course = file.course();
   Progress progress("sweep, Ctrl-C ends it",
                     static_cast<size_t>(course.length / course.interval + 1));
   for (milliseconds time{0}; time < course.length; time += course.interval) {
     replay.set_time(time);
-    auto readings = sweep(session, items, attendant);
+    auto readings = read_unless_interrupted(session, items, attendant);
     if (!readings) {
       break;
     }
-    document.add(replay.begin() + static_cast<double>(time.count()) / 1000, std::move(*readings));
+    file.add(replay.begin() + static_cast<double>(time.count()) / 1000, std::move(*readings));
     progress.advance();
   }
 }
@@ -122,7 +166,7 @@ Course live_course(const ReportOptions& options, const HostOptions& host) {
   course.machine = {host_name(), host.simulate ? simulated : ""};
   course.length = options.length.empty()
                       ? milliseconds(60'000)
-                      : checked_duration("--for", options.length, milliseconds(0));
+                      : checked_duration(options.length, "length", milliseconds(0));
   course.interval = checked_interval(options, course.length, kSecond);
   return course;
 }
@@ -147,35 +191,36 @@ void check_writable(const std::string& file) {
   }
 }
 
-ExitCode write_report(const ReportOptions& options, const Course& course,
-                      const ReportDocument& document, size_t items) {
-  if (document.sweeps() == 0) {
-    report("stopped before the first sweep was whole; nothing is written");
-    return ExitCode::item_failed;
+// Reads and writes; `read` makes the sweeps.
+template <typename Read>
+ExitCode make_report(const Session& session, Attendant& attendant, const std::string& name,
+                     const Course& course, const Read& read) {
+  const Inventory inventory = Inventory::of(session);
+  const std::vector<Item> items = distinct(inventory.items());
+  ReportFile file(name, course, inventory.items());
+  {
+    const KeptOnExit kept(attendant, [&](const std::string& early) { return file.keep(early); });
+    read(items, file);
   }
-  const std::string sweeps =
-      fmt::format("{} sweep{}", document.sweeps(), document.sweeps() == 1 ? "" : "s");
-  const ReportDocument::Heading heading = {
-      course.machine, course.source.empty() ? sweeps : sweeps + " from " + course.source,
-      unix_time(), static_cast<double>(course.interval.count()) / 1000};
-  replace_file(options.file, kova_page::single_file(document.json(heading)));
-  if (document.failed_items() > 0) {
+  const std::string content = file.write(attendant.interrupted() ? "interrupted" : "");
+  if (attendant.interrupted()) {
+    report("interrupted; " + content);
+  }
+  if (file.failed_items() > 0) {
     report(fmt::format("{} of {} items failed in at least one sweep, as the report tells",
-                       document.failed_items(), items));
-    return ExitCode::item_failed;
+                       file.failed_items(), items.size()));
   }
-  return ExitCode::success;
+  return file.sweeps() == 0 || file.failed_items() > 0 ? ExitCode::item_failed : ExitCode::success;
 }
 
 ExitCode report_live(const GlobalOptions& globals, const ReportOptions& options) {
   const Course course = live_course(options, globals.host);
   const auto session = open_session(globals);
-  const Inventory inventory = Inventory::of(*session);
-  const std::vector<Item> items = distinct(inventory.items());
-  ReportDocument document(inventory.items());
-  globals.attendant->let_command_end();
-  watch(*session, items, course, *globals.attendant, document);
-  return write_report(options, course, document, items.size());
+  Attendant& attendant = *globals.attendant;
+  return make_report(*session, attendant, options.file, course,
+                     [&](const std::vector<Item>& items, ReportFile& file) {
+                       watch(*session, items, attendant, file);
+                     });
 }
 
 ExitCode report_recording(const GlobalOptions& globals, const ReportOptions& options) {
@@ -184,14 +229,12 @@ ExitCode report_recording(const GlobalOptions& globals, const ReportOptions& opt
   host.machine = options.recording;
   const Module module(host);
   const Replay replay(host);
-  const Course course = recorded_course(options, replay);
   const Session session(module, true);
-  const Inventory inventory = Inventory::of(session);
-  const std::vector<Item> items = distinct(inventory.items());
-  ReportDocument document(inventory.items());
-  globals.attendant->let_command_end();
-  walk(replay, session, items, course, *globals.attendant, document);
-  return write_report(options, course, document, items.size());
+  Attendant& attendant = *globals.attendant;
+  return make_report(session, attendant, options.file, recorded_course(options, replay),
+                     [&](const std::vector<Item>& items, ReportFile& file) {
+                       walk(replay, session, items, attendant, file);
+                     });
 }
 
 ExitCode run_report(const GlobalOptions& globals, const ReportOptions& options) {

@@ -68,7 +68,7 @@ ExitCode run_reset(const GlobalOptions& globals, const ResetOptions& options) {
     const auto number = number_of(item, reading);
     if (!number) {
       throw HostError(
-          Fault::usage,
+          Fault::item,
           fmt::format("the factory default of {} cannot be read: {}; nothing was written",
                       path_of(item), failure_text(item, reading)),
           reading.status);

@@ -67,10 +67,11 @@ void add_set(CommandLine& line) {
       line.add({"set", "Write items", "kovactl --simulate set 'PoE 1 power=off' 0x14160711=10s"},
                [options](const GlobalOptions& globals) { return run_set(globals, *options); });
   command
-      .add_option("ITEM=VALUE", options->words,
+      .add_option("ASSIGNMENT", options->words,
                   "Items by ID, name or path, each with a number, a number with its unit, or the "
                   "label of an option; all are checked before the first is written. ITEM VALUE "
                   "does for one")
+      ->type_name("ITEM=VALUE")
       ->required();
   add_write_options(command, options->write);
 }

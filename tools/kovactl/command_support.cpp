@@ -5,7 +5,9 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <utility>
 
+#include "tools/host/duration.h"
 #include "tools/host/plain_text.h"
 #include "tools/host/value_text.h"
 #include "tools/kovactl/output.h"
@@ -26,6 +28,23 @@ bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time
   return attendant.interrupted();
 }
 
+KeptOnExit::KeptOnExit(Attendant& attendant, Attendant::BeforeExit keep) : attendant_(attendant) {
+  attendant.let_command_end();
+  attendant.end_with(ExitCode::item_failed);
+  attendant.before_exit(std::move(keep));
+}
+
+std::chrono::milliseconds checked_duration(const std::string& text, std::string_view what,
+                                           std::chrono::milliseconds shortest) {
+  const auto duration = parse_duration(text);
+  if (!duration || *duration < shortest) {
+    throw HostError(Fault::usage,
+                    fmt::format("'{}' is no {} of {}ms or more, such as 2s, 10m or 1h30m", text,
+                                what, shortest.count()));
+  }
+  return *duration;
+}
+
 std::unique_ptr<Session> open_session(const GlobalOptions& globals) {
   const Progress progress("starting the module");
   return std::make_unique<Session>(globals.host);
@@ -37,6 +56,12 @@ Readings read_with_progress(const Session& session, const std::vector<Item>& ite
     progress.advance(item);
     return true;
   });
+}
+
+std::optional<Readings> read_unless_interrupted(const Session& session,
+                                                const std::vector<Item>& items,
+                                                const Attendant& attendant) {
+  return read_items(session, items, [&attendant](const Item&) { return !attendant.interrupted(); });
 }
 
 void report_failures(const std::vector<Item>& items, const Readings& readings) {

@@ -3,7 +3,9 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/host/inventory.h"
@@ -17,11 +19,33 @@ namespace kovactl {
 // Waits for that time, or until a signal asks the command to end; true if one has.
 bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time);
 
+// While it lives, a signal that comes while the device hangs, or the time limit, ends the program
+// with what the command has done until then: `keep` is what Attendant::before_exit takes.
+class KeptOnExit {
+ public:
+  KeptOnExit(Attendant& attendant, Attendant::BeforeExit keep);
+  ~KeptOnExit() { attendant_.before_exit(nullptr); }
+  KeptOnExit(const KeptOnExit&) = delete;
+  KeptOnExit& operator=(const KeptOnExit&) = delete;
+
+ private:
+  Attendant& attendant_;
+};
+
+// A time of `shortest` or more; throws HostError (usage), where it is no `what`.
+std::chrono::milliseconds checked_duration(const std::string& text, std::string_view what,
+                                           std::chrono::milliseconds shortest);
+
 // Starts the module; shows progress on a terminal.
 std::unique_ptr<Session> open_session(const GlobalOptions& globals);
 
 // As kova_host::read_items, with progress on a terminal.
 Readings read_with_progress(const Session& session, const std::vector<Item>& items);
+
+// Nothing if a signal has come before the last of them.
+std::optional<Readings> read_unless_interrupted(const Session& session,
+                                                const std::vector<Item>& items,
+                                                const Attendant& attendant);
 
 // Tells on stderr of each item that could not be read, and why.
 void report_failures(const std::vector<Item>& items, const Readings& readings);

@@ -101,7 +101,10 @@ bool Watch::on_screen() {
   if (screen == nullptr) {
     return false;
   }
-  attendant_.before_exit([&screen] { screen->abandon(); });
+  attendant_.before_exit([&screen](const std::string&) {
+    screen->abandon();
+    return std::string();
+  });
   const int keys = is_terminal(STDIN_FILENO) ? STDIN_FILENO : -1;
   while (!sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit()) {
     // Once a second too, to show that the device is waited for.

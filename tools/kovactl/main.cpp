@@ -26,9 +26,11 @@ kova_host::JsonPtr error_document(const kova_host::HostError& error) {
 }
 
 // In the form that the arguments ask for.
-ExitCode tell(const kova_host::HostError& error, const std::vector<std::string>& arguments) {
+ExitCode tell(const kova_host::HostError& error, const kovactl::CommandLine& line,
+              const std::vector<std::string>& arguments) {
   kovactl::report(error.what());
-  if (kovactl::asks_for_check(arguments)) {
+  if (line.command_in(arguments) == "check") {
+    // To who asks for it, trouble is a state like any other.
     const kova_host::CheckResult result = kova_host::check_unknown(error.what());
     kovactl::print(result.text);
     return static_cast<ExitCode>(result.state);
@@ -42,21 +44,20 @@ ExitCode tell(const kova_host::HostError& error, const std::vector<std::string>&
 }
 
 ExitCode run(const std::vector<std::string>& arguments) {
+  kovactl::CommandLine line;
+  kovactl::add_commands(line);
   try {
-    kovactl::CommandLine line;
-    kovactl::add_commands(line);
     auto parsed = line.parse(arguments);
     if (parsed.answer) {
       kovactl::print(*parsed.answer);
       return ExitCode::success;
     }
-    kovactl::Attendant attendant(parsed.globals, [&arguments](const kova_host::HostError& error) {
-      tell(error, arguments);
-    });
+    kovactl::Attendant attendant(
+        parsed.globals, [&](const kova_host::HostError& error) { tell(error, line, arguments); });
     parsed.globals.attendant = &attendant;
     return parsed.run(parsed.globals);
   } catch (const kova_host::HostError& error) {
-    return tell(error, arguments);
+    return tell(error, line, arguments);
   }
 }
 

@@ -3,7 +3,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <chrono>
+#include <optional>
 
 #include "tools/host/item_data.h"
 #include "tools/kovactl/child_process.h"
@@ -36,9 +37,14 @@ std::string name_of_code(uint32_t code) {
   return fmt::format("device code 0x{:08X}", code);
 }
 
-// The last item that `kovactl read-each-item` names before it is stuck, or "".
-std::string item_that_hangs(double limit_seconds, const HostOptions& options,
-                            const std::function<bool()>& wait_on) {
+struct Waiting {
+  std::string subject;
+  std::chrono::steady_clock::time_point since;
+};
+
+// The last item that `kovactl read-each-item` names before it is stuck, if it is.
+std::optional<Waiting> item_that_hangs(double limit_seconds, const HostOptions& options,
+                                       const std::function<bool()>& wait_on) {
   std::vector<std::string> arguments = {"read-each-item"};
   if (options.simulate) {
     arguments.emplace_back("--simulate");
@@ -47,11 +53,11 @@ std::string item_that_hangs(double limit_seconds, const HostOptions& options,
     }
   }
   ChildProcess child(arguments);
-  std::string last;
+  std::optional<Waiting> last;
   while (const auto line = child.next_line(limit_seconds, wait_on)) {
-    last = *line;
+    last = {*line, std::chrono::steady_clock::now()};
   }
-  return child.at_end() ? "" : last;
+  return child.at_end() ? std::nullopt : last;
 }
 
 }  // namespace
@@ -72,16 +78,27 @@ HostError unanswered(const PendingCall::State& call, double limit_seconds,
                      const HostOptions& options, const std::function<bool()>& wait_on) {
   std::string subject = subject_of(call);
   if (call.subject == PendingCall::Subject::module) {
-    const std::string item = item_that_hangs(limit_seconds, options, wait_on);
-    if (item.empty()) {
+    const auto item = item_that_hangs(limit_seconds, options, wait_on);
+    if (!item) {
       return {Fault::no_device,
               fmt::format("the module did not come back within {} s, although the device answers "
                           "for every item: it needs more time",
                           limit_seconds)};
     }
-    subject = item;
+    subject = item->subject;
   }
   return {Fault::no_device, fmt::format("{} did not answer within {} s", subject, limit_seconds)};
+}
+
+HostError unfinished(const PendingCall::State& call, double limit_seconds,
+                     const HostOptions& options, const std::function<bool()>& wait_on) {
+  Waiting waiting = {subject_of(call), call.since};
+  if (call.subject == PendingCall::Subject::module) {
+    waiting = item_that_hangs(limit_seconds, options, wait_on).value_or(waiting);
+  }
+  const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - waiting.since;
+  return {Fault::no_device, fmt::format("not done within {} s: {} has not answered for {:.1f} s",
+                                        limit_seconds, waiting.subject, waited.count())};
 }
 
 }  // namespace kovactl

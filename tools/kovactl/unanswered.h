@@ -21,4 +21,9 @@ std::string subject_of(const PendingCall::State& call);
 HostError unanswered(const PendingCall::State& call, double limit_seconds,
                      const HostOptions& options, const std::function<bool()>& wait_on);
 
+// The same for a command that was to be done within so many seconds. What it waits for may be slow
+// and not stuck: the text tells how long it has waited.
+HostError unfinished(const PendingCall::State& call, double limit_seconds,
+                     const HostOptions& options, const std::function<bool()>& wait_on);
+
 }  // namespace kovactl
