@@ -231,6 +231,13 @@ class Lasting(TestCase):
                              **self.recording(machine, KOVA_RECORD_FILE="/nonexistent/r"))[1],
                          expected)
 
+    def test_what_the_device_library_calls_itself_is_not_the_agents(self):
+        library = os.environ["KOVA_CALLING_LIBRARY"]
+        settings = self.recording({}, KOVA_RECORD_STEP_MS="5", KOVA_RECORD_LIBRARY=library)
+        self.assertEqual(run([*AGENT, "codes", "2"], RECORDER, **settings), (0, "0\n", ""))
+        self.assertEqual(json.loads(self.file.read_text())["trace"]["moments"],
+                         [[0, "0x0", 10], [5, "0x1", 12]])
+
     def test_where_nothing_was_called_there_is_no_file(self):
         run([*AGENT, "silent"], RECORDER, **self.recording(self.machine()))
         self.assertEqual(os.listdir(self.folder), ["machine.json"])
