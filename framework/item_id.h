@@ -18,6 +18,11 @@ constexpr unsigned int group(unsigned int id) {
   return id & kGroupMask;
 }
 
+/// How many IDs a heading leads, its own the first: a subgroup's, a group's or a family's.
+constexpr unsigned int span(unsigned int heading) {
+  return group(heading) != heading ? 0x10 : family(heading) != heading ? 0x100 : 0x10000;
+}
+
 /// Bits 7..0: a PoE port or a memory module's number.
 constexpr unsigned int instance(unsigned int id) {
   return id & 0xFFU;

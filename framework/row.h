@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "framework/item_id.h"
 #include "framework/status.h"
 #include "framework/word_reader.h"
 
@@ -77,7 +78,6 @@ struct Row {
   Shape as{};
   std::string (*text)(unsigned int word) = nullptr;  ///< of an item that is one word's text
   Decoder decode = nullptr;                          ///< of a text that takes more than its word
-  unsigned int block = 0;  ///< of a heading: so many IDs from it on, if no row is theirs, are as it
   unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own
   unsigned int default_of = 0;  ///< of a factory default: the setting's ID
   bool is_private = false;      ///< tells one machine or its user from others: serial numbers
@@ -120,11 +120,20 @@ constexpr bool is_published(const Row& row) {
   return row.as.role != Role::kNone && row.code.has_value();
 }
 
-/// A package of the capability document: the published items among the IDs id+1..id+span-1, under
-/// the name of the heading `id`.
+/// True of a heading with a kind: the IDs that it leads, if no row is theirs, are treated as it.
+constexpr bool leads_items(const Row& row) {
+  return !row.code && row.as.kind != Kind::kNone;
+}
+
+/// True of a published item that a heading leads.
+constexpr bool is_led_by(const Row& row, unsigned int heading) {
+  return is_published(row) && row.id > heading && row.id - heading < item_id::span(heading);
+}
+
+/// A package of the capability document: the published items that the heading `id` leads, under its
+/// name.
 struct Package {
   unsigned int id;
-  unsigned int span;
   unsigned int unit_id = 0;        ///< the ID whose unit is the package's "bu", if there is one
   std::string_view second_name{};  ///< of the same elements' package in the sheet's second family
   unsigned int second_id = 0;

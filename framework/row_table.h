@@ -27,7 +27,9 @@ class RowTable {
     places_.fill(kNone);
     for (std::size_t place = 0; place < rows.size(); ++place) {
       const unsigned int first = key(rows[place].id);
-      for (unsigned int at = first; at < first + rows[place].block; ++at) {
+      const unsigned int end =
+          leads_items(rows[place]) ? first + item_id::span(rows[place].id) : first;
+      for (unsigned int at = first; at < end; ++at) {
         places_.at(at) = static_cast<std::uint8_t>(place);
       }
     }
@@ -75,12 +77,12 @@ class RowTable {
   std::array<std::uint8_t, kKeyMask + 1> places_{};
 };
 
-/// The IDs from the first to the last published item among heading+1..heading+span-1. They are read
-/// one after the other, so a gap among them does not compile.
-consteval Ids items_under(std::span<const Row> rows, unsigned int heading, unsigned int span) {
+/// The IDs from the first to the last published item that a heading leads. They are read one after
+/// the other, so a gap among them does not compile.
+consteval Ids items_under(std::span<const Row> rows, unsigned int heading) {
   Ids ids{.first = 0, .end = 0};
   for (const Row& row : rows) {
-    if (row.id <= heading || row.id >= heading + span || !is_published(row)) {
+    if (!is_led_by(row, heading)) {
       continue;
     }
     if (ids.end != 0 && row.id != ids.end) {

@@ -61,7 +61,7 @@ void append_function_package(JsonList* families, JsonList* packages, std::string
 
 // What the sheet says of a heading's package.
 const catalogue::Package& package_of(const catalogue::Sheet& sheet, unsigned int heading) {
-  static constexpr catalogue::Package kPlain{.id = 0, .span = 0};
+  static constexpr catalogue::Package kPlain{.id = 0};
   const auto found = std::ranges::find(sheet.packages, heading, &catalogue::Package::id);
   return found == sheet.packages.end() ? kPlain : *found;
 }

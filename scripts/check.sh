@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
 # exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
-# the exporter's unit and threads, the monitoring pieces in their engines, docs/items.md and
-# docs/metrics.md. Installs what is missing. release_check.sh has what takes longer.
+# the exporter's unit and threads, the monitoring pieces in their engines. Installs what is missing.
+# release_check.sh has what takes longer.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -19,14 +19,13 @@ mapfile -t shell_scripts < <(git ls-files '*.sh' '.ci/run')
 shellcheck -x "${shell_scripts[@]}"
 shellcheck --shell=sh cmake/unit_scripts/*.in
 
-echo "Checking the plug-in, the metrics and docs/items.md ..."
+echo "Checking the plug-in and the metrics ..."
 build_preset dev
 scripts/check_binary.sh build/dev
 scripts/metrics_check.sh build/dev
 scripts/browser_test.sh build/dev
 scripts/exporter_check.sh build/dev
 scripts/monitoring_test.sh build/dev
-scripts/items.sh --check
 
 echo "Running clang-tidy ..."
 quietly cmake --preset clang
@@ -37,4 +36,4 @@ if ! run-clang-tidy -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repositor
   exit 1
 fi
 
-echo "Format, clang-tidy, scripts, binaries, programs and documents are in order."
+echo "Format, clang-tidy, scripts, binaries and programs are in order."

@@ -1,27 +1,29 @@
 #!/usr/bin/env bash
 # Writes docs/items.md and docs/metrics.md from the families' rows, and docs/host-guide.md's table of
-# statuses from the C header. Usage: scripts/items.sh [--check]
-# --check writes nothing, and fails when a page is not what would be written.
+# statuses from the C header. Usage: scripts/items.sh [--check BUILD_FOLDER]
+# --check writes and builds nothing, and fails when a page is not what would be written.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
+build=build/dev
 case "$#,${1:-}" in
-  0,) check=no ;;
-  1,--check) check=yes ;;
+  0,)
+    scripts/install_dependencies.sh test
+    quietly cmake --preset dev
+    quietly cmake --build "$build" --parallel "$(nproc)" --target items_document metrics_document
+    ;;
+  2,--check) build=$2 ;;
   *)
-    echo "usage: scripts/items.sh [--check]" >&2
+    echo "usage: scripts/items.sh [--check BUILD_FOLDER]" >&2
     exit 2
     ;;
 esac
 
-scripts/install_dependencies.sh test
-quietly cmake --preset dev
-quietly cmake --build build/dev --parallel "$(nproc)" --target items_document metrics_document
 made=$(mktemp -d)
 trap 'rm -rf "$made"' EXIT
-generator=build/dev/module/items/items_document
+generator=$build/module/items/items_document
 "$generator" --markdown >"$made/items.md"
-build/dev/tools/host/metrics_document >"$made/metrics.md"
+"$build/tools/host/metrics_document" >"$made/metrics.md"
 # The guide's table: what stands before its first status, the statuses, and what follows them.
 "$generator" --statuses >"$made/statuses"
 awk -v statuses="$made/statuses" '
@@ -29,7 +31,7 @@ awk -v statuses="$made/statuses" '
   { print }' docs/host-guide.md >"$made/host-guide.md"
 
 for page in items.md metrics.md host-guide.md; do
-  if [ "$check" = no ]; then
+  if [ $# -eq 0 ]; then
     cat "$made/$page" >"docs/$page"
   elif ! diff -u "docs/$page" "$made/$page" >&2; then
     echo "docs/$page is stale: run scripts/items.sh" >&2

@@ -92,7 +92,7 @@ void read_run(Items& items, std::set<std::uint32_t>& seen, const std::string& ke
   const std::vector<Node> elements = node.elements();
   if (node.is_array()) {
     const std::size_t count = elements.size();
-    if (run.size() == 1 && count > 0 && count <= MAX_RUN && run.first <= UINT32_MAX - count) {
+    if (run.size() == 1 && count > 0 && count <= MAX_RUN && run.first <= UINT32_MAX - (count - 1)) {
       run.last = run.first + static_cast<std::uint32_t>(count - 1);
     }
     if (run.size() != count) {

@@ -116,14 +116,12 @@ std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
   return 0;
 }
 
-// What a code holds now. Looking at it is no device call and counts as none.
+// What a code holds now: the checks of the description have seen to it that a limit's code holds
+// something. Looking at it is no device call and counts as none.
 std::uint32_t Machine::word_of(std::uint32_t code) const {
-  const auto found = description_.items.find(code);
   const auto calls = calls_.find(code);
-  if (found == description_.items.end() || !found->second.value) {
-    return 0;
-  }
-  return sample(*found->second.value, time_, calls == calls_.end() ? 0 : calls->second.reads);
+  return sample(*description_.items.at(code).value, time_,
+                calls == calls_.end() ? 0 : calls->second.reads);
 }
 
 // Words have no sign of their own: they are compared as signed when a limit is negative.

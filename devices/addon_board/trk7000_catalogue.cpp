@@ -62,11 +62,7 @@ std::string ec_type(unsigned int word) {
 // Units stand on the group headings and are published with the package, not with each sensor.
 constexpr std::array kRows{
     Row{.id = trk7000::kPresence, .name = "Available", .code = 0x800000},
-    Row{.id = trk7000::kTemperatures,
-        .name = "Temperatures",
-        .unit = "Cel",
-        .as = kTemperature,
-        .block = 0x100},
+    Row{.id = trk7000::kTemperatures, .name = "Temperatures", .unit = "Cel", .as = kTemperature},
     Row{.id = kVtinSensors, .name = "VTIN temperatures"},
     temperature(0x14170111, "TRK7K VTIN 1", 0x820000),
     temperature(0x14170112, "TRK7K VTIN 2", 0x820001),
@@ -76,11 +72,7 @@ constexpr std::array kRows{
     temperature(0x14170122, "TRK7K BT 2", 0x820004),
     temperature(0x14170123, "TRK7K BT 3", 0x820005),
     temperature(0x14170124, "TRK7K BT 4", 0x820006),
-    Row{.id = trk7000::kFanSpeeds,
-        .name = "Fan speeds",
-        .unit = "RPM",
-        .as = kFanSpeed,
-        .block = 0x100},
+    Row{.id = trk7000::kFanSpeeds, .name = "Fan speeds", .unit = "RPM", .as = kFanSpeed},
     Row{.id = trk7000::kOnboardFans, .name = "Onboard fan speeds"},
     fan_speed(0x14170311, "TRK7K OB fan 1", 0x822003),
     fan_speed(0x14170312, "TRK7K OB fan 2", 0x822004),
@@ -89,7 +81,7 @@ constexpr std::array kRows{
     fan_speed(0x14170315, "TRK7K OB fan 5", 0x822007),
     fan_speed(0x14170316, "TRK7K OB fan 6", 0x822008),
     fan_speed(0x14170317, "TRK7K OB fan 7", 0x822009),
-    Row{.id = trk7000::kInformation, .name = "Information", .as = kIdentity, .block = 0x100},
+    Row{.id = trk7000::kInformation, .name = "Information", .as = kIdentity},
     Row{.id = 0x14170601,
         .name = "Firmware version",
         .code = 0x800001,
@@ -112,14 +104,12 @@ constexpr std::array kRows{
 
 // Fans and temperatures stand in the document a second time, where hosts look for any board's.
 constexpr std::array kPackages{
-    Package{.id = trk7000::kInformation, .span = 0x100},
+    Package{.id = trk7000::kInformation},
     Package{.id = trk7000::kOnboardFans,
-            .span = 0x10,
             .unit_id = trk7000::kFanSpeeds,
             .second_name = "Fan Speed",
             .second_id = 0x20300},
     Package{.id = trk7000::kTemperatures,
-            .span = 0x100,
             .unit_id = trk7000::kTemperatures,
             .second_name = "Temperature",
             .second_id = 0x20100},
@@ -128,10 +118,10 @@ constexpr std::array kPackages{
 }  // namespace
 
 constinit const catalogue::RowTable trk7000::kTable(kRows);
-constinit const catalogue::Ids trk7000::kVtin = items_under(kRows, kVtinSensors, 0x10);
-constinit const catalogue::Ids trk7000::kBt = items_under(kRows, kBtSensors, 0x10);
-constinit const catalogue::Ids trk7000::kFans = items_under(kRows, kOnboardFans, 0x10);
-constinit const catalogue::Ids trk7000::kTexts = items_under(kRows, kInformation, 0x100);
+constinit const catalogue::Ids trk7000::kVtin = items_under(kRows, kVtinSensors);
+constinit const catalogue::Ids trk7000::kBt = items_under(kRows, kBtSensors);
+constinit const catalogue::Ids trk7000::kFans = items_under(kRows, kOnboardFans);
+constinit const catalogue::Ids trk7000::kTexts = items_under(kRows, kInformation);
 
 constinit const catalogue::Sheet trk7000::kSheet{.name = "TRK-7000",
                                                  .title = "Add-on board",

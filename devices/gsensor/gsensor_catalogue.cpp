@@ -59,19 +59,15 @@ constexpr Row offset(unsigned int id, std::string_view name, unsigned int code) 
 constexpr std::array kRows{
     Row{.id = gsensor::kPresence, .name = "Available", .code = 0x400000},
     Row{.id = gsensor::kSettings, .name = "Settings"},
-    Row{.id = kModeBlock, .name = "Modes", .as = kMode, .block = 0x10},
+    Row{.id = kModeBlock, .name = "Modes", .as = kMode},
     mode(0x14150711, "Measure mode", "0=standby|1=measurement", 0x430000),
     mode(0x14150712, "Low power mode", "0=normal operation|1=reduced power operation", 0x440000),
     mode(0x14150713, "Sleep mode", "0=normal mode|1=sleep mode", 0x440001),
-    Row{.id = kOffsetBlock, .name = "Offset settings", .as = kOffset, .block = 0x10},
+    Row{.id = kOffsetBlock, .name = "Offset settings", .as = kOffset},
     offset(0x14150721, "Offset X", 0x420000),
     offset(0x14150722, "Offset Y", 0x420001),
     offset(0x14150723, "Offset Z", 0x420002),
-    Row{.id = kRateBlock,
-        .name = "Data rates",
-        .offered = kOfferedRates,
-        .as = kCode,
-        .block = 0x10},
+    Row{.id = kRateBlock, .name = "Data rates", .offered = kOfferedRates, .as = kCode},
     Row{.id = 0x14150731,
         .name = "Normal mode data rate",
         .options = kDataRates,
@@ -87,7 +83,7 @@ constexpr std::array kRows{
         .code = 0x450001,
         .range = Bounds{1, 8},
         .as = kCode},
-    Row{.id = kRangeBlock, .offered = kOfferedRanges, .as = kCode, .block = 0x10},
+    Row{.id = kRangeBlock, .offered = kOfferedRanges, .as = kCode},
     Row{.id = 0x14150741,
         .name = "G-range",
         .options = "2=-2~+2G|4=-4~+4G|8=-8~+8G|16=-16~+16G",
@@ -95,25 +91,25 @@ constexpr std::array kRows{
         .code = 0x430001,
         .range = Bounds{2, 16},
         .as = kCode},
-    Row{.id = gsensor::kData, .name = "Data", .unit = "G", .as = kReading, .block = 0x100},
+    Row{.id = gsensor::kData, .name = "Data", .unit = "G", .as = kReading},
     Row{.id = 0x14150901, .name = "X", .code = 0x410000, .as = kReading},
     Row{.id = 0x14150902, .name = "Y", .code = 0x410001, .as = kReading},
     Row{.id = 0x14150903, .name = "Z", .code = 0x410002, .as = kReading},
 };
 
 constexpr std::array kPackages{
-    Package{.id = gsensor::kData, .span = 0x100, .unit_id = gsensor::kData},
-    Package{.id = gsensor::kSettings, .span = 0x100},
+    Package{.id = gsensor::kData, .unit_id = gsensor::kData},
+    Package{.id = gsensor::kSettings},
 };
 
 }  // namespace
 
 constinit const catalogue::RowTable gsensor::kTable(kRows);
-constinit const catalogue::Ids gsensor::kModes = items_under(kRows, kModeBlock, 0x10);
-constinit const catalogue::Ids gsensor::kOffsets = items_under(kRows, kOffsetBlock, 0x10);
-constinit const catalogue::Ids gsensor::kRates = items_under(kRows, kRateBlock, 0x10);
-constinit const catalogue::Ids gsensor::kRanges = items_under(kRows, kRangeBlock, 0x10);
-constinit const catalogue::Ids gsensor::kReadings = items_under(kRows, kData, 0x100);
+constinit const catalogue::Ids gsensor::kModes = items_under(kRows, kModeBlock);
+constinit const catalogue::Ids gsensor::kOffsets = items_under(kRows, kOffsetBlock);
+constinit const catalogue::Ids gsensor::kRates = items_under(kRows, kRateBlock);
+constinit const catalogue::Ids gsensor::kRanges = items_under(kRows, kRangeBlock);
+constinit const catalogue::Ids gsensor::kReadings = items_under(kRows, kData);
 
 constinit const catalogue::Sheet gsensor::kSheet{
     .name = "GSensor",

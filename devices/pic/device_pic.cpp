@@ -28,9 +28,7 @@ const Row* row_shown(unsigned int id) {
 }  // namespace
 
 Device_PIC::Device_PIC() {
-  if (get_func != nullptr) {
-    update_bound_map();
-  }
+  update_bound_map();
 }
 
 void Device_PIC::update_bound_map_by_id(unsigned int id, double min, double max) {
@@ -43,9 +41,6 @@ bool Device_PIC::is_transfer_volt(unsigned int id) {
 }
 
 void Device_PIC::update_bound_map() {
-  if (get_func == nullptr) {
-    return;
-  }
   try {
     for (unsigned int id = pic::kCurrentValues.first; id < pic::kCurrentValues.end; ++id) {
       update_bounds_of(item_id::index(id));

@@ -78,7 +78,7 @@ constexpr Row status_timer(unsigned int id, std::string_view name, unsigned int 
 
 constexpr std::array kFixedRows{
     Row{.id = pic::kPresence, .name = "Available", .code = 0x600008},
-    Row{.id = pic::kInformation, .name = "Information", .as = kIdentityText, .block = 0x100},
+    Row{.id = pic::kInformation, .name = "Information", .as = kIdentityText},
     Row{.id = 0x14160601,
         .name = "Firmware version",
         .code = 0x600000,
@@ -88,9 +88,9 @@ constexpr std::array kFixedRows{
     state(0x14160602, "SW1_4 status", "0=SW mode|1=HW mode", 0x610002, 1, switch_status),
     state(0x14160603, "V/P mode", "0=Vehicle mode|1=PC mode", 0x610003, 1, vehicle_or_pc_mode),
     state(0x14160604, "Battery type", "0=ERR|1=12V|2=24V", 0x620004, 2, battery_type),
-    Row{.id = pic::kCurrentView, .name = "Settings", .as = kSettingNumber, .block = 0x10},
+    Row{.id = pic::kCurrentView, .name = "Settings", .as = kSettingNumber},
     Row{.id = pic::kDefaultView, .name = "Default settings"},
-    Row{.id = pic::kStatus, .name = "Real-time status", .as = kNumber, .block = 0x100},
+    Row{.id = pic::kStatus, .name = "Real-time status", .as = kNumber},
     status_switch(0x14160801, "IGN status", 0x62000A),
     status_timer(0x14160802, "Ignition off timer", 0x6A0005),
     Row{.id = 0x14160803,
@@ -204,19 +204,19 @@ constexpr auto kRows = [] {
 }();
 
 constexpr std::array kPackages{
-    Package{.id = pic::kInformation, .span = 0x100},
-    Package{.id = pic::kDefaultView, .span = 0x10},
-    Package{.id = pic::kCurrentView, .span = 0x10},
-    Package{.id = pic::kStatus, .span = 0x100},
+    Package{.id = pic::kInformation},
+    Package{.id = pic::kDefaultView},
+    Package{.id = pic::kCurrentView},
+    Package{.id = pic::kStatus},
 };
 
 }  // namespace
 
 constinit const catalogue::RowTable pic::kTable(kRows);
-constinit const catalogue::Ids pic::kTexts = items_under(kRows, kInformation, 0x100);
-constinit const catalogue::Ids pic::kCurrentValues = items_under(kRows, kCurrentView, 0x10);
-constinit const catalogue::Ids pic::kDefaults = items_under(kRows, kDefaultView, 0x10);
-constinit const catalogue::Ids pic::kStatusItems = items_under(kRows, kStatus, 0x100);
+constinit const catalogue::Ids pic::kTexts = items_under(kRows, kInformation);
+constinit const catalogue::Ids pic::kCurrentValues = items_under(kRows, kCurrentView);
+constinit const catalogue::Ids pic::kDefaults = items_under(kRows, kDefaultView);
+constinit const catalogue::Ids pic::kStatusItems = items_under(kRows, kStatus);
 
 constinit const catalogue::Sheet pic::kSheet{
     .name = "PIC",

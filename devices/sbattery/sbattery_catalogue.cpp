@@ -228,7 +228,7 @@ constexpr std::array kRows{
         .note = "error bits 3..0 of BatteryStatus: 0x7"},
 };
 
-constexpr std::array kPackages{Package{.id = sbattery::kFamily, .span = 0x10000}};
+constexpr std::array kPackages{Package{.id = sbattery::kFamily}};
 
 void assign_each(const StringMap& from, StringMap* to) {
   for (const auto& [id, text] : from) {

@@ -26,11 +26,8 @@ static_assert(kAllNames.size() <= std::numeric_limits<Offset>::max());
 // Where each name starts, and the end of the last.
 constexpr auto kStarts = [] {
   std::array<Offset, kCount + 1> starts{};
-  std::size_t row = 0;
-  for (std::size_t at = 0; at < kAllNames.size(); ++at) {
-    if (kAllNames[at] == '\0') {
-      starts[++row] = static_cast<Offset>(at + 1);
-    }
+  for (std::size_t row = 0; row < kCount; ++row) {
+    starts[row + 1] = static_cast<Offset>(kAllNames.find('\0', starts[row]) + 1);
   }
   return starts;
 }();

@@ -50,7 +50,7 @@ Package package_of(const Sheet& sheet, const catalogue::Package& package) {
                .unit = unit == sheet.rows.end() ? std::string_view() : unit->unit,
                .items = {}};
   for (const Row& row : sheet.rows) {
-    if (is_published(row) && row.id > package.id && row.id - package.id < package.span) {
+    if (is_led_by(row, package.id)) {
       made.items.push_back(&row);
     }
   }

@@ -1,9 +1,11 @@
 """Measures the tests by mutation: small faults put into the code, one at a time, have to be found.
 
 Run by scripts/mutation.sh. Mutants are drawn at random, the same ones for the same seed. Each goes
-into a copy of the tree, which is built without optimisation; the tests of its folder run first, all
-others after them. A mutant that does not compile is not judged. One whose tests take too long, or
-that a program of the build itself refuses, is killed like one that a test finds.
+into a copy of the tree, which is built without optimisation. The tests of its folder run first, for
+all mutants in turn; those that they leave ("not found by the tests of its folder") then meet all
+other tests. A mutant that does not compile is not judged. One that a program of the build itself
+refuses is killed like one that a test finds, in two runs of it: the first may have failed for
+a machine at its limits.
 """
 import argparse
 import concurrent.futures
@@ -27,13 +29,16 @@ from mutants import mutants_of
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ["module", "framework", "devices", "simulator", "tools"]
 # The folders of tests/ whose tests are the first to run for a folder of code. Others: its own name.
-OWN_TESTS = {"module": [".", "faults"], "framework": [".", "faults"], "devices": [".", "faults"],
+OWN_TESTS = {"module": [".", "faults", "items"], "framework": [".", "faults"], "devices": [".", "faults"],
              "host": ["host", "kovactl"]}
 BUILD_LIMIT = 600  # seconds, for one mutant
+TEST_LIMIT = 300  # seconds, for one test program on the code as it is
 MEMORY_LIMIT = 4 << 30
 
 
 def bounded():
+    """What a test finds: limits, and Control-C as a terminal gives it, also when in the background."""
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -120,11 +125,20 @@ class Tree:
                 target, place)
         return list(found.values())
 
-    def passes(self, program, limit):
-        """Whether a program's tests pass, within the seconds it is given."""
-        code, _ = run(program.command, limit, cwd=program.place, preexec_fn=bounded,
-                      env={**os.environ, **program.environment})
-        return code == 0
+    def failure(self, program, limit, tests=()):
+        """The output of a program whose tests, or these, do not pass within so many seconds."""
+        command = program.command + ([f"--gtest_filter={':'.join(tests)}"] if tests else [])
+        code, output = run(command, limit, cwd=program.place, preexec_fn=bounded,
+                           env={**os.environ, **program.environment})
+        return None if code == 0 else output
+
+    def finds(self, program, limit):
+        """Whether a program's tests fail, and those that did once more."""
+        output = self.failure(program, limit)
+        if output is None:
+            return False
+        failed = re.findall(r"^\[  FAILED  \] ([\w./]+)", output, re.MULTILINE)
+        return self.failure(program, limit, failed) is not None
 
 
 def run_or_stop(command):
@@ -144,24 +158,24 @@ def prepared_tree(folder, jobs):
     return tree
 
 
-def measure(tree):
-    """The test programs with the time that each takes on the code as it is."""
-    programs = tree.programs()
+def measure(tree, programs):
+    """Sees how long each of the programs takes on the code as it is."""
+    tree.make(["all"])
     for program in programs:
         start = time.monotonic()
-        if not tree.passes(program, None):
+        if tree.failure(program, TEST_LIMIT) is not None:
             sys.exit(f"mutation.py: {program.name} fails without any mutant")
         program.seconds = time.monotonic() - start
-    return programs
 
 
-def in_order(programs, path):
-    """Programs of the mutant's own folder first, then the quick before the slow."""
+def split(programs, path):
+    """Programs of the mutant's own folder, and the others; the quick before the slow."""
     parts = path.split("/")
     folder = parts[1] if parts[0] == "tools" else parts[0]
     own = OWN_TESTS.get(folder, [folder])
-    return sorted(programs, key=lambda program: (program.folder not in own,
-                                                 program.target == "all", program.seconds))
+    in_order = sorted(programs, key=lambda program: (program.target == "all", program.seconds))
+    return ([program for program in in_order if program.folder in own],
+            [program for program in in_order if program.folder not in own])
 
 
 def failed_to_compile(output):
@@ -171,35 +185,34 @@ def failed_to_compile(output):
                for name in failed)
 
 
-def judge(tree, programs, mutant, limit):
-    """What becomes of a mutant: "not compiled", "killed by ..." or "survived"."""
+def judge(tree, programs, mutant):
+    """What these programs make of a mutant: "not compiled", "killed by ..." or None."""
     file = tree.folder / mutant.path
     original = file.read_text()
     file.write_text(mutant.apply(original))
     try:
-        end = None
-        for program in in_order(programs, mutant.path):
+        for program in programs:
             code, output = tree.make([program.target])
             if code is None:
                 return "killed by the build, out of time"
             if code != 0:
                 return "not compiled" if failed_to_compile(output) else "killed by the build"
-            end = end or time.monotonic() + limit
-            seconds = min(5 + 10 * program.seconds, end - time.monotonic())
-            if seconds <= 0:
-                return "killed, out of time"
-            if not tree.passes(program, seconds):
+            if tree.finds(program, 5 + 10 * program.seconds):
                 return f"killed by {program.name}"
-        return "survived"
+        return None
     finally:
         file.write_text(original)
 
 
 def drawn(folders, number, seed):
-    listed = run_or_stop(["git", "-C", REPOSITORY, "ls-files", "--", *folders]).split()
-    files = [name for name in listed if name.endswith((".c", ".cpp", ".h"))]
-    mutants = [mutant for name in files
-               for mutant in mutants_of(name, (REPOSITORY / name).read_text())]
+    places = [(name, line) for name, _, line in (folder.partition(":") for folder in folders)]
+    files, mutants = set(), []
+    for place, line in places:
+        for name in run_or_stop(["git", "-C", REPOSITORY, "ls-files", "--", place]).split():
+            if name.endswith((".c", ".cpp", ".h")):
+                files.add(name)
+                mutants += [mutant for mutant in mutants_of(name, (REPOSITORY / name).read_text())
+                            if line in ("", str(mutant.line))]
     if not mutants:
         sys.exit(f"mutation.py: there is no code in {' '.join(folders)}")
     chosen = random.Random(seed).sample(mutants, min(number or len(mutants), len(mutants)))
@@ -211,32 +224,34 @@ def drawn(folders, number, seed):
 def judge_all(mutants, options):
     """Judges mutants in as many trees as there are jobs; gives them with their verdicts."""
     place = REPOSITORY / "build" / "mutation"
-    trees = queue.SimpleQueue()
-    first = prepared_tree(place / "0", os.cpu_count() or 1)
-    programs = {first: measure(first)}
-    trees.put(first)
-    for job in range(1, options.jobs):
-        tree = prepared_tree(place / str(job), os.cpu_count() or 1)
-        seconds = {program.name: program.seconds for program in programs[first]}
-        programs[tree] = tree.programs()
-        for program in programs[tree]:
-            program.seconds = seconds[program.name]
-        trees.put(tree)
+    trees = [prepared_tree(place / str(job), os.cpu_count() or 1) for job in range(options.jobs)]
+    programs = {tree: tree.programs() for tree in trees}
+    idle = queue.SimpleQueue()
+    for tree in trees:
+        idle.put(tree)
     verdicts, lock = {}, threading.Lock()
 
-    def work(mutant):
-        tree = trees.get()
+    def work(mutant, stage, otherwise):
+        tree = idle.get()
         try:
-            verdict = judge(tree, programs[tree], mutant, options.limit)
+            chosen = split(programs[tree], mutant.path)[stage]
+            verdict = judge(tree, chosen, mutant) or otherwise
         finally:
-            trees.put(tree)
+            idle.put(tree)
         with lock:
             verdicts[mutant] = verdict
             print(f"[{len(verdicts)}/{len(mutants)}] {mutant}: {verdict}", flush=True)
 
-    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for future in [pool.submit(work, mutant) for mutant in mutants]:
-            future.result()
+    left = mutants
+    for stage, otherwise in enumerate(["not found by the tests of its folder", "survived"]):
+        names = {program.name for mutant in left
+                 for program in split(programs[trees[0]], mutant.path)[stage]}
+        for tree in trees:
+            measure(tree, [program for program in programs[tree] if program.name in names])
+        with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+            for future in [pool.submit(work, mutant, stage, otherwise) for mutant in left]:
+                future.result()
+        left = [mutant for mutant in left if verdicts[mutant] == otherwise]
     return verdicts
 
 
@@ -248,14 +263,12 @@ def main():
 
     parser = argparse.ArgumentParser(prog="scripts/mutation.sh", description=__doc__)
     parser.add_argument("folders", nargs="*", default=FOLDERS, metavar="FOLDER",
-                        help=f"folders or files of code (default: {' '.join(FOLDERS)})")
+                        help=f"folders, files or FILE:LINE of code (default: {' '.join(FOLDERS)})")
     parser.add_argument("--sample", type=positive, default=200, metavar="N",
                         help="how many mutants to judge (default: 200)")
     parser.add_argument("--all", action="store_true", help="judge every mutant")
     parser.add_argument("--seed", type=int, default=1, help="of the random choice (default: 1)")
     parser.add_argument("--jobs", type=positive, default=1, help="trees at work (default: 1)")
-    parser.add_argument("--limit", type=positive, default=120, metavar="SECONDS",
-                        help="for all the tests of one mutant (default: 120)")
     parser.add_argument("--at-least", type=float, default=0, metavar="PERCENT",
                         help="exit with 1 when fewer of the judged mutants are killed")
     options = parser.parse_args()

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "framework/element.h"
 #include "framework/json_owner.h"
 
@@ -132,9 +134,15 @@ TEST(IoTJsonUtility, NothingToPackIsAnError) {
             IOT_STATUS_JSON_ERROR);
   EXPECT_EQ(out, nullptr);
   // A non-empty array left in `out` is released first.
-  out = json_pack("[i]", 1);
-  EXPECT_EQ(ipso({}), IOT_STATUS_JSON_ERROR);
-  EXPECT_EQ(out, nullptr);
+  const std::function<Status()> builders[] = {
+      [&] { return ipso({}); },
+      [&] { return IoTJsonUtility::create_json_func_package({}, "n", 1, &out); },
+      [&] { return IoTJsonUtility::create_json_capability_package({}, &out); }};
+  for (const auto& build : builders) {
+    out = json_pack("[i]", 1);
+    EXPECT_EQ(build(), IOT_STATUS_JSON_ERROR);
+    EXPECT_EQ(out, nullptr);
+  }
 }
 
 TEST(Element, EndsWithWhatHasContentInOrder) {

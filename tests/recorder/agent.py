@@ -1,6 +1,7 @@
 """An agent without a module: calls whatever device library is preloaded, and prints the answers.
 
-Usage: agent.py session SEED COUNT | hour | polls | threads | fork | full
+Usage: agent.py session SEED COUNT | hour | polls | threads | fork | full | codes COUNT | silent |
+backwards | careful
 """
 import ctypes
 import os
@@ -10,7 +11,7 @@ import sys
 import threading
 import time
 
-DEVICE = ctypes.CDLL("/usr/lib/libKOVADevice.so")  # by its SONAME
+DEVICE = ctypes.CDLL("/usr/lib/libKOVADevice.so", use_errno=True)  # by its SONAME
 UNTOUCHED = 0xDEAD
 CODES = [*range(0x200000, 0x200002), *range(0x240000, 0x240004), *range(0x250000, 0x250004),
          *range(0x270000, 0x270004), *range(0x410000, 0x410003), 0x430001, 0x600008, 0x6A0005,
@@ -85,6 +86,30 @@ def full():
     for seed, count in enumerate((50, 3000, 100)):
         session(seed, count)
         time.sleep(1.3)
+
+
+def codes(count):
+    print(sum(read(code)[0] != 0 for code in range(int(count))))
+
+
+def silent():
+    DEVICE.KovaRecorderError()
+
+
+def backwards():
+    """Sets the time to and fro, and ends a while after the last call."""
+    for seconds in (5, 1, 9):
+        DEVICE.KovaRecorderSetTime(ctypes.c_uint64(seconds * 1000))
+        print(read(0x820000))
+    DEVICE.KovaRecorderSetTime(ctypes.c_uint64(90500))
+
+
+def careful():
+    """An agent that looks at errno, and asks without a place for the answer."""
+    for _ in range(2):
+        ctypes.set_errno(77)
+        print(read(0x820000)[0], DEVICE.KovaDeviceSetValue(0x680000, 11), ctypes.get_errno())
+    print(hex(DEVICE.KovaDeviceGetValue(0x820000, None) & 0xFFFFFFFF))
 
 
 globals()[sys.argv[1]](*sys.argv[2:])

@@ -1,4 +1,5 @@
 """Records agents and kovactl, and replays what was recorded."""
+import datetime
 import json
 import os
 import pathlib
@@ -99,6 +100,7 @@ class Faithful(TestCase):
         self.assertEqual((code, err), (0, "0\n"))
         self.assertLess(self.file.stat().st_size, 5_000_000)
         self.assertIn("for 1 h 0 min 0 s: 360000 reads (", self.note())
+        self.assertLess(max(map(len, self.file.read_text().splitlines())), 1000)
         variation = self.folder / "replay.json"
         variation.write_text(json.dumps({"base": str(self.file), "clock": {"step_ms": 10}}))
         self.assertEqual(run([*AGENT, "hour"], SIMULATOR, KOVA_SIM_MACHINE=str(variation))[1], out)
@@ -125,8 +127,9 @@ class Lasting(TestCase):
         agent.wait()
         self.assertIn("reads", self.note(part))
         self.assertEqual(self.file.read_text(), "the one before")
+        crashed = part.read_text()
         run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))
-        self.assertIn("recorded.json.crashed", os.listdir(self.folder))
+        self.assertEqual((self.folder / "recorded.json.crashed").read_text(), crashed)
         self.assertRegex(self.note(), r"for \d s: \d reads.*, \d writes?")
 
     def test_a_file_beside_it_ends_the_recording(self):
@@ -160,6 +163,7 @@ class Lasting(TestCase):
 
     def test_what_cannot_be_recorded_is_told_once(self):
         machine = self.machine()
+        (self.folder / "linked.part").symlink_to(self.folder / "elsewhere")
         plain = run([*AGENT, "session", "1", "20"], SIMULATOR, **machine)[1]
         for changes, reason in (
             ({"KOVA_RECORD_FILE": "/nonexistent/r.json"}, "/nonexistent/r.json: cannot be written"),
@@ -167,6 +171,11 @@ class Lasting(TestCase):
             ({"KOVA_RECORD_FILE": "/tmp/%d"}, "after a percent sign comes p"),
             ({"KOVA_RECORD_REDACT": "0x1..x"}, "'0x1..x' is no device code"),
             ({"KOVA_RECORD_STEP_MS": "0"}, "expected 1 to 86400000"),
+            ({"KOVA_RECORD_FILE": "/tmp/r%"}, "after a percent sign comes p"),
+            ({"KOVA_RECORD_FILE": str(self.folder / "linked")}, "cannot be written (ELOOP)"),
+            ({"KOVA_RECORD_REDACT": "0x1,0x3..0x2"}, "'0x3..0x2' is no device code"),
+            ({"KOVA_RECORD_STEP_MS": "86400001"}, "expected 1 to 86400000"),
+            ({"KOVA_RECORD_STEP_MS": "7s"}, "expected 1 to 86400000"),
         ):
             with self.subTest(reason):
                 code, out, err = run([*AGENT, "session", "1", "20"], RECORDER,
@@ -177,9 +186,66 @@ class Lasting(TestCase):
         self.assertIn("/nonexistent.so: cannot open",
                       run([*AGENT, "session", "1", "9"], RECORDER, **missing)[2])
 
+    def test_the_file_tells_what_was_recorded_and_how_long(self):
+        for count, step in ((1, 86400000), (40, 1500)):
+            before = datetime.datetime.now(datetime.timezone.utc).replace(microsecond=0)
+            _, out, _ = run([*AGENT, "session", "5", str(count)], RECORDER,
+                            **self.recording(self.machine(), KOVA_RECORD_STEP_MS=str(step)))
+            counts = []
+            for what in ("read", "write"):
+                lines = [line for line in out.splitlines() if line.startswith(what)]
+                failed = sum(line.split()[2 if what == "read" else 3] != "0" for line in lines)
+                counts.append(f"{len(lines)} {what}{'' if len(lines) == 1 else 's'}"
+                              + (f" ({failed} failed)" if failed else ""))
+            told = re.fullmatch(r"Recorded (\S+ \S+) UTC with release [0-9.]+, for 0 s: (.*)",
+                                self.note())
+            self.assertEqual(told[2], ", ".join(counts))
+            begin = datetime.datetime.fromisoformat(told[1] + "+00:00")
+            self.assertTrue(before <= begin <= datetime.datetime.now(datetime.timezone.utc))
+            trace = json.loads(self.file.read_text())["trace"]
+            self.assertEqual(trace["seconds"], count * step / 1000)
+
+    def test_time_does_not_run_backwards(self):
+        _, out, err = run([*AGENT, "backwards"], RECORDER, **self.recording(self.machine()))
+        trace = json.loads(self.file.read_text())["trace"]
+        self.assertEqual(([moment[0] for moment in trace["moments"]], trace["seconds"], err),
+                         ([5000, 9000], 90.5, ""))
+        self.assertIn("for 1 min 30 s: 3 reads, 0 writes", self.note())
+
+    def test_more_codes_than_a_description_has(self):
+        for count, ending in ((65536, ""), (65537, "more than 65536 device codes")):
+            _, out, err = run([*AGENT, "codes", str(count)], RECORDER,
+                              **self.recording(self.machine()))
+            self.assertGreater(int(out), 65000)
+            self.assertIn(ending, err)
+            self.assertEqual(err == "", ending == "")
+            self.assertEqual("it stopped early" in self.note(), ending != "")
+
+    def test_an_agent_notices_nothing(self):
+        machine = self.machine()
+        expected = run([*AGENT, "careful"], SIMULATOR, **machine)[1]
+        self.assertIn("\n0 0 77\n0xe0000004\n", expected)
+        self.assertEqual(run([*AGENT, "careful"], RECORDER, **self.recording(machine))[1:],
+                         (expected, ""))
+        self.assertEqual(run([*AGENT, "careful"], RECORDER,  # and where nothing can be recorded
+                             **self.recording(machine, KOVA_RECORD_FILE="/nonexistent/r"))[1],
+                         expected)
+
+    def test_what_the_device_library_calls_itself_is_not_the_agents(self):
+        library = os.environ["KOVA_CALLING_LIBRARY"]
+        settings = self.recording({}, KOVA_RECORD_STEP_MS="5", KOVA_RECORD_LIBRARY=library)
+        self.assertEqual(run([*AGENT, "codes", "2"], RECORDER, **settings), (0, "0\n", ""))
+        self.assertEqual(json.loads(self.file.read_text())["trace"]["moments"],
+                         [[0, "0x0", 10], [5, "0x1", 12]])
+
+    def test_where_nothing_was_called_there_is_no_file(self):
+        run([*AGENT, "silent"], RECORDER, **self.recording(self.machine()))
+        self.assertEqual(os.listdir(self.folder), ["machine.json"])
+
     def test_blanked_words(self):
         run([KOVACTL, "list"], RECORDER,
             **self.recording(self.machine(), KOVA_RECORD_REDACT="0xB0001C,0xA00011..0xA00015"))
+        self.assertIn(", private words blanked", self.note())
         moments = json.loads(self.file.read_text())["trace"]["moments"]
         words = {moment[i]: moment[i + 1] for moment in moments
                  for i in range(1, len(moment), 2)}

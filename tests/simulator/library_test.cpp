@@ -27,12 +27,15 @@ class Loaded {
     get = reinterpret_cast<decltype(get)>(dlsym(handle.get(), "KovaDeviceGetValue"));
     set = reinterpret_cast<decltype(set)>(dlsym(handle.get(), "KovaDeviceSetValue"));
     error = reinterpret_cast<decltype(error)>(dlsym(handle.get(), "KovaSimulatorError"));
+    recorded_time =
+        reinterpret_cast<decltype(recorded_time)>(dlsym(handle.get(), "KovaSimulatorRecordedTime"));
   }
 
   std::unique_ptr<void, int (*)(void*)> handle{nullptr, dlclose};
   std::uint32_t (*get)(std::uint32_t, std::uint32_t*) = nullptr;
   std::uint32_t (*set)(std::uint32_t, std::uint32_t) = nullptr;
   const char* (*error)() = nullptr;
+  std::uint64_t (*recorded_time)() = nullptr;
 };
 
 TEST(SimulatorLibrary, AnswersForThePathOfTheRealLibrary) {
@@ -64,9 +67,7 @@ TEST(SimulatorLibrary, StandsAtTheTimeThatTheHostSets) {
   const Loaded library(path.c_str());
   const auto set_time = reinterpret_cast<void (*)(std::uint64_t)>(
       dlsym(library.handle.get(), "KovaSimulatorSetTime"));
-  const auto recorded_time = reinterpret_cast<std::uint64_t (*)()>(
-      dlsym(library.handle.get(), "KovaSimulatorRecordedTime"));
-  EXPECT_EQ(recorded_time(), 3000U);
+  EXPECT_EQ(library.recorded_time(), 3000U);
   const std::pair<std::uint64_t, std::uint32_t> cases[] = {
       {999, 10}, {1000, 11}, {0, 10}, {2999, 11}};
   for (const auto& [time, expected] : cases) {
@@ -96,10 +97,20 @@ TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
   }
   const Loaded asked(path.c_str());
   testing::internal::CaptureStderr();
+  EXPECT_EQ(asked.recorded_time(), 0U);
   ASSERT_NE(asked.error(), nullptr);
   EXPECT_EQ(std::string(asked.error()).find(reason), 0U) << asked.error();
   EXPECT_EQ(asked.get(0xA00000, nullptr), 0xE0000005U);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(SimulatorLibrary, FindsShippedMachinesByTheirNames) {
+  std::uint32_t word = 0;
+  EXPECT_EQ(Loaded("sixteen-modules").get(0xA00000, &word), 0U);
+  EXPECT_EQ(word, 16U);
+  EXPECT_STREQ(Loaded("seventeen-modules").error(), "seventeen-modules: cannot be read (ENOENT)");
+  // A path is no name.
+  EXPECT_STREQ(Loaded("./sixteen-modules").error(), "./sixteen-modules: cannot be read (ENOENT)");
 }
 
 TEST(SimulatorLibrary, AnUnreadableFileIsRefused) {

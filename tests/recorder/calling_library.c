@@ -1,0 +1,21 @@
+/* A device library that calls its own entry points: while it is loaded, and to answer code 1. */
+#include <stdint.h>
+
+uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value);
+uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value);
+
+uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value) {
+  if (code == 1) {
+    return KovaDeviceGetValue(2, value);
+  }
+  *value = code + 10;
+  return 0;
+}
+
+uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value) {
+  return KovaDeviceGetValue(code, &value);
+}
+
+__attribute__((constructor)) static void probe(void) {
+  KovaDeviceSetValue(1, 0);
+}
