@@ -2,7 +2,7 @@
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
 # exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
 # the exporter's unit and threads, the monitoring pieces in their engines, docs/items.md and
-# docs/metrics.md. Installs what is missing. release_check.sh has what takes longer.
+# docs/metrics.md, the commands of all pages. Installs what is missing. release_check.sh has what takes longer.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -27,6 +27,7 @@ scripts/browser_test.sh build/dev
 scripts/exporter_check.sh build/dev
 scripts/monitoring_test.sh build/dev
 scripts/items.sh --check
+scripts/docs_test.sh
 
 echo "Running clang-tidy ..."
 quietly cmake --preset clang
