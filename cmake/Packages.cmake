@@ -68,8 +68,8 @@ endmacro()
 #              [UNIT <unit of systemd>])
 # BINARY: has programs or libraries, whose own dependencies are found. NEEDS: components of the same
 # release that have to be there. EMBEDS: Debian packages of which the programs carry code in them,
-# such as libraries of headers alone; their copyright statements go along. UNIT: what the administrator
-# may enable; an upgrade restarts it, a removal stops it.
+# such as libraries of headers alone; their copyright statements go along. UNIT: what the
+# administrator may enable; an upgrade restarts it, a removal stops it.
 macro(kova_package component)
   cmake_parse_arguments(package "BINARY" "DEB;RPM;SECTION;DESCRIPTION;UNIT"
                         "NEEDS;DEB_DEPENDS;RPM_REQUIRES;DEB_RECOMMENDS;DEB_SUGGESTS;EMBEDS"
@@ -118,16 +118,18 @@ kova_package(dev DEB kova-iot-dev RPM kova-iot-devel SECTION libdevel NEEDS runt
 Header, CMake and pkg-config files, guide and examples for programs that load
 the KOVA IoT module.")
 
-kova_package(tools DEB kova-iot-tools RPM kova-iot-tools SECTION utils UNIT kova-metrics.timer BINARY NEEDS runtime
-             DEB_SUGGESTS bash-completion EMBEDS libcli11-dev libjs-dygraphs DESCRIPTION
+kova_package(tools DEB kova-iot-tools RPM kova-iot-tools SECTION utils BINARY NEEDS runtime
+             DEB_SUGGESTS bash-completion UNIT kova-metrics.timer EMBEDS libcli11-dev
+             libjs-dygraphs DESCRIPTION
 "hardware-monitoring plug-in for an IoT agent (command-line tool)
 kovactl loads the KOVA IoT module as an agent does, and lists, reads, writes
 and watches its items, records a machine and compares two. A simulated device
 library lets both run on a machine without the hardware, and replays what was
 recorded.")
 
-kova_package(exporter DEB kova-iot-exporter RPM kova-iot-exporter SECTION net UNIT kova-exporter.service BINARY NEEDS runtime
-             DEB_SUGGESTS kova-iot-tools EMBEDS libcli11-dev libjs-dygraphs DESCRIPTION
+kova_package(exporter DEB kova-iot-exporter RPM kova-iot-exporter SECTION net BINARY NEEDS runtime
+             DEB_SUGGESTS kova-iot-tools UNIT kova-exporter.service EMBEDS libcli11-dev
+             libjs-dygraphs DESCRIPTION
 "hardware-monitoring plug-in for an IoT agent (exporter)
 kova-exporter loads the KOVA IoT module and serves what it reads over HTTP:
 metrics for Prometheus, a live page with charts, and JSON. It listens on the

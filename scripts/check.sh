@@ -3,6 +3,8 @@
 # exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
 # the exporter's unit and threads, the monitoring pieces in their engines. Installs what is missing.
 # release_check.sh has what takes longer.
+# the exporter's unit and threads, the monitoring pieces in their engines, docs/items.md and
+# docs/metrics.md, the commands of all pages. Installs what is missing. release_check.sh has what takes longer.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
@@ -26,6 +28,7 @@ scripts/metrics_check.sh build/dev
 scripts/browser_test.sh build/dev
 scripts/exporter_check.sh build/dev
 scripts/monitoring_test.sh build/dev
+scripts/docs_test.sh
 
 echo "Running clang-tidy ..."
 quietly cmake --preset clang

@@ -124,7 +124,7 @@ def script_of(block, scratch):
     inner = shlex.quote("set -e\n" + text)
     if code := block.directives.get("exit"):
         return f"code=0; bash -c {inner} || code=$?\n" \
-               f'[ "$code" -eq {int(code)} ] || failed "$code" "the block, for which the page says {int(code)}"'
+               f'[ "$code" -eq {int(code)} ] || failed "$code" "the block, which has {int(code)}"'
     if seconds := block.directives.get("seconds"):
         return f"timeout --signal=INT {int(seconds)} bash -c {inner} || " \
                '{ code=$?; [ "$code" -eq 124 ] || failed "$code" "the block"; }'

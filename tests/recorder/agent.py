@@ -13,6 +13,7 @@ import time
 
 DEVICE = ctypes.CDLL("/usr/lib/libKOVADevice.so", use_errno=True)  # by its SONAME
 UNTOUCHED = 0xDEAD
+OUTPUT = threading.Lock()
 CODES = [*range(0x200000, 0x200002), *range(0x240000, 0x240004), *range(0x250000, 0x250004),
          *range(0x270000, 0x270004), *range(0x410000, 0x410003), 0x430001, 0x600008, 0x6A0005,
          *range(0x680000, 0x68000B), *range(0x690000, 0x69000B), *range(0x820000, 0x820007),
@@ -26,6 +27,12 @@ def read(code):
     return status, value.value
 
 
+def say(*words):
+    """Prints; two threads at once make Python 3.11 add bytes of nobody's to a text stream."""
+    with OUTPUT:
+        print(*words)
+
+
 def session(seed, count):
     """Reads and writes at random, some codes often."""
     dice = random.Random(seed)
@@ -34,9 +41,9 @@ def session(seed, count):
         code = dice.choice(favourites if dice.random() < 0.5 else CODES)
         if dice.random() < 0.2:
             word = dice.choice((0, 1, 2, 11, 100, 0xFFFFFFFF))
-            print("write", hex(code), word, DEVICE.KovaDeviceSetValue(code, word) & 0xFFFFFFFF)
+            say("write", hex(code), word, DEVICE.KovaDeviceSetValue(code, word) & 0xFFFFFFFF)
         else:
-            print("read", hex(code), *read(code))
+            say("read", hex(code), *read(code))
 
 
 def hour():
