@@ -22,7 +22,7 @@
 #include <stdint.h>
 
 /* Release of the module that this header belongs to: major.minor.patch, semantic versioning. */
-#define KOVA_IOT_VERSION "0.1.0"
+#define KOVA_IOT_VERSION "0.2.0"
 
 /* Module identifier: the top byte of every item ID (0x14DDxxxx), and KovaIoTGetModuleID's result.
  */

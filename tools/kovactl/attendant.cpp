@@ -56,7 +56,7 @@ void Attendant::attend(const std::stop_token& stop) {
 
 std::string Attendant::call_before_exit(const std::string& reason) {
   const std::lock_guard lock(mutex_);
-  const std::string text = before_exit_ ? before_exit_(reason) : "";
+  std::string text = before_exit_ ? before_exit_(reason) : "";
   end_progress();
   return text;
 }
