@@ -168,8 +168,9 @@ def measure(tree, programs):
     tree.make(["all"])
     for program in programs:
         start = time.monotonic()
-        if tree.failure(program, TEST_LIMIT) is not None:
-            sys.exit(f"mutation.py: {program.name} fails without any mutant")
+        output = tree.failure(program, TEST_LIMIT)
+        if output is not None:
+            sys.exit(f"mutation.py: {program.name} fails without any mutant\n{output}")
         program.seconds = time.monotonic() - start
 
 
