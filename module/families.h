@@ -61,9 +61,11 @@ constexpr void visit_by(const Rank& rank, const Visit& visit) {
 
 template <typename Rank>
 consteval bool is_an_order(const Rank& rank) {
-  std::size_t visited = 0;
-  visit_by(rank, [&](const auto&) { ++visited; });
-  return visited == kCount;
+  std::size_t places = 0;
+  for (unsigned int place = 1; place <= kCount; ++place) {
+    places += any_of([&](const auto& family) { return rank(family) == place; }) ? 1 : 0;
+  }
+  return places == kCount;
 }
 
 inline constexpr auto kStart = [](const auto& family) { return family.start; };

@@ -29,8 +29,13 @@ from mutants import mutants_of
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ["module", "framework", "devices", "simulator", "tools"]
 # The folders of tests/ whose tests are the first to run for a folder of code. Others: its own name.
-OWN_TESTS = {"module": [".", "faults", "items"], "framework": [".", "faults"], "devices": [".", "faults"],
+OWN_TESTS = {"module": [".", "faults"], "framework": [".", "faults"], "devices": [".", "faults"],
              "host": ["host", "kovactl"]}
+# What the other tests in a folder of tests/ need to be built. Those of other folders: everything.
+TARGETS = {"items": ["kova_items", "metrics_document"], "kovactl": ["kovactl_test"],
+           "exporter": ["exporter_test"],
+           "recorder": ["kovactl", "KovaIoT", "KOVADeviceRecorder", "KOVADeviceSim",
+                        "kova_calling_library"]}
 BUILD_LIMIT = 600  # seconds, for one mutant
 TEST_LIMIT = 300  # seconds, for one test program on the code as it is
 MEMORY_LIMIT = 4 << 30
@@ -63,7 +68,7 @@ class Program:
     command: list
     folder: str  # below tests/
     environment: dict
-    target: str  # what to build for it; "all" where that is not told
+    targets: list  # what to build for it
     place: str
     seconds: float = 0.0
 
@@ -115,14 +120,14 @@ class Tree:
             name = command[0] if google else test["name"]
             if name in found:
                 continue
-            target = os.path.relpath(command[0], self.build) if google else "all"
+            folder = os.path.relpath(os.path.dirname(command[0]) if google else place,
+                                     self.build / "tests")
             found[name] = Program(
                 os.path.relpath(name, self.build) if google else name,
                 [command[0], "--gtest_brief=1", "--gtest_fail_fast"] if google else command,
-                os.path.relpath(os.path.dirname(command[0]) if google else place,
-                                self.build / "tests"),
-                dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", [])),
-                target, place)
+                folder, dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", [])),
+                [os.path.relpath(command[0], self.build)] if google
+                else TARGETS.get(folder, ["all"]), place)
         return list(found.values())
 
     def failure(self, program, limit, tests=()):
@@ -163,17 +168,18 @@ def measure(tree, programs):
     tree.make(["all"])
     for program in programs:
         start = time.monotonic()
-        if tree.failure(program, TEST_LIMIT) is not None:
-            sys.exit(f"mutation.py: {program.name} fails without any mutant")
+        output = tree.failure(program, TEST_LIMIT)
+        if output is not None:
+            sys.exit(f"mutation.py: {program.name} fails without any mutant\n{output}")
         program.seconds = time.monotonic() - start
 
 
 def split(programs, path):
     """Programs of the mutant's own folder, and the others; the quick before the slow."""
     parts = path.split("/")
-    folder = parts[1] if parts[0] == "tools" else parts[0]
+    folder = parts[1] if parts[0] == "tools" or parts[:2] == ["module", "items"] else parts[0]
     own = OWN_TESTS.get(folder, [folder])
-    in_order = sorted(programs, key=lambda program: (program.target == "all", program.seconds))
+    in_order = sorted(programs, key=lambda program: ("all" in program.targets, program.seconds))
     return ([program for program in in_order if program.folder in own],
             [program for program in in_order if program.folder not in own])
 
@@ -192,7 +198,7 @@ def judge(tree, programs, mutant):
     file.write_text(mutant.apply(original))
     try:
         for program in programs:
-            code, output = tree.make([program.target])
+            code, output = tree.make(program.targets)
             if code is None:
                 return "killed by the build, out of time"
             if code != 0:
