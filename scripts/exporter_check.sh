@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Checks of kova-exporter beside its tests: the systemd unit, and its tests under ThreadSanitizer.
+# Checks of kova-exporter beside its tests: the systemd unit, and its tests under ThreadSanitizer,
+# with those of the recorder.
 #   scripts/exporter_check.sh BUILD_DIR
 set -euo pipefail
 # shellcheck source=scripts/common.sh
@@ -17,6 +18,7 @@ systemd-analyze security --offline=true --no-pager --threshold=25 "$unit" |
   sed -n 's/^.*Overall exposure level for kova-exporter.service/Exposure of the unit/p'
 
 quietly cmake --preset tsan
-quietly cmake --build build/tsan --parallel "$(nproc)" --target exporter_test
-quietly ctest --test-dir build/tsan -R '^exporter' --output-on-failure
-echo "The exporter's unit and threads are in order."
+quietly cmake --build build/tsan --parallel "$(nproc)" --target exporter_test kova_threads_agent \
+  KOVADeviceRecorder KOVADeviceSim
+quietly ctest --test-dir build/tsan -R '^exporter|^recorder.*test_threads$' --output-on-failure
+echo "The exporter's unit, and the threads of exporter and recorder, are in order."

@@ -1,6 +1,8 @@
-// The exported functions: the description is loaded once, and no exception gets out.
+// The exported functions: the description is loaded once, calls are answered one after the other,
+// and no exception gets out.
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <new>
 
 #include "simulator/description.h"
@@ -40,24 +42,43 @@ Library& library() {
   return instance;
 }
 
-// The machine, or null after the reason has been told.
-Machine* machine() {
-  Library& loaded = library();
-  if (loaded.machine) {
-    return &*loaded.machine;
+// One call's hold on the machine.
+class Call {
+ public:
+  // Null if there is none.
+  Machine* machine() { return library_.machine ? &*library_.machine : nullptr; }
+
+  // The same, after the reason has been told.
+  Machine* machine_or_complaint() {
+    if (machine() == nullptr && !library_.error_is_told) {
+      library_.error_is_told = true;
+      std::fprintf(stderr, "libKOVADeviceSim: %s\n", library_.error.c_str());
+    }
+    return machine();
   }
-  if (!loaded.error_is_told) {
-    loaded.error_is_told = true;
-    std::fprintf(stderr, "libKOVADeviceSim: %s\n", loaded.error.c_str());
+
+  // Null if there is a machine; the caller tells the reason then.
+  const char* take_error() {
+    library_.error_is_told = true;
+    return machine() != nullptr ? nullptr : library_.error.c_str();
   }
-  return nullptr;
-}
+
+ private:
+  static std::mutex& one_at_a_time() {
+    static std::mutex mutex;
+    return mutex;
+  }
+
+  const std::lock_guard<std::mutex> lock_{one_at_a_time()};
+  Library& library_ = library();
+};
 
 }  // namespace
 }  // namespace kova_sim
 
 KOVA_SIM_EXPORT uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value) try {
-  kova_sim::Machine* machine = kova_sim::machine();
+  kova_sim::Call call;
+  kova_sim::Machine* machine = call.machine_or_complaint();
   if (machine == nullptr) {
     return SIM_STATUS_BAD_DESCRIPTION;
   }
@@ -67,25 +88,26 @@ KOVA_SIM_EXPORT uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value) try 
 }
 
 KOVA_SIM_EXPORT uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value) try {
-  kova_sim::Machine* machine = kova_sim::machine();
+  kova_sim::Call call;
+  kova_sim::Machine* machine = call.machine_or_complaint();
   return machine == nullptr ? SIM_STATUS_BAD_DESCRIPTION : machine->write(code, value);
 } catch (...) {
   return SIM_STATUS_INTERNAL;
 }
 
 KOVA_SIM_EXPORT const char* KovaSimulatorError(void) {
-  kova_sim::Library& loaded = kova_sim::library();
-  loaded.error_is_told = true;
-  return loaded.machine ? nullptr : loaded.error.c_str();
+  return kova_sim::Call().take_error();
 }
 
 KOVA_SIM_EXPORT void KovaSimulatorSetTime(uint64_t milliseconds) {
-  if (kova_sim::Machine* machine = kova_sim::machine()) {
+  kova_sim::Call call;
+  if (kova_sim::Machine* machine = call.machine_or_complaint()) {
     machine->set_time(milliseconds);
   }
 }
 
 KOVA_SIM_EXPORT uint64_t KovaSimulatorRecordedTime(void) {
-  const kova_sim::Library& loaded = kova_sim::library();
-  return loaded.machine ? loaded.machine->recorded_ms() : 0;
+  kova_sim::Call call;
+  const kova_sim::Machine* machine = call.machine();
+  return machine == nullptr ? 0 : machine->recorded_ms();
 }

@@ -7,7 +7,8 @@
  *    machine answers. The description is read once.
  * 2. Results are 0 for success. Failures of the simulator itself are the SIM_STATUS_* values;
  *    a description may give any other non-zero status to any call.
- * 3. Calls must be serialised by the host, as with the real library.
+ * 3. Calls of several threads are answered one after the other. Hosts must serialise them all the
+ *    same: the real library asks for that.
  * 4. A refused description is reported on stderr, one line, by the first read or write, unless
  *    the host has asked KovaSimulatorError() before: then reporting is the host's business.
  */

@@ -1,6 +1,6 @@
 """An agent without a module: calls whatever device library is preloaded, and prints the answers.
 
-Usage: agent.py session SEED COUNT | hour | polls | threads | fork | full | codes COUNT | silent |
+Usage: agent.py session SEED COUNT | hour | polls | fork | full | codes COUNT | silent |
 backwards | careful
 """
 import ctypes
@@ -8,12 +8,10 @@ import os
 import random
 import resource
 import sys
-import threading
 import time
 
 DEVICE = ctypes.CDLL("/usr/lib/libKOVADevice.so", use_errno=True)  # by its SONAME
 UNTOUCHED = 0xDEAD
-OUTPUT = threading.Lock()
 CODES = [*range(0x200000, 0x200002), *range(0x240000, 0x240004), *range(0x250000, 0x250004),
          *range(0x270000, 0x270004), *range(0x410000, 0x410003), 0x430001, 0x600008, 0x6A0005,
          *range(0x680000, 0x68000B), *range(0x690000, 0x69000B), *range(0x820000, 0x820007),
@@ -27,12 +25,6 @@ def read(code):
     return status, value.value
 
 
-def say(*words):
-    """Prints; two threads at once make Python 3.11 add bytes of nobody's to a text stream."""
-    with OUTPUT:
-        print(*words)
-
-
 def session(seed, count):
     """Reads and writes at random, some codes often."""
     dice = random.Random(seed)
@@ -41,9 +33,9 @@ def session(seed, count):
         code = dice.choice(favourites if dice.random() < 0.5 else CODES)
         if dice.random() < 0.2:
             word = dice.choice((0, 1, 2, 11, 100, 0xFFFFFFFF))
-            say("write", hex(code), word, DEVICE.KovaDeviceSetValue(code, word) & 0xFFFFFFFF)
+            print("write", hex(code), word, DEVICE.KovaDeviceSetValue(code, word) & 0xFFFFFFFF)
         else:
-            say("read", hex(code), *read(code))
+            print("read", hex(code), *read(code))
 
 
 def hour():
@@ -66,14 +58,6 @@ def polls():
     while True:
         read(0x820000)
         time.sleep(0.01)
-
-
-def threads():
-    crowd = [threading.Thread(target=session, args=(seed, 500)) for seed in range(4)]
-    for thread in crowd:
-        thread.start()
-    for thread in crowd:
-        thread.join()
 
 
 def fork():
