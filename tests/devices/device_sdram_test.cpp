@@ -28,6 +28,28 @@ TEST_F(DeviceSdramTest, DecodesWithoutTheAdapterToo) {
   const SdRamFunc without_entry(nullptr);
   EXPECT_FALSE(without_entry.IsAvailable());
   EXPECT_EQ(without_entry.getSpecificData(0, text), IOT_STATUS_NOT_READY);
+  EXPECT_EQ(without_entry.getVoltage(0, volts), IOT_STATUS_NOT_READY);
+  EXPECT_EQ(volts, 0);
+}
+
+// Whatever the failing read may have stored.
+TEST_F(DeviceSdramTest, AModuleTypeThatCannotBeReadIsCodeZerosWithTheStatus) {
+  const SdRamFunc decoder(&DeviceDouble::get);
+  const struct {
+    std::uint32_t memory_type, status;
+    const char* text;
+  } cases[] = {{0x0B, 5, "Undefined"},
+               {0x0C, IOT_STATUS_READ_FAILED, "Undefined"},
+               {0x12, 5, "Undefined"},
+               {0x12, IOT_STATUS_READ_FAILED, "N/A"}};
+  device_.stored_on_failure[0xA00002] = 2;
+  for (const auto& [memory_type, status, expected] : cases) {
+    device_.values[0xA00001] = memory_type;
+    device_.read_status[0xA00002] = status;
+    std::string text;
+    EXPECT_EQ(decoder.getModuleType(0, text), status);
+    EXPECT_EQ(text, expected) << memory_type;
+  }
 }
 
 TEST_F(DeviceSdramTest, MakesElementsOnlyOfItsOwnUtf8Texts) {
