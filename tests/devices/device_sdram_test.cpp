@@ -32,6 +32,21 @@ TEST_F(DeviceSdramTest, DecodesWithoutTheAdapterToo) {
   EXPECT_EQ(volts, 0);
 }
 
+TEST_F(DeviceSdramTest, TellsTheSeriesOfAPartNumber) {
+  const SdRamFunc decoder(&DeviceDouble::get);
+  std::string text;
+  bool own_module = false;
+  EXPECT_EQ(decoder.getPartNumber(0, text, own_module), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(text, "VLX-M4S0-AGN3O5IJ-C2");
+  EXPECT_TRUE(own_module);
+  text.clear();
+  EXPECT_EQ(decoder.getPartNumber(1, text, own_module), IOT_STATUS_SUCCESS);
+  EXPECT_FALSE(own_module);
+  own_module = true;  // stays so where the number cannot be read
+  EXPECT_EQ(SdRamFunc(nullptr).getPartNumber(1, text, own_module), IOT_STATUS_NOT_READY);
+  EXPECT_TRUE(own_module);
+}
+
 // Whatever the failing read may have stored.
 TEST_F(DeviceSdramTest, AModuleTypeThatCannotBeReadIsCodeZerosWithTheStatus) {
   const SdRamFunc decoder(&DeviceDouble::get);
