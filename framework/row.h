@@ -53,7 +53,7 @@ struct Shape {
   bool normalised = false;  ///< a single read of a switch answers 0 or 1, not the word
 };
 
-constexpr Shape with_role(Shape shape, Role role) {
+consteval Shape with_role(Shape shape, Role role) {
   shape.role = role;
   return shape;
 }

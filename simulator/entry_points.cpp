@@ -31,7 +31,6 @@ Library load_library() noexcept {
     }
     library.error = std::move(result.error);
   } catch (...) {
-    library.machine.reset();
     library.error = "out of memory";  // short enough to need none
   }
   return library;

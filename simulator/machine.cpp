@@ -75,36 +75,38 @@ std::uint32_t Machine::value_of(const Item& item, Calls& calls, std::uint32_t* v
 std::uint32_t Machine::read(std::uint32_t code, std::uint32_t* value) {
   const Item* item = begin_call(code);
   const std::uint64_t all_reads = ++all_calls_.reads;
-  Calls* calls = item == nullptr ? nullptr : &calls_[code];
-  const std::uint64_t reads = calls == nullptr ? 0 : ++calls->reads;
+  Calls unknown;
+  Calls& calls = item == nullptr ? unknown : calls_[code];
+  ++calls.reads;
   // A disturbed bus hides what the device would have answered.
   if (strikes(description_.bus.fail_read, all_reads)) {
     return fail_read(*description_.bus.fail_read, value);
   }
-  if (item != nullptr && strikes(item->fail_read, reads)) {
+  if (item != nullptr && strikes(item->fail_read, calls.reads)) {
     return fail_read(*item->fail_read, value);
   }
-  return item == nullptr ? not_described() : value_of(*item, *calls, value);
+  return item == nullptr ? not_described() : value_of(*item, calls, value);
 }
 
 std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
   const Item* item = begin_call(code);
   const std::uint64_t all_writes = ++all_calls_.writes;
-  Calls* calls = item == nullptr ? nullptr : &calls_[code];
-  const std::uint64_t writes = calls == nullptr ? 0 : ++calls->writes;
+  Calls unknown;
+  Calls& calls = item == nullptr ? unknown : calls_[code];
+  ++calls.writes;
   if (strikes(description_.bus.fail_write, all_writes)) {
     return description_.bus.fail_write->status;
   }
   if (item == nullptr) {
     return not_described();
   }
-  if (strikes(item->fail_write, writes)) {
+  if (strikes(item->fail_write, calls.writes)) {
     return item->fail_write->status;
   }
   if (!item->write) {
     return !item->recorded_writes
                ? SIM_STATUS_READ_ONLY
-               : item->recorded_writes->take(whole_milliseconds(time_), calls->write_position)
+               : item->recorded_writes->take(whole_milliseconds(time_), calls.write_position)
                      .status;
   }
   if (!accepts(*item->write, value)) {

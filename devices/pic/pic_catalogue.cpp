@@ -46,7 +46,7 @@ std::string battery_type(unsigned int word) {
   return word == 0 ? "ERR" : word == 1 ? "12V" : "24V";
 }
 
-constexpr Row state(unsigned int id, std::string_view name, std::string_view options,
+consteval Row state(unsigned int id, std::string_view name, std::string_view options,
                     unsigned int code, double max, std::string (*text)(unsigned int)) {
   return {.id = id,
           .name = name,
@@ -58,7 +58,7 @@ constexpr Row state(unsigned int id, std::string_view name, std::string_view opt
           .note = "the label as text"};
 }
 
-constexpr Row status_switch(unsigned int id, std::string_view name, unsigned int code) {
+consteval Row status_switch(unsigned int id, std::string_view name, unsigned int code) {
   return {.id = id,
           .name = name,
           .options = "0=OFF|1=ON",
@@ -67,7 +67,7 @@ constexpr Row status_switch(unsigned int id, std::string_view name, unsigned int
           .as = kStateSwitch};
 }
 
-constexpr Row status_timer(unsigned int id, std::string_view name, unsigned int code) {
+consteval Row status_timer(unsigned int id, std::string_view name, unsigned int code) {
   return {.id = id,
           .name = name,
           .unit = kSeconds,
@@ -122,11 +122,11 @@ struct Setting {
   Shape as;
 };
 
-constexpr Setting timer(std::string_view name, double shortest) {
+consteval Setting timer(std::string_view name, double shortest) {
   return {.name = name, .unit = kSeconds, .range = {shortest, kLongest}, .as = kSettingNumber};
 }
 
-constexpr Setting threshold(std::string_view name, Bounds range) {
+consteval Setting threshold(std::string_view name, Bounds range) {
   return {.name = name, .unit = "V", .range = range, .as = kSettingVolts};
 }
 
@@ -153,7 +153,7 @@ constexpr std::array kSettings{
 };
 
 // The views of setting n, whose IDs and codes are the view's and n. Hosts see the first two.
-constexpr Row current_value(unsigned int n, const Setting& setting) {
+consteval Row current_value(unsigned int n, const Setting& setting) {
   return {.id = pic::kCurrentView + n,
           .name = setting.name,
           .unit = setting.unit,
@@ -165,7 +165,7 @@ constexpr Row current_value(unsigned int n, const Setting& setting) {
           .written_at = pic::kWriteView + n};
 }
 
-constexpr Row factory_default(unsigned int n, const Setting& setting) {
+consteval Row factory_default(unsigned int n, const Setting& setting) {
   return {.id = pic::kDefaultView + n,
           .name = setting.name,
           .unit = setting.unit,
@@ -177,31 +177,35 @@ constexpr Row factory_default(unsigned int n, const Setting& setting) {
           .default_of = pic::kCurrentView + n};
 }
 
-constexpr Row write_target(unsigned int n, const Setting& setting) {
+consteval Row write_target(unsigned int n, const Setting& setting) {
   return {.id = pic::kWriteView + n, .code = 0x680000 + n - 1, .range = setting.range};
 }
 
-constexpr Row minimum(unsigned int n, const Setting& /*setting*/) {
+consteval Row minimum(unsigned int n) {
   return {.id = pic::kMinimumView + n, .code = 0x6B0000 + n - 1};
 }
 
-constexpr Row maximum(unsigned int n, const Setting& /*setting*/) {
+consteval Row maximum(unsigned int n) {
   return {.id = pic::kMaximumView + n, .code = 0x6C0000 + n - 1};
 }
 
-constexpr std::array kViews{current_value, factory_default, write_target, minimum, maximum};
-
-constexpr auto kRows = [] {
-  std::array<Row, kFixedRows.size() + kViews.size() * kSettings.size()> rows{};
+constexpr auto kRows = []() consteval {
+  constexpr std::size_t kViews = 5;
+  std::array<Row, kFixedRows.size() + kViews * kSettings.size()> rows{};
   auto* next = std::ranges::copy(kFixedRows, rows.begin()).out;
-  for (const auto& view : kViews) {
-    for (unsigned int n = 1; n <= kSettings.size(); ++n) {
-      *next++ = view(n, kSettings[n - 1]);
-    }
+  unsigned int n = 0;
+  for (const Setting& setting : kSettings) {
+    ++n;
+    *next++ = current_value(n, setting);
+    *next++ = factory_default(n, setting);
+    *next++ = write_target(n, setting);
+    *next++ = minimum(n);
+    *next++ = maximum(n);
   }
   std::ranges::sort(rows, {}, &Row::id);
   return rows;
-}();
+}
+();
 
 constexpr std::array kPackages{
     Package{.id = pic::kInformation},

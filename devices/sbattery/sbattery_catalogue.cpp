@@ -61,7 +61,6 @@ Status charging_state(const Row& row, const WordReader& device, std::string& out
 }
 
 Status manufacturer_name(const Row& row, const WordReader& device, std::string& out) {
-  out.reserve(out.size() + row.words * sizeof *row.code);
   return device.append_words(*row.code, *row.code + row.words - 1, 0, out);
 }
 

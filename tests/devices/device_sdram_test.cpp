@@ -28,6 +28,43 @@ TEST_F(DeviceSdramTest, DecodesWithoutTheAdapterToo) {
   const SdRamFunc without_entry(nullptr);
   EXPECT_FALSE(without_entry.IsAvailable());
   EXPECT_EQ(without_entry.getSpecificData(0, text), IOT_STATUS_NOT_READY);
+  EXPECT_EQ(without_entry.getVoltage(0, volts), IOT_STATUS_NOT_READY);
+  EXPECT_EQ(volts, 0);
+}
+
+TEST_F(DeviceSdramTest, TellsTheSeriesOfAPartNumber) {
+  const SdRamFunc decoder(&DeviceDouble::get);
+  std::string text;
+  bool own_module = false;
+  EXPECT_EQ(decoder.getPartNumber(0, text, own_module), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(text, "VLX-M4S0-AGN3O5IJ-C2");
+  EXPECT_TRUE(own_module);
+  text.clear();
+  EXPECT_EQ(decoder.getPartNumber(1, text, own_module), IOT_STATUS_SUCCESS);
+  EXPECT_FALSE(own_module);
+  own_module = true;  // stays so where the number cannot be read
+  EXPECT_EQ(SdRamFunc(nullptr).getPartNumber(1, text, own_module), IOT_STATUS_NOT_READY);
+  EXPECT_TRUE(own_module);
+}
+
+// Whatever the failing read may have stored.
+TEST_F(DeviceSdramTest, AModuleTypeThatCannotBeReadIsCodeZerosWithTheStatus) {
+  const SdRamFunc decoder(&DeviceDouble::get);
+  const struct {
+    std::uint32_t memory_type, status;
+    const char* text;
+  } cases[] = {{0x0B, 5, "Undefined"},
+               {0x0C, IOT_STATUS_READ_FAILED, "Undefined"},
+               {0x12, 5, "Undefined"},
+               {0x12, IOT_STATUS_READ_FAILED, "N/A"}};
+  device_.stored_on_failure[0xA00002] = 2;
+  for (const auto& [memory_type, status, expected] : cases) {
+    device_.values[0xA00001] = memory_type;
+    device_.read_status[0xA00002] = status;
+    std::string text;
+    EXPECT_EQ(decoder.getModuleType(0, text), status);
+    EXPECT_EQ(text, expected) << memory_type;
+  }
 }
 
 TEST_F(DeviceSdramTest, MakesElementsOnlyOfItsOwnUtf8Texts) {

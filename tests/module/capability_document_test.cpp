@@ -8,6 +8,7 @@
 
 #include "framework/json_owner.h"
 #include "include/kova_iot.h"
+#include "module/kova_device.h"
 #include "tests/support/documents.h"
 #include "tests/support/reference_machine.h"
 #include "tests/support/wrapped_loader.h"
@@ -134,6 +135,74 @@ TEST_F(CapabilityDocument, APortThatCannotBeReadIsPublishedAsZero) {
   ASSERT_EQ(json_array_size(elements), 5U);
   EXPECT_EQ(json_integer_value(json_object_get(json_array_get(elements, 0), "bv")), 1);
   EXPECT_EQ(json_real_value(json_object_get(json_array_get(elements, 4), "v")), 0.0);
+}
+
+// Each group by itself is what it is in the whole document.
+TEST_F(CapabilityDocument, GroupsAreBuiltOneByOneToo) {
+  using List = KovaDevice::PackageList;
+  using One = Status (KovaDevice::*)(List*);
+  using Two = Status (KovaDevice::*)(List*, List*);
+  load_reference_machine(&device);
+  KovaDevice manager;
+  const JsonOwner whole = reference_document();
+  const auto expect = [&](List made, const char* family, const char* package) {
+    const JsonList owner(std::move(made));
+    ASSERT_EQ(owner.values().size(), 1U) << package;
+    json_object_set_new(owner.values()[0], "bt", json_integer(0));
+    EXPECT_EQ(first_difference(owner.values()[0],
+                               json_object_get(json_object_get(whole.get(), family), package)),
+              "");
+  };
+  const struct {
+    One update;
+    const char *family, *package;
+  } ones[] = {
+      {&KovaDevice::update_sbaterry_info_IPSO_pkgs, "SMART BATTERY", "SMART BATTERY"},
+      {&KovaDevice::update_trk7k_info_IPSO_pkgs, "TRK-7000", "Information"},
+      {&KovaDevice::update_pic_info_IPSO_pkgs, "PIC", "Information"},
+      {&KovaDevice::update_pic_defaults_IPSO_pkgs, "PIC", "Default settings"},
+      {&KovaDevice::update_pic_settings_IPSO_pkgs, "PIC", "Settings"},
+      {&KovaDevice::update_pic_real_status_IPSO_pkgs, "PIC", "Real-time status"},
+      {&KovaDevice::update_gsensor_data_IPSO_pkgs, "GSensor", "Data"},
+      {&KovaDevice::update_gsensor_settings_IPSO_pkgs, "GSensor", "Settings"},
+  };
+  for (const auto& [update, family, package] : ones) {
+    List list;
+    EXPECT_EQ((manager.*update)(&list), IOT_STATUS_SUCCESS) << package;
+    expect(list, family, package);
+  }
+  const struct {
+    Two update;
+    const char *package, *second_package;
+  } twos[] = {{&KovaDevice::update_trk7k_fans_IPSO_pkgs, "Onboard fan speeds", "Fan Speed"},
+              {&KovaDevice::update_trk7k_temp_IPSO_pkgs, "Temperatures", "Temperature"}};
+  for (const auto& [update, package, second_package] : twos) {
+    List list;
+    List second_list;
+    EXPECT_EQ((manager.*update)(&list, &second_list), IOT_STATUS_SUCCESS) << package;
+    expect(list, "TRK-7000", package);
+    expect(second_list, "Hardware Monitor", second_package);
+  }
+}
+
+TEST_F(CapabilityDocument, AGroupOfNothingIsNone) {
+  device.lenient = true;
+  KovaDevice manager;
+  KovaDevice::PackageList list;
+  EXPECT_EQ(manager.update_IPSO_pkgs(RawMap{}, &list, 1, "n", "u"), IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(manager.update_IPSO_pkgs(RawMap{}, &list, 1, "n", "u", &list, 2, "m", "u"),
+            IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(manager.update_IPSO_pkgs(StringMap{}, &list, 1, "n"), IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(manager.update_IPSO_pkgs(7, StringMap{}, &list, 1, "n", ""), IOT_STATUS_READ_FAILED);
+  EXPECT_EQ(manager.update_IPSO_pkgs(RawMap{{0x14160001, 1}}, &list, 1, "n", "u"),
+            IOT_STATUS_JSON_ERROR);  // no item of the document
+  EXPECT_TRUE(list.empty());
+  EXPECT_EQ(manager.update_IPSO_pkgs(RawMap{{0x14160801, 1}}, &list, 9, "n", "u"),
+            IOT_STATUS_SUCCESS);
+  const JsonList owner(std::move(list));
+  ASSERT_EQ(owner.values().size(), 1U);
+  EXPECT_EQ(json_integer_value(json_object_get(owner.values()[0], "id")), 9);
+  EXPECT_STREQ(json_string_value(json_object_get(owner.values()[0], "bu")), "u");
 }
 
 TEST_F(CapabilityDocument, AGarbledModuleCountCannotHangTheStart) {
