@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
 # exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
-# the exporter's unit and threads, the monitoring pieces in their engines. Installs what is missing.
-# release_check.sh has what takes longer.
+# the exporter's unit and threads, the monitoring pieces in their engines, the commands of the pages,
+# the packages and a second build of them. Installs what is missing. release_check.sh has what takes
+# longer.
 # the exporter's unit and threads, the monitoring pieces in their engines, docs/items.md and
 # docs/metrics.md, the commands of all pages. Installs what is missing. release_check.sh has what takes longer.
 set -euo pipefail
@@ -30,6 +31,11 @@ scripts/exporter_check.sh build/dev
 scripts/monitoring_test.sh build/dev
 scripts/docs_test.sh
 
+echo "Making the packages, twice ..."
+scripts/package.sh
+scripts/package_check.sh
+scripts/check_binary.sh build/release
+
 echo "Running clang-tidy ..."
 quietly cmake --preset clang
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')
@@ -39,4 +45,4 @@ if ! run-clang-tidy -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repositor
   exit 1
 fi
 
-echo "Format, clang-tidy, scripts, binaries and programs are in order."
+echo "Format, clang-tidy, scripts, binaries and programs, pages and packages are in order."
