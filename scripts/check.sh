@@ -4,8 +4,6 @@
 # the exporter's unit and threads, the monitoring pieces in their engines, the commands of the pages,
 # the packages and a second build of them. Installs what is missing. release_check.sh has what takes
 # longer.
-# the exporter's unit and threads, the monitoring pieces in their engines, docs/items.md and
-# docs/metrics.md, the commands of all pages. Installs what is missing. release_check.sh has what takes longer.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname "$0")/common.sh"
