@@ -36,6 +36,8 @@ if(KOVA_SANITIZE_THREADS)
 endif()
 
 if(KOVA_COVERAGE)
+  # A function that is made part of its callers would be counted once for each of them.
+  target_compile_definitions(kova_options INTERFACE always_inline=unused)
   target_compile_options(kova_options INTERFACE --coverage -fprofile-abs-path -fprofile-update=atomic)
   target_link_options(kova_options INTERFACE --coverage)
 endif()
