@@ -21,8 +21,12 @@ function(read_changelog system maintainer output)
       if(system STREQUAL RPM)
         set(date_form "+%a %b %d %Y")
       endif()
+      # Each entry has to be newer than the one below it: releases of one day are as many hours,
+      # minutes and seconds into it as their number says.
+      set(day ${CMAKE_MATCH_2})
+      string(REPLACE "." ":" time ${version})
       execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C
-                              date --utc --date=${CMAKE_MATCH_2} ${date_form}
+                              date --utc "--date=${day} ${time}" ${date_form}
                       OUTPUT_VARIABLE date
                       OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
       if(NOT in_release AND NOT version VERSION_EQUAL CPACK_PACKAGE_VERSION)
