@@ -43,4 +43,4 @@ if ! run-clang-tidy -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repositor
   exit 1
 fi
 
-echo "Format, clang-tidy, scripts, binaries and programs, pages and packages are in order."
+echo "Format, clang-tidy, scripts, binaries, programs, pages and packages are in order."

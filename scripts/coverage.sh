@@ -17,8 +17,8 @@ find "$folder" -name '*.gcda' -delete
 quietly ctest --test-dir "$folder" --output-on-failure --parallel "$(nproc)"
 
 mkdir -p "$folder/html"
-gcovr --root . "$folder" --filter module/ --filter framework/ --filter devices/ --exclude module/items/ \
-  --exclude-throw-branches --exclude-unreachable-branches \
+gcovr --root . "$folder" --filter module/ --filter framework/ --filter devices/ \
+  --exclude module/items/ --exclude-throw-branches --exclude-unreachable-branches \
   --txt "$folder/report.txt" --html-details "$folder/html/index.html" \
   --json-summary "$folder/summary.json" --print-summary >"$folder/summary.txt"
 python3 - "$folder/summary.json" <<'PYTHON'
