@@ -33,6 +33,7 @@ std::string refusal(const Call& call) {
 std::string refusal_of(const Row& row, std::vector<unsigned int> headings = {kGroup}) {
   const std::array rows{Row{.id = 0x14160001, .name = "Available", .code = 0x600008}, row};
   std::vector<Package> packages;
+  packages.reserve(headings.size());
   for (const unsigned int heading : headings) {
     packages.push_back({.id = heading});
   }
