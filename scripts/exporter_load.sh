@@ -27,7 +27,8 @@ sleep 2
 load() {
   local report=$work/report bytes memory
   local header="Accept-Encoding: ${5:-identity}"
-  wrk --threads 1 --connections "$4" --duration "${seconds}s" --latency --header "$header" "$3" >"$report"
+  wrk --threads 1 --connections "$4" --duration "${seconds}s" --latency --header "$header" \
+    "$3" >"$report"
   bytes=$(curl --silent --header "$header" "$3" | wc --bytes)
   memory=$(awk '/VmRSS/ {print int($2 / 1024 + 0.5)}' "/proc/$2/status")
   awk -v name="$1" -v clients="$4" -v bytes="$bytes" -v memory="$memory" '
