@@ -163,15 +163,20 @@ def prepared_tree(folder, jobs):
     return tree
 
 
-def measure(tree, programs):
-    """Sees how long each of the programs takes on the code as it is."""
-    tree.make(["all"])
-    for program in programs:
+def measure(trees, programs, names):
+    """Sees in the first tree how long each of the named programs takes on the code as it is."""
+    for tree in trees:
+        tree.make(["all"])
+    first = trees[0]
+    for number, program in enumerate(programs[first]):
+        if program.name not in names:
+            continue
         start = time.monotonic()
-        output = tree.failure(program, TEST_LIMIT)
+        output = first.failure(program, TEST_LIMIT)
         if output is not None:
             sys.exit(f"mutation.py: {program.name} fails without any mutant\n{output}")
-        program.seconds = time.monotonic() - start
+        for tree in trees:
+            programs[tree][number].seconds = time.monotonic() - start
 
 
 def split(programs, path):
@@ -252,8 +257,7 @@ def judge_all(mutants, options):
     for stage, otherwise in enumerate(["not found by the tests of its folder", "survived"]):
         names = {program.name for mutant in left
                  for program in split(programs[trees[0]], mutant.path)[stage]}
-        for tree in trees:
-            measure(tree, [program for program in programs[tree] if program.name in names])
+        measure(trees, programs, names)
         with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
             for future in [pool.submit(work, mutant, stage, otherwise) for mutant in left]:
                 future.result()
