@@ -1,5 +1,6 @@
 """What is told of machines on which something is wrong."""
 import json
+import os
 import unittest
 
 from program import FAKE_MODULE, TestCase, run
@@ -57,6 +58,23 @@ class Doctor(TestCase):
                 self.assertIn(verdict, result.out)
         self.check((("doctor --module /none.so", 3, "failed  module   cannot load the module", ""),
                     (f"doctor --module {FAKE_MODULE}", 1, "failed  library", "")))
+
+
+    def test_a_library_without_one_of_its_entry_points(self):
+        for variable, verdicts, exit_code in (
+            ("KOVACTL_READ_ONLY", ("ok      entries  KovaDeviceGetValue is there",
+                                   "failed  entries  KovaDeviceSetValue is missing",
+                                   "What to do: settings cannot be written"), 1),
+            ("KOVACTL_WRITE_ONLY", ("failed  entries  KovaDeviceGetValue is missing",
+                                    "ok      entries  KovaDeviceSetValue is there",
+                                    "What to do: install the device library that belongs"), 3),
+        ):
+            with self.subTest(variable):
+                preload = ":".join((os.environ["KOVACTL_RUNTIMES"], os.environ[variable]))
+                result = run("doctor", LD_PRELOAD=preload)
+                self.assertEqual(result.exit_code, exit_code, result.out)
+                for verdict in verdicts:
+                    self.assertIn(verdict, result.out)
 
 
 class Expected(TestCase):
