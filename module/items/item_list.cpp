@@ -38,10 +38,6 @@ int number_of(std::string_view text) {
   return number;
 }
 
-void sort_by_id(std::vector<const Row*>& rows) {
-  std::ranges::sort(rows, {}, [](const Row* row) { return row->id; });
-}
-
 Package package_of(const Sheet& sheet, const catalogue::Package& package) {
   const auto heading = std::ranges::find(sheet.rows, package.id, &Row::id);
   const auto unit = std::ranges::find(sheet.rows, package.unit_id, &Row::id);
@@ -54,7 +50,6 @@ Package package_of(const Sheet& sheet, const catalogue::Package& package) {
       made.items.push_back(&row);
     }
   }
-  sort_by_id(made.items);
   return made;
 }
 
@@ -69,7 +64,7 @@ Package instance_of(const Sheet& sheet) {
     }
   }
   if (!sheet.instances->in_row_order) {
-    sort_by_id(made.items);
+    std::ranges::sort(made.items, {}, [](const Row* row) { return row->id; });
   }
   return made;
 }

@@ -145,6 +145,12 @@ class Items(unittest.TestCase):
                 self.assertEqual(made.returncode, code, arguments)
                 self.assertEqual(made.stderr.startswith(b"usage: "), code == 2)
 
+    def test_notes_are_one_line_of_whole_sentences(self):
+        noted = {family["name"]: family["note"] for family in LIST["families"] if "note" in family}
+        self.assertEqual(list(noted), ["SDRAM", "SMART BATTERY", "PIC", "GSensor"])
+        for note in noted.values():
+            self.assertRegex(note, r"\A[A-Z].*\.\Z")
+
     def test_what_tells_machines_apart_is_private(self):
         private = [item["name"] for item in ALL_ITEMS.values() if item.get("private")]
         self.assertEqual(private, ["Part Number", "Specific Data", "Serial Number"])
