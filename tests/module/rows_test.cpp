@@ -67,6 +67,15 @@ TEST(Rows, AgreeWithEachOther) {
   });
 }
 
+TEST(Families, AnOrderHasEachPlaceOnce) {
+  EXPECT_TRUE(families::is_an_order(families::kStart));
+  EXPECT_FALSE(families::is_an_order([](const auto&) { return 1U; }));
+  // One place empty, another taken twice; then all one place too late.
+  EXPECT_FALSE(families::is_an_order(
+      [](const auto& family) { return family.start == 3 ? 2 : family.start; }));
+  EXPECT_FALSE(families::is_an_order([](const auto& family) { return family.start + 1; }));
+}
+
 TEST(Rows, HaveACodeEach) {
   std::set<unsigned int> seen;
   for (const Sheet* sheet : families::sheets()) {
