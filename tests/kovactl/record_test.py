@@ -7,6 +7,7 @@ import unittest
 
 from program import TestCase, run
 
+PRELOADED = ":".join((os.environ["KOVACTL_RUNTIMES"], os.environ["KOVACTL_READ_ONLY"]))
 DATA = pathlib.Path(__file__).parents[1] / "data"
 
 
@@ -89,6 +90,17 @@ class Records(TestCase):
         self.assertEqual((result.exit_code, result.err),
                          (2, "kovactl: /nonexistent/r.json: cannot be written (ENOENT)\n"))
 
+    def test_a_preloaded_library_does_not_answer_in_anothers_place(self):
+        for command, reason in (("record", "cannot record: "),
+                                ("--simulate record", "cannot record: "),
+                                ("--simulate list", "cannot simulate: ")):
+            with self.subTest(command):
+                result = run([*command.split(), str(self.file)], LD_PRELOAD=PRELOADED)
+                self.assertEqual((result.exit_code, result.out), (2, ""))
+                self.assertIn(f"{reason}{os.environ['KOVACTL_READ_ONLY']} is preloaded", result.err)
+                self.assert_one_line(result.err)
+                self.assertFalse(self.file.exists())
+
     def test_a_machine_on_which_nothing_is_found_is_recorded_too(self):
         nothing = self.folder / "nothing.json"
         nothing.write_text('{"bus": {"fail_read": 110}}')
@@ -96,7 +108,6 @@ class Records(TestCase):
         self.assertEqual(result.exit_code, 3)
         self.assertIn("recorded.json has what was answered", result.err)
         self.assertIn('"0x200000",{"status":110}', self.file.read_text())
-
 
     def test_a_device_that_hangs_takes_no_answer_along(self):
         hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 10000000}})

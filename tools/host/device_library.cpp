@@ -2,21 +2,54 @@
 #include "tools/host/device_library.h"
 
 #include <dlfcn.h>
+#include <fmt/format.h>
 
+#include <algorithm>
+
+#include "tools/host/errors.h"
+#include "tools/host/loaded_library.h"
 #include "tools/host/pending_call.h"
 
 namespace kova_host {
 
-std::optional<DeviceLibrary> DeviceLibrary::in_process() {
+namespace {
+
+void* loaded_library() {
   for (const char* file : kDeviceLibraryFiles) {
     // Without RTLD_NOLOAD this might bring in another library than the module's.
     if (void* library = dlopen(file, RTLD_LAZY | RTLD_NOLOAD)) {
-      void* entry = dlsym(library, kReadEntry);
-      return entry == nullptr ? std::nullopt
-                              : std::optional(DeviceLibrary(reinterpret_cast<ReadEntry*>(entry)));
+      return library;
     }
   }
-  return std::nullopt;
+  return nullptr;
+}
+
+}  // namespace
+
+void DeviceLibrary::require_none_but(std::initializer_list<std::filesystem::path> libraries,
+                                     std::string_view verb, std::string_view advice) {
+  void* present = loaded_library();
+  if (present == nullptr) {
+    return;
+  }
+  const std::string file = file_of_library(present);
+  const bool is_known = std::any_of(libraries.begin(), libraries.end(), [&](const auto& library) {
+    std::error_code error;
+    return std::filesystem::equivalent(file, library, error);
+  });
+  if (!is_known) {
+    throw HostError(Fault::usage,
+                    fmt::format("cannot {}: {} is preloaded and would answer first; unset "
+                                "LD_PRELOAD ({})",
+                                verb, file, advice));
+  }
+}
+
+std::optional<DeviceLibrary> DeviceLibrary::in_process() {
+  void* library = loaded_library();
+  void* entry = library == nullptr ? nullptr : dlsym(library, kReadEntry);
+  return entry == nullptr ? std::nullopt
+                          : std::optional(DeviceLibrary(reinterpret_cast<ReadEntry*>(entry)));
 }
 
 DeviceAnswer DeviceLibrary::read(uint32_t code) const {

@@ -4,8 +4,11 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kova_host {
@@ -25,6 +28,12 @@ struct DeviceAnswer {
 
 class DeviceLibrary {
  public:
+  // Refuses to go on where another library than these is in the process under the device library's
+  // name, preloaded say: the module finds the first, whatever is loaded later. Throws HostError
+  // (usage), "cannot `verb`: ...", with what to do.
+  static void require_none_but(std::initializer_list<std::filesystem::path> libraries,
+                               std::string_view verb, std::string_view advice);
+
   // The library if it is in the process with its read entry, as it is after a start of the module.
   static std::optional<DeviceLibrary> in_process();
 

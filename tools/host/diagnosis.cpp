@@ -3,11 +3,11 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
-#include <link.h>
 
 #include <algorithm>
 #include <filesystem>
 
+#include "tools/host/loaded_library.h"
 #include "tools/host/pending_call.h"
 #include "tools/host/status_text.h"
 
@@ -25,12 +25,6 @@ void* open_library(LibraryAttempt& attempt) {
     attempt.error = reason == nullptr ? "" : reason;
   }
   return library;
-}
-
-std::string file_of(void* library, const std::string& otherwise) {
-  link_map* map = nullptr;
-  return dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 && *map->l_name != '\0' ? map->l_name
-                                                                             : otherwise;
 }
 
 void ask_families(uint32_t (*read)(uint32_t, uint32_t*), DeviceDiagnosis& diagnosis) {
@@ -73,7 +67,8 @@ DeviceDiagnosis diagnose_device(std::span<const char* const> files) {
     if (library == nullptr) {
       continue;
     }
-    diagnosis.library = file_of(library, attempt.file);
+    const std::string loaded = file_of_library(library);
+    diagnosis.library = loaded.empty() ? attempt.file : loaded;
     diagnosis.has_write_entry = dlsym(library, kWriteEntry) != nullptr;
     if (void* read = dlsym(library, kReadEntry)) {
       diagnosis.has_read_entry = true;

@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
+#include <link.h>
 
 #include <utility>
 
@@ -33,6 +34,11 @@ void* LoadedLibrary::symbol(const char* name) const {
     refuse(what_);
   }
   return found;
+}
+
+std::string file_of_library(void* handle) {
+  link_map* map = nullptr;
+  return dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "";
 }
 
 }  // namespace kova_host

@@ -24,4 +24,7 @@ class LoadedLibrary {
   void* handle_;
 };
 
+// The file that a handle of dlopen stands for; "" if the dynamic linker does not tell.
+std::string file_of_library(void* handle);
+
 }  // namespace kova_host

@@ -54,6 +54,7 @@ void require_device_library() {
 }  // namespace
 
 Recording::Recording(const Options& options) {
+  DeviceLibrary::require_none_but({}, "record", "KOVA_RECORD_LIBRARY names a library to record");
   if (options.simulate) {
     set_variable("KOVA_RECORD_LIBRARY", simulator_library());
   } else if (std::getenv("KOVA_RECORD_LIBRARY") == nullptr) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "include/kova_iot.h"
+#include "tools/host/device_library.h"
 #include "tools/host/diagnosis.h"
 #include "tools/host/errors.h"
 #include "tools/host/loaded_library.h"
@@ -27,8 +28,11 @@ void load_simulator(const std::optional<std::string>& machine) {
       throw std::bad_alloc();
     }
   }
-  const LoadedLibrary simulator(simulator_library(), RTLD_NOW | RTLD_GLOBAL,
-                                "the simulated device library");
+  const fs::path library = simulator_library();
+  // A recorder before it hands the calls on.
+  DeviceLibrary::require_none_but({library, recorder_library()}, "simulate",
+                                  "--simulate needs no preloading");
+  const LoadedLibrary simulator(library, RTLD_NOW | RTLD_GLOBAL, "the simulated device library");
   const char* error = simulator.entry<const char*()>("KovaSimulatorError")();
   if (error != nullptr) {
     throw HostError(Fault::usage, error);
