@@ -19,7 +19,7 @@ class DeviceSdramTest : public testing::Test {
 
 TEST_F(DeviceSdramTest, DecodesWithoutTheAdapterToo) {
   const SdRamFunc decoder(&DeviceDouble::get);
-  std::string text;
+  std::string text = "of another field";
   EXPECT_EQ(decoder.GetRamIndexInfo(0, 0x14180101, text), IOT_STATUS_UNDEFINED_ITEM);
   EXPECT_EQ(text, "N/A");
   double volts = 9;
