@@ -74,6 +74,14 @@ Recorder* recorder() noexcept {
   return made != nullptr || is_inside ? made : make_recorder();
 }
 
+// As above for a call of the agent's, in whose errno the making leaves no trace.
+Recorder* recorder_for_call() noexcept {
+  const int error = errno;
+  Recorder* const found = recorder();
+  errno = error;
+  return found;
+}
+
 // Runs a forwarded call; what it records leaves no trace in errno.
 template <typename Call, typename Record>
 std::uint32_t forward(Call call, Record record) {
@@ -110,9 +118,7 @@ __attribute__((destructor)) void finish_at_exit() {
 using kova_recorder::Recorder;
 
 KOVA_RECORDER_EXPORT uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value) {
-  const int error = errno;
-  Recorder* recorder = kova_recorder::recorder();
-  errno = error;
+  Recorder* recorder = kova_recorder::recorder_for_call();
   if (recorder == nullptr || recorder->library().get == nullptr) {
     return kova_recorder::no_library(recorder);
   }
@@ -132,9 +138,7 @@ KOVA_RECORDER_EXPORT uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value)
 }
 
 KOVA_RECORDER_EXPORT uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value) {
-  const int error = errno;
-  Recorder* recorder = kova_recorder::recorder();
-  errno = error;
+  Recorder* recorder = kova_recorder::recorder_for_call();
   if (recorder == nullptr || recorder->library().set == nullptr) {
     return kova_recorder::no_library(recorder);
   }

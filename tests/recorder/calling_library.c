@@ -1,10 +1,14 @@
-/* A device library that calls its own entry points: while it is loaded, and to answer code 1. */
+/* A device library that calls its own entry points: while it is loaded, and to answer code 1. It
+   leaves errno alone. */
 #include <stdint.h>
 
 uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value);
 uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value);
 
 uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value) {
+  if (value == 0) {
+    return 0xE0000004;
+  }
   if (code == 1) {
     return KovaDeviceGetValue(2, value);
   }

@@ -157,7 +157,9 @@ class Lasting(TestCase):
 
     def test_children(self):
         relative = os.path.relpath(self.file)
-        run([*AGENT, "fork"], RECORDER, **self.recording(self.machine(), KOVA_RECORD_FILE=relative))
+        silent = run([*AGENT, "fork"], RECORDER,
+                     **self.recording(self.machine(), KOVA_RECORD_FILE=relative))[2]
+        self.assertEqual(silent, "")
         self.assertIn(" 3 reads, ", self.note())
         named = self.folder / "%p.json"
         _, out, _ = run([*AGENT, "fork"], RECORDER,
@@ -234,6 +236,10 @@ class Lasting(TestCase):
         self.assertEqual(run([*AGENT, "careful"], RECORDER,  # and where nothing can be recorded
                              **self.recording(machine, KOVA_RECORD_FILE="/nonexistent/r"))[1],
                          expected)
+        quiet = self.recording({}, KOVA_RECORD_FILE="/nonexistent/r",
+                               KOVA_RECORD_LIBRARY=os.environ["KOVA_CALLING_LIBRARY"])
+        self.assertEqual(run([*AGENT, "careful"], RECORDER, **quiet)[1],
+                         "0 0 77\n0 0 77\n0xe0000004\n")
 
     def test_what_the_device_library_calls_itself_is_not_the_agents(self):
         library = os.environ["KOVA_CALLING_LIBRARY"]
