@@ -30,7 +30,7 @@ REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ["module", "framework", "devices", "simulator", "tools"]
 # The folders of tests/ whose tests are the first to run for a folder of code. Others: its own name.
 OWN_TESTS = {"module": [".", "faults"], "framework": [".", "faults"], "devices": [".", "faults"],
-             "host": ["host", "kovactl"]}
+             "simulator": ["simulator", "recorder"], "host": ["host", "kovactl"]}
 # What the other tests in a folder of tests/ need to be built. Those of other folders: everything.
 TARGETS = {"items": ["kova_items", "metrics_document"], "kovactl": ["kovactl_test"],
            "exporter": ["exporter_test"],
