@@ -35,7 +35,7 @@ OWN_TESTS = {"module": [".", "faults"], "framework": [".", "faults"], "devices":
 TARGETS = {"items": ["kova_items", "metrics_document"], "kovactl": ["kovactl_test"],
            "exporter": ["exporter_test"],
            "recorder": ["kovactl", "KovaIoT", "KOVADeviceRecorder", "KOVADeviceSim",
-                        "kova_calling_library", "kova_threads_agent"]}
+                        "kova_calling_library", "kova_slow_disk", "kova_threads_agent"]}
 BUILD_LIMIT = 600  # seconds, for one mutant
 TEST_LIMIT = 300  # seconds, for one test program on the code as it is
 MEMORY_LIMIT = 4 << 30

@@ -1,7 +1,7 @@
 """An agent without a module: calls whatever device library is preloaded, and prints the answers.
 
-Usage: agent.py session SEED COUNT | hour | polls | fork | full | codes COUNT | silent |
-backwards | careful
+Usage: agent.py session SEED COUNT | hour | polls | fork | full | no_room | codes COUNT |
+silent | backwards | careful
 """
 import ctypes
 import os
@@ -79,6 +79,11 @@ def full():
         time.sleep(1.3)
 
 
+def no_room():
+    resource.setrlimit(resource.RLIMIT_FSIZE, (99, 99))
+    read(0x820000)
+
+
 def codes(count):
     print(sum(read(code)[0] != 0 for code in range(int(count))))
 
@@ -89,7 +94,7 @@ def silent():
 
 def backwards():
     """Sets the time to and fro, and ends a while after the last call."""
-    for seconds in (5, 1, 9):
+    for seconds in (5, 1, 9, 9, 9, 9):
         DEVICE.KovaRecorderSetTime(ctypes.c_uint64(seconds * 1000))
         print(read(0x820000))
     DEVICE.KovaRecorderSetTime(ctypes.c_uint64(90500))

@@ -120,7 +120,8 @@ class Lasting(TestCase):
         self.file.write_text("the one before")
         part = self.file.with_name("recorded.json.part")
         agent = self.polling()
-        self.until(lambda: part.exists() and '"0x820000"' in part.read_text())
+        json.loads(part.read_text())  # whole from the start
+        self.until(lambda: '"0x820000"' in part.read_text())
         second = run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))
         self.assertIn("is being recorded by another process", second[2])
         self.assertEqual((second[2].count("\n"), len(second[1].splitlines())), (1, 9))
@@ -148,6 +149,21 @@ class Lasting(TestCase):
         self.assertEqual((code, out), (0, plain[1]))
         self.assertRegex(err, r"\AlibKOVADeviceRecorder: recording stopped: .*EFBIG.*\n\Z")
         self.assertIn("it stopped early", self.note())
+
+    def test_a_slow_disk_gets_all_of_it_for_good(self):
+        recorded = []
+        for preload in (RECORDER, f"{os.environ['KOVA_SLOW_DISK']}:{RECORDER}"):
+            err = run([*AGENT, "session", "7", "2000"], preload,
+                      **self.recording(self.machine(), KOVA_RECORD_STEP_MS="5"))[2]
+            recorded.append(json.loads(self.file.read_text())["trace"])
+        self.assertEqual(recorded[0], recorded[1])
+        # The new file in its folder, what is in it, and that it stands in the place of the old one.
+        self.assertEqual(err, "folder file folder ")
+
+    def test_a_disk_that_is_full_from_the_start_keeps_nothing(self):
+        err = run([*AGENT, "no_room"], RECORDER, **self.recording(self.machine()))[2]
+        self.assertIn("recorded.json: cannot be written (EFBIG)\n", err)
+        self.assertEqual(os.listdir(self.folder), ["machine.json"])
 
     def test_threads(self):
         code, _, err = run([THREADS_AGENT], RECORDER, **self.recording(self.machine()))
@@ -215,9 +231,12 @@ class Lasting(TestCase):
     def test_time_does_not_run_backwards(self):
         _, out, err = run([*AGENT, "backwards"], RECORDER, **self.recording(self.machine()))
         trace = json.loads(self.file.read_text())["trace"]
-        self.assertEqual(([moment[0] for moment in trace["moments"]], trace["seconds"], err),
-                         ([5000, 9000], 90.5, ""))
-        self.assertIn("for 1 min 30 s: 3 reads, 0 writes", self.note())
+        code = "0x820000"
+        self.assertEqual(trace["moments"], [
+            [5000, code, 3141, 3142],  # the second at 1 s, by the agent
+            [9000, code, 3142, 3143, {"read": 4, "word": 3144}]])
+        self.assertEqual((trace["seconds"], err), (90.5, ""))
+        self.assertIn("for 1 min 30 s: 6 reads, 0 writes", self.note())
 
     def test_more_codes_than_a_description_has(self):
         for count, ending in ((65536, ""), (65537, "more than 65536 device codes")):
