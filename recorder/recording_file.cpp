@@ -136,12 +136,10 @@ void RecordingFile::append(const std::string& moments, std::uint64_t length_ms) 
     write_at(at, text);
   } catch (const RecordingError&) {
     // The old end takes no more room than it had.
-    const int reason = errno;
     if (!tail_.empty() && pwrite(descriptor_, tail_.data(), tail_.size(), static_cast<off_t>(at)) ==
                               static_cast<ssize_t>(tail_.size())) {
       static_cast<void>(ftruncate(descriptor_, static_cast<off_t>(size_)) == 0);
     }
-    errno = reason;
     throw;
   }
   is_empty_ = is_empty_ && moments.empty();
