@@ -3,6 +3,8 @@ import json
 import os
 import pathlib
 import re
+import resource
+import signal
 import unittest
 
 from program import TestCase, run
@@ -89,6 +91,18 @@ class Records(TestCase):
         result = run("--simulate record /nonexistent/r.json")
         self.assertEqual((result.exit_code, result.err),
                          (2, "kovactl: /nonexistent/r.json: cannot be written (ENOENT)\n"))
+
+    def test_a_full_disk_is_told_once(self):
+        def fill_the_disk():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (2048, 2048))
+
+        self.file.write_text("the one before")
+        result = run(["--simulate", "record", str(self.file)], {"preexec_fn": fill_the_disk})
+        self.assertEqual((result.exit_code, result.out, result.err), (
+            1, "", f"kovactl: recording stopped: {self.file}: cannot be written (EFBIG)\n"))
+        self.assertEqual(self.file.read_text(), "the one before")
+        self.assertEqual(os.listdir(self.folder), ["recorded.json"])
 
     def test_a_preloaded_library_does_not_answer_in_anothers_place(self):
         for command, reason in (("record", "cannot record: "),
