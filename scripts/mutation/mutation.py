@@ -42,8 +42,9 @@ MEMORY_LIMIT = 4 << 30
 
 
 def bounded():
-    """What a test finds: limits, and Control-C as a terminal gives it, also when in the background."""
-    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    """What a test finds: limits, and signals as a terminal gives them, also when in the background."""
+    for number in (signal.SIGINT, signal.SIGHUP):  # without the second, watches outlive their tests
+        signal.signal(number, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
