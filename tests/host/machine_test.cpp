@@ -10,6 +10,7 @@
 #include "tools/host/inventory.h"
 #include "tools/host/monitoring_check.h"
 #include "tools/host/recording.h"
+#include "tools/host/selection.h"
 
 namespace kova_host {
 namespace {
@@ -51,6 +52,13 @@ TEST(Recording, PrivateCodesAreThoseOfEveryMachine) {
   const std::string codes = private_codes();
   EXPECT_TRUE(codes.starts_with("0xA00011..0xA00015,0xA00021..0xA00028,0xA00111..")) << codes;
   EXPECT_TRUE(codes.ends_with(",0xA0FE21..0xA0FE28,0xB0001C..0xB0001C")) << codes;
+}
+
+TEST(Selection, TellsThatAWholeFamilyIsAbsent) {
+  for (const char* item : {"SDRAM/SDRAM0/Temperature", "SDRAM/SDRAM15/Temperature"}) {
+    EXPECT_EQ(refusal([&] { select_one({}, item); }),
+              "'" + std::string(item) + "' is an item of SDRAM, and this machine has none such");
+  }
 }
 
 TEST(Comparison, TellsReadingsThatAppearAndDisappear) {
