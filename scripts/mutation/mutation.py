@@ -28,7 +28,8 @@ from mutants import mutants_of
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 FOLDERS = ["module", "framework", "devices", "simulator", "tools"]
-# The folders of tests/ whose tests are the first to run for a folder of code. Others: its own name.
+# The folders of tests/ whose tests are the first to run for a folder of code, in this order. Others:
+# its own name.
 OWN_TESTS = {"module": [".", "faults"], "framework": [".", "faults"], "devices": [".", "faults"],
              "simulator": ["simulator", "recorder"], "host": ["host", "kovactl"]}
 # What the other tests in a folder of tests/ need to be built. Those of other folders: everything.
@@ -42,8 +43,9 @@ MEMORY_LIMIT = 4 << 30
 
 
 def bounded():
-    """What a test finds: limits, and Control-C as a terminal gives it, also when in the background."""
-    signal.signal(signal.SIGINT, signal.SIG_DFL)
+    """What a test finds: limits, and signals as a terminal gives them, also when in the background."""
+    for number in (signal.SIGINT, signal.SIGHUP):  # without the second, watches outlive their tests
+        signal.signal(number, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -184,7 +186,9 @@ def split(programs, path):
     parts = path.split("/")
     folder = parts[1] if parts[0] == "tools" or parts[:2] == ["module", "items"] else parts[0]
     own = OWN_TESTS.get(folder, [folder])
-    in_order = sorted(programs, key=lambda program: ("all" in program.targets, program.seconds))
+    in_order = sorted(programs, key=lambda program: (
+        "all" in program.targets, program.folder in own and own.index(program.folder),
+        program.seconds))
     return ([program for program in in_order if program.folder in own],
             [program for program in in_order if program.folder not in own])
 

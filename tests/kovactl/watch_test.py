@@ -1,5 +1,7 @@
 """`kovactl watch`, and what the program draws on a terminal."""
 import json
+import os
+import pty
 import signal
 import subprocess
 import unittest
@@ -164,14 +166,34 @@ class DeviceThatHangs(TestCase):
         self.assertRegex(program.screen, r"\x1b\[\?1049l(?s:.)*did not answer within 0.5 s\r\n\Z")
 
 
-class InPipe(TestCase):
-    def test_reader_that_leaves_ends_the_program_quietly(self):
-        command = [PROGRAM, "--simulate", "watch", "--interval", "0.05"]
-        with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as program:
-            self.assertIn(b"=", program.stdout.readline())
-            program.stdout.close()
-            self.assertEqual(program.stderr.read(), b"")
-            self.assertEqual(program.wait(), 0)
+class WithoutAReader(TestCase):
+    def watch(self, *options, **streams):
+        program = subprocess.Popen([PROGRAM, "--simulate", "watch", *options], **streams)
+        self.addCleanup(program.wait)
+        self.addCleanup(program.kill)
+        return program
+
+    def test_a_terminal_that_is_gone_ends_the_program(self):
+        # Hang-ups may be ignored, as nohup wants it; nobody hears of this one.
+        ours, its = pty.openpty()
+        program = self.watch("--interval", "86400", stdin=its, stdout=its, stderr=its,
+                             env={**os.environ, "TERM": "xterm"})
+        os.close(its)
+        seen = b""
+        while b"\x1b[?1049h" not in seen:
+            seen += os.read(ours, 4096)
+        os.close(ours)
+        program.wait(30)
+
+    def test_a_reader_that_leaves_ends_it_quietly_and_at_once(self):
+        for interval in ("0.05", "86400"):
+            program = self.watch("--interval", interval, stdout=subprocess.PIPE,
+                                 stderr=subprocess.PIPE)
+            with program.stdout, program.stderr:
+                self.assertIn(b"=", program.stdout.readline())
+                program.stdout.close()
+                self.assertEqual(program.wait(30), 0)
+                self.assertEqual(program.stderr.read(), b"")
 
     def test_full_disk_is_told(self):
         with open("/dev/full", "wb") as full:

@@ -2,7 +2,6 @@
 #include "tools/host/comparison.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 
 namespace kova_host {
@@ -55,7 +54,7 @@ bool merely_moves(const Change& change) {
 }  // namespace
 
 std::string_view change_name(ChangeKind kind) {
-  constexpr std::array<std::string_view, 8> kNames = {
+  constexpr std::string_view kNames[] = {
       "changed",         "range crossed", "range changed", "fails now",
       "fails otherwise", "reads again",   "vanished",      "new"};
   return kNames[static_cast<size_t>(kind)];

@@ -28,8 +28,8 @@ std::optional<Sample> sample_in(std::string_view line) {
   const size_t close = line.rfind("} ");
   // The ID is the last label, so no item's name can stand in for it.
   const size_t id_at = line.rfind(kId);
-  if (open == std::string_view::npos || close == std::string_view::npos ||
-      id_at == std::string_view::npos || id_at < open || id_at > close) {
+  const bool in_order = open < id_at && id_at < close;
+  if (!in_order || close == std::string_view::npos) {
     return std::nullopt;
   }
   const auto id = parse_item_id(line.substr(id_at + kId.size(), kIdLength));
@@ -63,19 +63,20 @@ EarlierMetrics earlier_metrics(std::string_view text) {
 }
 
 std::string label_value(std::string_view labels, std::string_view name) {
-  const std::string start = fmt::format("{}=\"", name);
-  // At the front or behind a comma: a value may hold the same text, with its quotes escaped.
-  size_t at = labels.starts_with(start) ? 0 : labels.find("," + start);
-  if (at == std::string_view::npos) {
+  // Behind a comma: a value may hold the same text, with its quotes escaped.
+  const std::string start = fmt::format(",{}=\"", name);
+  const std::string all = fmt::format(",{}", labels);
+  const size_t found = all.find(start);
+  if (found == std::string::npos) {
     return "";
   }
   std::string value;
-  for (at = labels.find('"', at) + 1; at < labels.size() && labels[at] != '"'; ++at) {
-    if (labels[at] == '\\' && at + 1 < labels.size()) {
+  for (size_t at = found + start.size(); at < all.size() && all[at] != '"'; ++at) {
+    if (all[at] == '\\' && at + 1 < all.size()) {
       ++at;
-      value += labels[at] == 'n' ? '\n' : labels[at];
+      value += all[at] == 'n' ? '\n' : all[at];
     } else {
-      value += labels[at];
+      value += all[at];
     }
   }
   return value;

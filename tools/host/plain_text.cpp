@@ -26,7 +26,7 @@ std::string printable(std::string_view text) {
 }
 
 std::string field_text(std::string_view text) {
-  return printable(text.substr(0, text.find_last_not_of(' ') + 1));
+  return printable(without_trailing_blanks(text));
 }
 
 size_t display_width(std::string_view text) {

@@ -103,11 +103,11 @@ std::map<uint32_t, std::string> record_names(const std::vector<Item>& items) {
 
 }  // namespace
 
-std::string machine_base_name() {
+std::string machine_base_name(const fs::path& network_cards) {
   constexpr const char* kEthernet = "1";  // ARPHRD_ETHER
   std::error_code error;
   std::set<fs::path> cards;  // sorted, for the same answer each time
-  for (const auto& entry : fs::directory_iterator("/sys/class/net", error)) {
+  for (const auto& entry : fs::directory_iterator(network_cards, error)) {
     cards.insert(entry.path());
   }
   for (const fs::path& card : cards) {

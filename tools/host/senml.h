@@ -1,6 +1,7 @@
 // Readings as a SenML pack (RFC 8428).
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include "tools/host/reading.h"
@@ -8,8 +9,8 @@
 namespace kova_host {
 
 // A name for this machine that is the same at every call: "urn:dev:mac:0024befffe804ff1:" (RFC
-// 9039) after a network card, or else "HOSTNAME:".
-std::string machine_base_name();
+// 9039) after the first Ethernet card of a folder as Linux has it in sysfs, or else "HOSTNAME:".
+std::string machine_base_name(const std::filesystem::path& network_cards = "/sys/class/net");
 
 // True if `name` may stand in front of the records' names: SenML allows letters, digits and
 // "-:./_", and a letter or digit first.

@@ -33,13 +33,17 @@ uint32_t checked_count(const std::string& text) {
   return *count;
 }
 
-// Waits for one of the descriptors, or so many milliseconds; -1 for no end.
-void wait_for(std::initializer_list<int> descriptors, int milliseconds) {
-  std::vector<pollfd> events;
+// Waits for one of the descriptors, or so many milliseconds; -1 for no end. False once nobody sees
+// the output any more: the terminal is gone, or the reader of a pipe.
+bool wait_for(std::initializer_list<int> descriptors, int milliseconds) {
+  std::vector<pollfd> events = {{.fd = STDOUT_FILENO, .events = 0, .revents = 0}};
   for (const int descriptor : descriptors) {
     events.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
   }
   poll(events.data(), events.size(), milliseconds);
+  return std::none_of(events.begin(), events.end(), [](const pollfd& event) {
+    return (event.revents & (POLLHUP | POLLERR)) != 0;
+  });
 }
 
 // The work of one `watch`, in the form that was asked for or that suits stdout.
@@ -87,8 +91,8 @@ void Watch::print_lines(const Sample& sample) {
 }
 
 void Watch::as_lines() {
-  while (!sampler_.finished() && !attendant_.interrupted()) {
-    wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor()}, -1);
+  while (!sampler_.finished() && !attendant_.interrupted() &&
+         wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor()}, -1)) {
     if (const auto sample = sampler_.take()) {
       note_failures(*sample);
       print_lines(*sample);
@@ -106,9 +110,11 @@ bool Watch::on_screen() {
     return std::string();
   });
   const int keys = is_terminal(STDIN_FILENO) ? STDIN_FILENO : -1;
-  while (!sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit()) {
+  bool is_seen = true;
+  while (is_seen && !sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit()) {
     // Once a second too, to show that the device is waited for.
-    wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor(), keys}, 1000);
+    is_seen = wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor(), keys},
+                       1000);
     if (const auto sample = sampler_.take()) {
       note_failures(*sample);
       screen->show(*sample);

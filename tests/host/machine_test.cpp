@@ -1,0 +1,103 @@
+// A machine's items as a whole: why there are none, what has changed, what is wrong.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/host/items.h"
+#include "tools/host/comparison.h"
+#include "tools/host/diagnosis.h"
+#include "tools/host/inventory.h"
+#include "tools/host/monitoring_check.h"
+#include "tools/host/recording.h"
+#include "tools/host/selection.h"
+
+namespace kova_host {
+namespace {
+
+TEST(Diagnosis, LibrariesThatCannotBeUsed) {
+  const std::string text_file = testing::TempDir() + "no_library.so";
+  std::ofstream(text_file) << "no library";
+  const std::string other_library = "libjansson.so.4";
+  const std::pair<std::vector<const char*>, std::string> cases[] = {
+      {{"/none/a.so", "/none/b.so"}, "neither /none/a.so nor /none/b.so is there"},
+      {{text_file.c_str(), "/none/b.so"}, "cannot load " + text_file + ": file too short"},
+      {{"/none/a.so", other_library.c_str()}, "has no entry KovaDeviceGetValue"},
+  };
+  for (const auto& [files, cause] : cases) {
+    const DeviceDiagnosis diagnosis = diagnose_device(files);
+    EXPECT_NE(cause_of_no_device(diagnosis).find(cause), std::string::npos)
+        << cause_of_no_device(diagnosis);
+    EXPECT_FALSE(diagnosis.any_present());
+  }
+  std::filesystem::remove(text_file);
+}
+
+TEST(Inventory, CountsInstancesByTheFirstRuleThatHolds) {
+  const InstanceRule ports{"port", 8, 1, 1, {{1, 1, 8}, {2, 1, 4}}};
+  const InstanceRule modules{"module", 255, 256, 1, {{3, std::nullopt, 0}}};
+  const auto counted = [](const InstanceRule& rule, std::vector<std::optional<uint32_t>> words) {
+    return count_instances(rule, [&words](uint32_t code) { return words.at(code); });
+  };
+  EXPECT_EQ(counted(ports, {{}, 1, 1}), 8U);
+  EXPECT_EQ(counted(ports, {{}, 2, 1}), 4U);
+  EXPECT_EQ(counted(ports, {{}, {}, 1}), 4U);
+  EXPECT_EQ(counted(ports, {{}, 0, 0}), 0U);
+  EXPECT_EQ(counted(modules, {{}, {}, {}, 16}), 16U);
+  EXPECT_EQ(counted(modules, {{}, {}, {}, 4000000000}), 255U);
+  EXPECT_EQ(counted(modules, {{}, {}, {}, {}}), 0U);
+}
+
+TEST(Recording, PrivateCodesAreThoseOfEveryMachine) {
+  const std::string codes = private_codes();
+  EXPECT_TRUE(codes.starts_with("0xA00011..0xA00015,0xA00021..0xA00028,0xA00111..")) << codes;
+  EXPECT_TRUE(codes.ends_with(",0xA0FE21..0xA0FE28,0xB0001C..0xB0001C")) << codes;
+}
+
+TEST(Selection, TellsThatAWholeFamilyIsAbsent) {
+  for (const char* item : {"SDRAM/SDRAM0/Temperature", "SDRAM/SDRAM15/Temperature"}) {
+    EXPECT_EQ(refusal([&] { select_one({}, item); }),
+              "'" + std::string(item) + "' is an item of SDRAM, and this machine has none such");
+  }
+}
+
+TEST(Comparison, TellsReadingsThatAppearAndDisappear) {
+  const auto listed = [](uint32_t id, const Reading& reading) {
+    return ListedItem{item_of(id, Role::reading, ValueKind::real), reading};
+  };
+  const Comparison result = compare(
+      {listed(1, good(2.0)), listed(2, kAbsent), listed(3, failed(5)), listed(4, good(2.0))},
+      {listed(5, kAbsent), listed(1, kAbsent), listed(2, good(2.0)), listed(3, failed(6))}, false);
+  std::string told;
+  for (const Change& change : result.changes) {
+    told += change.item().name + " " + std::string(change_name(change.kind)) + "; ";
+  }
+  EXPECT_EQ(told, "n5 new; n1 changed; n2 changed; n3 fails otherwise; n4 vanished; ");
+  EXPECT_EQ(result.compared, 3U);
+}
+
+TEST(MonitoringCheck, IsOneLineAndALineForEachFinding) {
+  std::vector<Item> items = {item_of(1, Role::reading, {}, "sec(s)", "", 0, 9),
+                             item_of(2, Role::state, {}, "%", "", {}, 9),
+                             item_of(3, Role::unknown, {}), item_of(4, Role::reading, {})};
+  items[0].name = "a='|";
+  Readings readings = {{1, good(5.0)}, {2, good(int64_t{5})}, {3, good(5.0)}, {4, kAbsent}};
+  const auto limit = [](const char* text) { return parse_alert_range(text).value(); };
+  const CheckLimits limits = {.warning = {{3, limit("7")}}, .critical = {{3, limit("8:")}}};
+  EXPECT_EQ(check_readings(items, readings, {}).text,
+            "KOVA OK - 4 items read | 'a-''/'=5s;;;0;9 'n2'=5%;;;;9 'n3'=5\n");
+  readings[1] = readings[2] = good(10.0);
+  EXPECT_EQ(check_readings(items, readings, limits).text,
+            "KOVA CRITICAL - n3 5 (limit 8:), a='/ 10 sec(s) (range 0 .. 9), n2 10 % (range ? .. 9)"
+            " | 'a-''/'=10s;;;0;9 'n2'=10%;;;;9 'n3'=5;7;8:\n"
+            "CRITICAL: n3 5 (limit 8:)\n"
+            "WARNING: a='/ 10 sec(s) (range 0 .. 9)\n"
+            "WARNING: n2 10 % (range ? .. 9)\n");
+  // A limit of its own takes the place of the published range.
+  items.resize(2);
+  const CheckLimits wide = {.warning = {{1, limit("20")}}, .critical = {{2, limit("20")}}};
+  EXPECT_EQ(check_readings(items, readings, wide).state, CheckState::ok);
+}
+
+}  // namespace
+}  // namespace kova_host
