@@ -1,7 +1,10 @@
 """`kovactl watch`, and what the program draws on a terminal."""
 import json
+import os
+import pty
 import signal
 import subprocess
+import time
 import unittest
 
 from program import FAKE_MODULE, PROGRAM, TestCase, run
@@ -94,6 +97,21 @@ class WatchScreen(TestCase):
             self.assertEqual(sum("3200 MT/s" in row for row in program.rows), rows > 5, "stale")
             if columns == 40:
                 self.assertRegex(program.rows[5], r"SDRAM0/Rank +1 Ranks$")
+
+
+    def test_ends_with_its_terminal_even_if_hangups_are_ignored(self):
+        program, terminal = pty.fork()
+        if program == 0:
+            signal.signal(signal.SIGHUP, signal.SIG_IGN)
+            os.execve(PROGRAM, [PROGRAM, "watch", "--simulate"], {**os.environ, "TERM": "xterm"})
+        os.read(terminal, 1)
+        os.close(terminal)
+        for _ in range(100):
+            if os.waitpid(program, os.WNOHANG) != (0, 0):
+                return
+            time.sleep(0.05)
+        os.kill(program, signal.SIGKILL)
+        self.fail("it still runs")
 
 
 class OnTerminal(TestCase):

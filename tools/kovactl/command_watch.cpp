@@ -106,7 +106,8 @@ bool Watch::on_screen() {
     return std::string();
   });
   const int keys = is_terminal(STDIN_FILENO) ? STDIN_FILENO : -1;
-  while (!sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit()) {
+  while (!sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit() &&
+         !has_hung_up(STDOUT_FILENO)) {
     // Once a second too, to show that the device is waited for.
     wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor(), keys}, 1000);
     if (const auto sample = sampler_.take()) {

@@ -2,6 +2,7 @@
 #include "tools/kovactl/terminal.h"
 
 #include <fmt/format.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -47,6 +48,11 @@ bool is_terminal(int descriptor) {
 bool can_draw_on(int descriptor) {
   const std::string_view type = variable("TERM");
   return is_terminal(descriptor) && !type.empty() && type != "dumb";
+}
+
+bool has_hung_up(int descriptor) {
+  pollfd state = {.fd = descriptor, .events = 0, .revents = 0};
+  return poll(&state, 1, 0) == 1 && (state.revents & POLLHUP) != 0;
 }
 
 std::optional<size_t> terminal_columns(int descriptor) {

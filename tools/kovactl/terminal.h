@@ -15,6 +15,10 @@ bool is_terminal(int descriptor);
 // True for a terminal whose cursor can be moved: TERM names one, and not "dumb".
 bool can_draw_on(int descriptor);
 
+// True for a terminal that nobody shows any more. Its end is not told by a signal to who ignores
+// SIGHUP, or has inherited that.
+bool has_hung_up(int descriptor);
+
 // Columns of the terminal there, 80 if it does not tell; nothing if it is none.
 std::optional<size_t> terminal_columns(int descriptor);
 
