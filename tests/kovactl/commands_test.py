@@ -111,6 +111,9 @@ class Commands(TestCase):
             ("--module check --timeout 5 lst", 2, "", "no command 'lst'"),
             ("--simulate list --famly PoE", 2, "", "no option '--famly': did you mean '--family'?"),
             ("help", 0, "senml", ""),
+            ("help", 0, "--module PATH ", ""),
+            ("help", 0, "--simulate [MACHINE] ", ""),
+            ("help", 0, "--timeout S ", ""),
             ("help get", 0, "--value-only", ""),
             ("-V", 0, f"kovactl {VERSION}\n", ""),
             ("--simulate get", 2, "", "ITEM or --family is required"),
@@ -160,6 +163,8 @@ class Commands(TestCase):
                 self.assertTrue(section, "no section in the man page")
                 for option in set(complete("=--", command)) - set(complete("=--")):
                     self.assertIn(option, section[1])
+                for option in re.findall(r'^\.BI (--[a-z-]+ " [A-Z]+)', section[1], re.M):
+                    self.assertIn(option.replace('"', "").replace("  ", " "), result.out)
 
     def test_completion_asks_no_device(self):
         for words, completed in (

@@ -29,6 +29,7 @@ class Reports(TestCase):
         self.assertEqual((result.exit_code, result.out), (1, ""))
         self.assertIn("1 of 129 items failed in at least one sweep", result.err)
         report = self.content()
+        self.assertEqual(report["items"]["sweep"]["interval"], 0.1)
         history = report["history"]
         sweeps = len(history["times"])
         self.assertGreaterEqual(sweeps, 3)

@@ -63,6 +63,22 @@ class WatchScreen(TestCase):
         # The terminal may still echo the Ctrl-C, but what was seen last stays, in rows of its own.
         self.assertRegex(program.screen.rpartition("\x1b")[2], r"PoE 1 power +1 \(Enable\)\r\n(\^C)?\Z")
 
+    def test_marks_what_is_out_of_range_or_fails(self):
+        machine = self.machine(codes={"0x00820000": 4231, "0x00820001": {"fail_read": 5}})
+        program = self.watch(*machine, "0x14170111", "0x14170112", size=(10, 120))
+        program.wait_for_row("^sample 3 at [0-9:]{8} UTC, [*] changed, ! out of range$")
+        self.assertRegex(program.rows[1], "^0x14170111  TRK7K VTIN 1  ! 150 Cel +▁▁")
+        self.assertRegex(program.rows[2], "^0x14170112  TRK7K VTIN 2    unreadable: the device did")
+        self.assertRegex(program.screen, "\x1b[[0-9;]*31m150 Cel(?s:.)*\x1b[[0-9;]*33munreadable")
+        for key, footer in (("x", "^arrow and page keys scroll, / searches, n next, "),
+                            ("n", "^nothing to search for yet: /$"), (" ", "space go on  c changed"),
+                            ("c", "^nothing has changed lately  q quit .* space go on  c all$"),
+                            ("/ab\x7f", "^/a_$"), ("\x1b", "  c all$"), ("Q", "")):
+            program.type(key)
+            if footer:
+                program.wait_for_row(footer)
+        self.assertEqual(program.finish(), 1)
+
     def test_keys_move_what_is_seen(self):
         program = self.watch("--simulate", NO_COLOR="1", LC_ALL="C")
         for keys, row in (
