@@ -50,6 +50,7 @@ TEST(Store, KeepsHalfAnHourAndSaysWhenThereIsNews) {
   for (const auto& [interval, kept] : {std::pair(1799.0, 3U), {5.0, 361U}, {0.1, 1801U}}) {
     Store store(interval);
     pollfd news{store.descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&news, 1, 0), 0);
     for (int i = 0; i < 2000; ++i) {
       auto snapshot = sample_sweep(1, 0);
       snapshot->time = i * std::max(interval, 1.0);

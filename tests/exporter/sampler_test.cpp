@@ -33,13 +33,15 @@ TEST(Sampler, FollowsWhatTheDeviceHas) {
   Store store(0.01);
   Sampler sampler({.module = "", .simulate = true, .machine = file}, store, 0ns);
   auto latest = store.latest();
+  auto longest = 0ns;
   for (int i = 0; i < 1000 && (latest->list->number < 3 || !latest->error.empty()); ++i) {
     std::this_thread::sleep_for(10ms);
-    EXPECT_LT(sampler.busy_for(), 60s);
+    longest = std::max(longest, sampler.busy_for());
     latest = store.latest();
   }
   EXPECT_TRUE(sampler.finish(5s));
   EXPECT_EQ(sampler.busy_for(), 0s);
+  EXPECT_TRUE(longest > 0s && longest < 60s);
   const std::string log = testing::internal::GetCapturedStderr();
   EXPECT_TRUE(
       std::regex_match(log, std::regex("kova-exporter: info: the device has 17 items\n"

@@ -244,11 +244,22 @@ TEST_F(ServerTest, ASocketInUseIsRefusedAndALeftOneReplaced) {
   EXPECT_NE(access(file.c_str(), F_OK), 0);
 }
 
-TEST(Listener, TakesAFreePort) {
+TEST(Listener, TakesAFreePortAndLeavesItAtOnce) {
   for (const std::string host : {"127.0.0.1", "[::1]"}) {
-    const Listener one(parse_listen_address(host + ":0"));
-    EXPECT_GT(one.address().url(), "http://" + host + ":0");
-    EXPECT_THROW(Listener{one.address()}, std::system_error);
+    ListenAddress address = parse_listen_address(host + ":0");
+    {
+      const Listener one(address);
+      address = one.address();
+      EXPECT_GT(address.url(), "http://" + host + ":0");
+      EXPECT_THROW(Listener{address}, std::system_error);
+      // A connection that this side ends first.
+      const int client = socket(address.address.ss_family, SOCK_STREAM, 0);
+      ASSERT_EQ(
+          connect(client, reinterpret_cast<const sockaddr*>(&address.address), address.length), 0);
+      close(accept(one.descriptor(), nullptr, nullptr));
+      close(client);
+    }
+    EXPECT_NO_THROW(Listener{address});
   }
 }
 

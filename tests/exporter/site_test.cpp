@@ -128,6 +128,7 @@ TEST_F(SiteTest, SaysWhatAnAnswerIsAndHowLongItHolds) {
     }
     EXPECT_EQ(found, headers) << target;
     EXPECT_EQ(response.event_stream, request.target == "/api/v1/events");
+    EXPECT_EQ(response.text().empty(), response.event_stream);
   }
   EXPECT_EQ(
       body("/nothing"),

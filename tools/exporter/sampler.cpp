@@ -54,11 +54,9 @@ bool Sampler::finish(std::chrono::milliseconds patience) {
   return end_.wait_for(lock, patience, [this] { return ended_; });
 }
 
-std::chrono::seconds Sampler::busy_for() const {
+std::chrono::steady_clock::duration Sampler::busy_for() const {
   const Clock::rep since = busy_since_.load();
-  return since == 0 ? std::chrono::seconds(0)
-                    : std::chrono::duration_cast<std::chrono::seconds>(
-                          Clock::now().time_since_epoch() - Clock::duration(since));
+  return since == 0 ? Clock::duration(0) : Clock::now().time_since_epoch() - Clock::duration(since);
 }
 
 void Sampler::run(const std::stop_token& stop) {

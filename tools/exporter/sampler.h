@@ -31,7 +31,7 @@ class Sampler {
   bool finish(std::chrono::milliseconds patience);
 
   // How long the sweep (or the start of the module) that is running has taken; 0 between sweeps.
-  std::chrono::seconds busy_for() const;
+  std::chrono::steady_clock::duration busy_for() const;
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -63,7 +63,7 @@ class ServiceManager {
 
   // The serving loop lives. A device library that does not return for so long will not come back:
   // then only a new process can help, and the watchdog makes one.
-  void alive(std::chrono::seconds busy) const {
+  void alive(std::chrono::steady_clock::duration busy) const {
     constexpr std::chrono::minutes kGivenUp{10};
     if (has_watchdog_ && busy < kGivenUp) {
       sd_notify(0, "WATCHDOG=1");
