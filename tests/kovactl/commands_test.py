@@ -154,6 +154,7 @@ class Commands(TestCase):
         help_text = run("--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
         self.assertEqual(commands, re.findall(r"^  ([a-z-]+) ", help_text, re.M))
         self.assertIn("list", commands)
+        self.assertFalse({"complete", "read-each-item"} & set(commands), "they are not for people")
         for command in commands:
             with self.subTest(command=command):
                 result = run(f"{command} --help")

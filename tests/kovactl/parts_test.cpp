@@ -156,7 +156,7 @@ TEST(Terminal, IsWhatTheEnvironmentSays) {
   const std::tuple<const char*, const char*, const char*, bool> cases[] = {
       {"", "", "", false},
       {"", "", "de_DE.UTF-8", true},
-      {"", "C.utf8", "C", true},
+      {"", "C.utf8@x", "C", true},
       {"C", "", "C.UTF-8", false},
       {"C.UTF-8@x", "C", "C", true},
       {"UTF-8", "", "", false},

@@ -2,6 +2,7 @@
 import json
 import os
 import re
+import socket
 import unittest
 
 from program import FAKE_MODULE, TestCase, run
@@ -30,6 +31,8 @@ class Reports(TestCase):
         self.assertIn("1 of 129 items failed in at least one sweep", result.err)
         report = self.content()
         self.assertEqual(report["items"]["sweep"]["interval"], 0.1)
+        self.assertEqual(report["items"]["machine"], {"name": socket.gethostname(),
+                                                      "simulated": "machine"})
         history = report["history"]
         sweeps = len(history["times"])
         self.assertGreaterEqual(sweeps, 3)
@@ -79,6 +82,7 @@ class Reports(TestCase):
         self.assertEqual((result.exit_code, result.err), (
             3, f"kovactl: {hang} within 0.3 s; {self.file} has the 2 sweeps until then\n"))
         self.assertEqual(len(self.content()["history"]["times"]), 2)
+        self.assertIs(self.content()["items"]["machine"]["simulated"], False)
         self.assertEqual(self.content()["source"], f"2 sweeps. Ended early: {hang} within 0.3 s")
         self.file.unlink()
         terminal = self.terminal(*arguments, FAKE_MODULE="hangs later", size=(10, 200))

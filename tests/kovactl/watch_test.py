@@ -91,6 +91,7 @@ class WatchScreen(TestCase):
             ("/fan 4x", r"^/fan 4x_  \(no such item\)"),
             ("\x1b", "^[0-9-]+ of "),
             ("/ONBOARD fan SPEEDS\nnn", "^0x14170313 "),  # a package's name finds its items
+            ("N", "^0x14170312 "),
             ("c", " of [0-9]+ changed "),
             (" ", "^sample [0-9]+ at .*, paused"),
         ):
