@@ -182,6 +182,13 @@ class Commands(TestCase):
                 result = run(["complete", "--", *words])
                 self.assertEqual((result.exit_code, result.err), (0, ""))
                 self.assertIn(completed, result.out.splitlines())
+        for words, completed in (
+            (("=", "metrics", "--output"), ["@files"]), (("=", "doctor"), []), (("=--si",), ["--simulate"]),
+            (("=f", "--simulate"), ["failing-reads", "@files"]), (("=p", "list", "--family"), ["PIC", "PoE"]),
+            (("=e", "set", "PoE 1 power"), ["Enable"]), (("=", "set", "IGN status"), []),
+            (("=re",), ["reset", "record", "report"]), (("=--j", "doctor"), ["--json"]),
+        ):
+            self.assertEqual(run(["complete", "--", *words]).out.splitlines(), completed, words)
 
 
 if __name__ == "__main__":
