@@ -68,6 +68,11 @@ class Reports(TestCase):
         # 0, 3333, 6666 and 9999: what comes at the very end is seen too.
         result = self.report("--from", str(recording), "--interval", "3333ms")
         self.assertEqual((result.exit_code, list(self.content()["failures"])), (1, ["0x14170311"]))
+        recording.write_text(recording.read_text().replace('"seconds": 10', '"seconds": 20000'))
+        terminal = self.terminal("report", str(self.file), "--from", str(recording), "--interval", "1s")
+        terminal.wait_for_row("^sweep, Ctrl-C ends it [0-9]+/20000$")
+        terminal.press_control_c()
+        self.assertEqual(terminal.finish(), 1)
 
     def test_ctrl_c_keeps_what_there_is(self):
         terminal = self.terminal("report", str(self.file), "--simulate", "--for", "1h")

@@ -138,8 +138,9 @@ void watch(const Session& session, const std::vector<Item>& items, Attendant& at
 void walk(const Replay& replay, const Session& session, const std::vector<Item>& items,
           Attendant& attendant, ReportFile& file) {
   const Course& course = file.course();
-  Progress progress("sweep, Ctrl-C ends it",
-                    static_cast<size_t>(course.length / course.interval + 1));
+  Progress progress(
+      "sweep, Ctrl-C ends it",
+      static_cast<size_t>((course.length + course.interval - milliseconds(1)) / course.interval));
   for (milliseconds time{0}; time < course.length; time += course.interval) {
     replay.set_time(time);
     auto readings = read_unless_interrupted(session, items, attendant);
