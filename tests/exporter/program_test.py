@@ -225,7 +225,10 @@ class Program(unittest.TestCase):
                     self.assertEqual(done.returncode, code)
                     self.assertRegex(done.stderr, rf"\Akova-exporter: error: [^\n]*{text}[^\n]*\n\Z")
 
-        self.assertTrue(subprocess.check_output([PROGRAM, "--help"]).startswith(b"Serves"))
+        usage = subprocess.check_output([PROGRAM, "--help"], text=True)
+        for option in ("--web.listen-address ADDRESS", "--interval TIME", "--module PATH",
+                       "--simulate [MACHINE]", "--log.level LEVEL"):
+            self.assertIn(option, usage)
         with open("/dev/full", "wb") as full:
             self.assertEqual(subprocess.call([PROGRAM, "--version"], stdout=full), 1)
 

@@ -245,7 +245,7 @@ TEST_F(ServerTest, ASocketInUseIsRefusedAndALeftOneReplaced) {
 }
 
 TEST(Listener, TakesAFreePortAndLeavesItAtOnce) {
-  for (const std::string host : {"127.0.0.1", "[::1]"}) {
+  for (const std::string host : {"127.0.0.1", "[::1]", "[::ffff:127.0.0.1]"}) {
     ListenAddress address = parse_listen_address(host + ":0");
     {
       const Listener one(address);
