@@ -227,7 +227,7 @@ class Program(unittest.TestCase):
 
         usage = subprocess.check_output([PROGRAM, "--help"], text=True)
         for option in ("--web.listen-address ADDRESS", "--interval TIME", "--module PATH",
-                       "--simulate [MACHINE]", "--log.level LEVEL"):
+                       "--simulate [MACHINE]", "--log.level LEVEL", "Exit codes: 0 "):
             self.assertIn(option, usage)
         with open("/dev/full", "wb") as full:
             self.assertEqual(subprocess.call([PROGRAM, "--version"], stdout=full), 1)

@@ -128,6 +128,11 @@ TEST(WatchList, ShowsAPartThatMoves) {
     EXPECT_EQ(seen(list), sample < 18 ? "7 of 1" : "of 0");
   }
   EXPECT_EQ(history.track(items[6]).recent.size(), 16U);
+  for (int from_the_top = 0; from_the_top < 2; ++from_the_top) {
+    list.show_changed_only(false, history);
+    EXPECT_EQ(seen(list), "1 of 9");
+    list.scroll(3);
+  }
 }
 
 }  // namespace
