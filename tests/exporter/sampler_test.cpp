@@ -52,6 +52,7 @@ TEST(Sampler, FollowsWhatTheDeviceHas) {
                                        "kova-exporter: warn: the device answers\n")))
       << log;
   EXPECT_EQ(store.failure(), "");
+  EXPECT_EQ(latest->list->number, 3U);
   EXPECT_TRUE(latest->duration > 0 && latest->duration < 60);
   EXPECT_EQ(latest->readings.at(kTemperature).number(), 37);
   EXPECT_EQ(latest->last_success.at(kTemperature), latest->time);
