@@ -141,6 +141,7 @@ class Program(unittest.TestCase):
         exporter.wait_until(lambda: exporter.text("/healthz") == "ok\n")
         self.assertIn("kova_temperature_celsius{", exporter.text("/metrics"))
         self.assertEqual(exporter.terminate()[0], 0)
+        self.assertNotIn("does not return", exporter.process.stderr.read())
 
     def test_a_device_that_hangs_holds_up_nobody(self):
         exporter = Exporter(self, *self.machine(bus={"delay_us": 10000000}), "--interval", "1s")
@@ -151,6 +152,38 @@ class Program(unittest.TestCase):
         code, seconds = exporter.terminate()
         self.assertEqual(code, 0)
         self.assertLess(seconds, 8)
+
+    def test_a_socket_file_goes_with_the_program(self):
+        path = self.folder / "http.sock"
+        hanging = self.machine(bus={"delay_us": 10000000})
+        for machine, end in ((["--simulate"], signal.SIGINT), (["--simulate"], signal.SIGHUP),
+                             (hanging, signal.SIGTERM)):
+            with subprocess.Popen([PROGRAM, *machine, "--web.listen-address", f"unix:{path}"],
+                                  stderr=subprocess.PIPE, text=True) as program:
+                self.addCleanup(program.kill)
+                self.assertIn(f"listening on unix:{path}\n", program.stderr.readline())
+                with socket.socket(socket.AF_UNIX) as client:
+                    client.connect(str(path))
+                    client.sendall(b"GET /api/v1/items HTTP/1.1\r\nHost: any.name\r\n\r\n")
+                    self.assertEqual(client.recv(12), b"HTTP/1.1 200")
+                time.sleep(0.5 if machine == hanging else 0)  # until it hangs
+                program.send_signal(end)
+                self.assertEqual(program.wait(10), 0)
+                self.assertEqual("the device library does not return" in program.stderr.read(),
+                                 machine == hanging)
+            self.assertFalse(path.exists())
+
+    def test_each_request_and_sweep_is_logged_if_wanted(self):
+        exporter = Exporter(self, *self.machine(), "--log.level", "debug")
+        exporter.wait_for_sweep()
+        machine = exporter.json("/api/v1/items")["machine"]
+        self.assertEqual(machine, {"name": socket.gethostname(), "simulated": "machine"})
+        self.assertEqual(exporter.get("/metrics", Host="evil.example")[0], 403)
+        self.assertEqual(exporter.terminate()[0], 0)
+        log = exporter.process.stderr.read()
+        for line in (r"info: the device has \d+ items", r"debug: sweep 1: \d+\.\d{3} s",
+                     "debug: GET /api/v1/items -> 200", "debug: GET /metrics -> 403"):
+            self.assertRegex(log, rf"(?m)^kova-exporter: {line}$")
 
     def test_service_manager_is_told(self):
         path = str(self.folder / "notify")
@@ -164,6 +197,14 @@ class Program(unittest.TestCase):
             self.assertEqual(exporter.terminate()[0], 0)
             while "STOPPING=1" not in told:
                 told += manager.recv(4096).decode() + "\n"
+            self.assertRegex(told, r"(?m)^STATUS=sweeps take \d+\.\d{3} s$")
+            # Who has no watchdog is not told to it; what is wrong is told, readiness only once.
+            exporter = Exporter(self, "--interval", "100ms", NOTIFY_SOCKET=path)
+            told = ""
+            while told.count("STATUS=no device found: ") < 3:
+                told += manager.recv(4096).decode() + "\n"
+            self.assertEqual((told.count("READY=1"), told.count("WATCHDOG=1")), (1, 0))
+            self.assertEqual(exporter.terminate()[0], 0)
 
     def test_what_cannot_be_done_is_told_in_one_line(self):
         with socket.socket() as taken:
@@ -183,6 +224,13 @@ class Program(unittest.TestCase):
                                           capture_output=True, text=True, timeout=10, check=False)
                     self.assertEqual(done.returncode, code)
                     self.assertRegex(done.stderr, rf"\Akova-exporter: error: [^\n]*{text}[^\n]*\n\Z")
+
+        usage = subprocess.check_output([PROGRAM, "--help"], text=True)
+        for option in ("--web.listen-address ADDRESS", "--interval TIME", "--module PATH",
+                       "--simulate [MACHINE]", "--log.level LEVEL", "Exit codes: 0 "):
+            self.assertIn(option, usage)
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(subprocess.call([PROGRAM, "--version"], stdout=full), 1)
 
 
 if __name__ == "__main__":

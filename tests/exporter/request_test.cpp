@@ -1,6 +1,7 @@
 // What clients and administrators may write: requests, headers, addresses, command lines.
 #include <gtest/gtest.h>
 
+#include "include/kova_iot.h"
 #include "tools/exporter/http.h"
 #include "tools/exporter/listen_address.h"
 #include "tools/exporter/options.h"
@@ -20,14 +21,16 @@ TEST(Target, IsDecodedOnce) {
 
 TEST(Target, IsRefusedUnlessUnderstoodWhole) {
   std::string many = "/?";
-  for (size_t i = 0; i <= HttpLimits::kParameters; ++i) {
+  for (int i = 0; i < 80; ++i) {
     many += "a&";
   }
+  EXPECT_EQ(parse_target(many).value().parameters.size(), 80U);
+  many += "a";
   for (const std::string& text :
        {std::string(), std::string("*"), std::string("http://localhost/"), std::string("/%"),
         std::string("/%4"), std::string("/%g0"), std::string("/%+1"), std::string("/%00"),
-        std::string("/a\tb"), std::string("/%7f"), std::string("/%ff"), std::string("/?%c3"),
-        "/" + std::string(HttpLimits::kTarget, 'a'), many}) {
+        std::string("/%1f"), std::string("/a\tb"), std::string("/%7f"), std::string("/%ff"),
+        std::string("/?%c3"), "/" + std::string(4096, 'a'), many}) {
     EXPECT_FALSE(parse_target(text)) << text;
   }
 }
@@ -64,8 +67,9 @@ TEST(AcceptEncoding, AllowsGzipByWeight) {
                              "identity;q=0.5, *;q=0.5", "deflate,gzip ; q=1.000, identity;q=0"}) {
     EXPECT_TRUE(accepts_gzip(header)) << header;
   }
-  for (const char* header : {"", "identity", "br", "gzip;q=0", "gzip;q=0.000, *", "*;q=0", "gzipx",
-                             "gzip;q=0.5, identity", "gzip;q=2", "gzip;q=", "identity, *;q=0.9"}) {
+  for (const char* header :
+       {"", "identity", "br", "gzip;q=0", "gzip;Q=0", "gzip;q=0.000, *", "*;q=0", "gzipx",
+        "gzip;q=0.5, identity", "gzip;q=2", "gzip;q=", "identity, *;q=0.9"}) {
     EXPECT_FALSE(accepts_gzip(header)) << header;
   }
 }
@@ -83,6 +87,10 @@ TEST(ListenAddress, SaysWhereAndWhetherOthersCanReachIt) {
         Case{"[::ffff:127.0.0.1]:80", "http://[::ffff:127.0.0.1]:80", true},
         Case{"[::]:0", "http://[::]:0", false}, Case{":80", "http://[::]:80", false},
         Case{"10.1.2.3:80", "http://10.1.2.3:80", false},
+        Case{"126.0.0.1:80", "http://126.0.0.1:80", false},
+        Case{"127.255.0.1:80", "http://127.255.0.1:80", true},
+        Case{"[::ffff:126.0.0.1]:80", "http://[::ffff:126.0.0.1]:80", false},
+        Case{"[2001:db8::7f00:1]:80", "http://[2001:db8::7f00:1]:80", false},
         Case{"unix:/run/a b", "unix:/run/a b", false}}) {
     const ListenAddress address = parse_listen_address(c.text);
     EXPECT_EQ(address.url(), c.url);
@@ -91,11 +99,13 @@ TEST(ListenAddress, SaysWhereAndWhetherOthersCanReachIt) {
 }
 
 TEST(ListenAddress, RefusesWhatIsNone) {
-  const std::string long_path = "unix:/" + std::string(108, 'a');
-  for (const char* text :
-       {"", "9848", "127.0.0.1", "[::1]", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1",
-        "127.0.0.1:8o", "example.org:80", "::1:80", "[::1:80", "[127.0.0.1]:80", "256.0.0.1:80",
-        "unix:", "unix:run/a", long_path.c_str()}) {
+  using namespace std::string_literals;
+  const std::string longest = "unix:/" + std::string(106, 'a');
+  EXPECT_EQ(parse_listen_address(longest).url(), longest);
+  for (const std::string& text :
+       {""s, "9848"s, "127.0.0.1"s, "[::1]"s, "127.0.0.1:"s, "127.0.0.1:65536"s, "127.0.0.1:-1"s,
+        "127.0.0.1:8o"s, "example.org:80"s, "::1:80"s, "[::1:80"s, "::1]:80"s, "[127.0.0.1]:80"s,
+        "256.0.0.1:80"s, "unix:"s, "unix:run/a"s, "unix:/a\0b"s, longest + "a"}) {
     EXPECT_THROW(parse_listen_address(text), std::invalid_argument) << text;
   }
 }
@@ -108,10 +118,18 @@ TEST(Options, AreCheckedBeforeAnythingStarts) {
   EXPECT_EQ(parsed.options.log_level, LogLevel::warn);
   EXPECT_EQ(parsed.options.listen_address.url(), "http://127.0.0.1:9848");
   EXPECT_EQ(parse_options({"--simulate", "x/y.json"}).options.simulated, "y");
-  EXPECT_EQ(parse_options({"--interval", "1m"}).options.interval, 60);
-  EXPECT_TRUE(parse_options({"--help"}).answer);
+  EXPECT_EQ(parse_options({"--simulate", "x/y.json"}).options.host.machine, "x/y.json");
+  const Options usual = parse_options({"--module", "m.so"}).options;
+  EXPECT_EQ(usual.host.module, "m.so");
+  EXPECT_TRUE(usual.interval == 5 && usual.log_level == LogLevel::info && !usual.host.simulate);
+  for (const auto& [text, seconds] :
+       {std::pair("100ms", 0.1), {"2", 2.0}, {"1.5s", 1.5}, {"60m", 3600.0}}) {
+    EXPECT_DOUBLE_EQ(parse_options({"--interval", text}).options.interval, seconds) << text;
+  }
+  EXPECT_EQ(parse_options({"--version"}).answer, "kova-exporter " KOVA_IOT_VERSION "\n");
   for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--interval", "0"},
                                                 {"--interval", "99ms"},
+                                                {"--interval", "3600.1"},
                                                 {"--interval", "61m"},
                                                 {"--interval", "5h"},
                                                 {"--interval", ""},

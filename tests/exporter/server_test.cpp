@@ -1,11 +1,13 @@
 // The server in the test's own process, with limits short enough to wait for.
 #include "tools/exporter/server.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <fstream>
 #include <thread>
 
 #include "tests/exporter/sample.h"
@@ -21,6 +23,8 @@ class Client {
         0) {
       ADD_FAILURE() << "cannot connect";
     }
+    constexpr timeval kPatience{.tv_sec = 10, .tv_usec = 0};
+    setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof(kPatience));
   }
   ~Client() { close(descriptor_); }
 
@@ -39,6 +43,13 @@ class Client {
     return text;
   }
   std::string read_all() const { return read_to("no such end"); }
+
+  // What a request without a body gets, up to `end`.
+  std::string ask(const std::string& request, std::string_view end) const {
+    EXPECT_TRUE(send(request + "\r\nHost: x\r\n\r\n"));
+    return read_to(end);
+  }
+  void hang_up() const { shutdown(descriptor_, SHUT_RDWR); }
 
  private:
   int descriptor_;
@@ -68,8 +79,22 @@ class ServerTest : public testing::Test {
     }
   }
 
+  // Long enough for the server to look at its clients several times.
+  static void rest() { std::this_thread::sleep_for(std::chrono::milliseconds(60)); }
+
+  // A sweep that no socket holds.
+  void publish_large() {
+    auto snapshot = sample_sweep(1, 0);
+    auto list = std::make_shared<ItemList>(*snapshot->list);
+    list->items.resize(300, list->items.front());
+    snapshot->list = list;
+    snapshot->readings[kFan].value = std::string(1000, 'x');
+    store_.publish(std::move(snapshot), nullptr);
+  }
+
   Client client() const { return Client(listener_.address()); }
 
+  static constexpr std::string_view kItems = "GET /api/v1/items HTTP/1.1\r\nHost: x\r\n\r\n";
   static constexpr std::string_view kEvents = "GET /api/v1/events HTTP/1.1\r\nHost: x\r\n\r\n";
   const std::string path_ = "unix:" + testing::TempDir() + "exporter." + std::to_string(getpid());
   Listener listener_{parse_listen_address(path_)};
@@ -87,31 +112,93 @@ TEST_F(ServerTest, AnswersOneRequestAfterAnother) {
     EXPECT_TRUE(one.send("HEAD /api/v1/items HTTP/1.1\r\nHost: x\r\n\r\n"));
     const std::string head = one.read_to("\r\n\r\n");
     EXPECT_EQ(head.find("HTTP/1.1 200 OK\r\n"), 0U);
-    EXPECT_NE(head.find("\r\nX-Content-Type-Options: nosniff\r\n"), std::string::npos);
-    EXPECT_NE(head.find("\r\nContent-Security-Policy: default-src 'none'; "), std::string::npos);
+    for (const char* header :
+         {"X-Content-Type-Options: nosniff", "Referrer-Policy: no-referrer",
+          "Cross-Origin-Resource-Policy: same-origin", "Cache-Control: no-store",
+          "Content-Type: application/json",
+          "Content-Security-Policy: default-src 'none'; script-src 'self'; "}) {
+      EXPECT_NE(head.find(std::string("\r\n") + header), std::string::npos) << head;
+    }
   }
   EXPECT_TRUE(
-      one.send("HEAD /page.js HTTP/1.1\r\nHost: x\r\nAccept-Encoding: br\r\n"
-               "Accept-Encoding: gzip\r\n\r\n"));
+      one.send("HEAD /page.js HTTP/1.1\r\nHost: x\r\nAccept-Encoding: gzip\r\n"
+               "Accept-Encoding: br\r\n\r\n"));
   EXPECT_NE(one.read_to("\r\n\r\n").find("\r\nContent-Encoding: gzip\r\n"), std::string::npos);
-  EXPECT_TRUE(one.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 1000000\r\n\r\n"));
-  EXPECT_EQ(one.read_all().find("HTTP/1.1 405 "), 0U);  // and the connection ends, unread
+  // The connection ends, and the body is not read.
+  EXPECT_EQ(one.ask("POST / HTTP/1.1\r\nContent-Length: 1000000", "no end").substr(9, 3), "405");
+}
+
+TEST_F(ServerTest, HandsRequestsOverAsTheyAre) {
+  EXPECT_EQ(Server(listener_, site_).patience(), std::chrono::seconds(1));
+  start({});
+  const std::string page = client().ask("GET / HTTP/1.1", "</html>\n");
+  const std::string tag = page.substr(page.find("ETag: ") + 6, 18);
+  const std::string filler(8192 - 5 - 15 - 1, 'y');  // beside the other headers of all
+  std::string headers;
+  for (int i = 0; i < 62; ++i) {
+    headers += "\r\nA: b";
+  }
+  for (const auto& [request, status] : {
+           std::pair("GET /healthz?%41 HTTP/1.1" + headers, "503"),
+           {"GET /healthz HTTP/1.1\r\nB: c" + headers, "431"},
+           {"GET /healthz HTTP/1.1\r\nz: " + filler, "503"},
+           {"GET /healthz HTTP/1.1\r\nzz: " + filler, "431"},
+           {"GET /%ff HTTP/1.1", "400"},
+           {"GET /healthz HTTP/1.1\r\nHost: x", "400"},
+           {"GET / HTTP/1.1\r\nIf-None-Match: " + tag, "304"},
+           {"GET / HTTP/1.1\r\nIf-None-Match: \"x\"", "200"},
+           {"POST / HTTP/1.1\r\nTransfer-Encoding: chunked", "405"},
+       }) {
+    EXPECT_EQ(client().ask(request + "\r\nConnection: close", "no end").substr(9, 3), status);
+  }
+  const Client old = client();
+  EXPECT_TRUE(old.send("GET /healthz HTTP/1.0\r\n\r\n"));
+  EXPECT_EQ(old.read_all().substr(9, 3), "503");
+  // A header that stands twice is one list.
+  (void)client().ask("GET /metrics HTTP/1.1\r\nAccept: a/b\r\nAccept: application/openmetrics-text",
+                     "\n# EOF\n");
 }
 
 TEST_F(ServerTest, AnswersTakeOnlySoMuchMemory) {
-  start({.answer_bytes = 100});
-  const Client one = client();
-  EXPECT_TRUE(one.send("GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n"));
-  EXPECT_EQ(one.read_to("}}\n").find("HTTP/1.1 503 "), 0U);
-  EXPECT_TRUE(one.send("GET /nothing HTTP/1.1\r\nHost: x\r\n\r\n"));
-  EXPECT_EQ(one.read_to("}}\n").find("HTTP/1.1 404 "), 0U);
+  publish_large();
+  start({.answer_bytes = 512 * 1024});
+  for (int i = 0; i < 2; ++i) {
+    const Client slow = client();
+    EXPECT_TRUE(slow.send(kItems));
+    rest();
+    const std::string refusal = client().ask("GET /api/v1/items HTTP/1.1", "}}\n");
+    EXPECT_EQ(refusal.find("HTTP/1.1 503 "), 0U);
+    EXPECT_NE(refusal.find("\r\nRetry-After: 10\r\n"), std::string::npos);
+    EXPECT_EQ(client().ask("GET /nothing HTTP/1.1", "}}\n").find("HTTP/1.1 404 "), 0U);
+    EXPECT_GT(slow.read_to("\n}").size(), 300'000U);  // whole, and there is room again
+  }
 }
 
 TEST_F(ServerTest, CutsOffSlowAndIdleClients) {
-  start({.first_request = std::chrono::seconds(0), .next_request = std::chrono::seconds(0)});
-  const Client slow = client();
-  (void)slow.send("GET / HTTP/1.1\r\nHo");
-  EXPECT_EQ(slow.read_all(), "");
+  constexpr std::chrono::seconds kNone(0);
+  const std::pair<ServerLimits, int> cases[] = {{{}, 4},
+                                                {{.first_request = kNone}, 0},
+                                                {{.answer = kNone}, 1},
+                                                {{.next_request = kNone}, 2},
+                                                {{.event = kNone}, 3}};
+  publish_large();
+  for (const auto& [limits, steps] : cases) {
+    start(limits);
+    const Client slow = client();
+    rest();
+    (void)slow.send(kItems);
+    rest();
+    const std::string answer = slow.read_to("\n}");
+    rest();
+    (void)slow.send(kEvents);
+    rest();
+    const std::string event = slow.read_to("}}\n\n\r\n");
+    EXPECT_EQ(
+        !answer.empty() + answer.ends_with("}") + !event.empty() + event.ends_with("}}\n\n\r\n"),
+        steps);
+    TearDown();
+    thread_.join();
+  }
 }
 
 TEST_F(ServerTest, StreamsGetTheNewestEventAndAreBounded) {
@@ -123,22 +210,57 @@ TEST_F(ServerTest, StreamsGetTheNewestEventAndAreBounded) {
   publish_ = 3;
   EXPECT_NE(stream.read_to("\n\n\r\n").find("event: sweep\nid: 3\n"), std::string::npos);
   EXPECT_NE(stream.read_to("\n\n\r\n").find("event: status\n"), std::string::npos);  // quiet
+  const std::string head = "HEAD /api/v1/events HTTP/1.1";
+  EXPECT_EQ(client().ask(head, "\r\n\r\n").find("HTTP/1.1 200 "), 0U);  // which is no stream
   const Client second = client();
+  EXPECT_EQ(second.ask("GET /api/v1/events HTTP/1.1", "}}\n").find("HTTP/1.1 503 "), 0U);
+  stream.hang_up();
+  publish_ = 4;
+  rest();
   EXPECT_TRUE(second.send(kEvents));
-  EXPECT_EQ(second.read_to("\r\n\r\n").find("HTTP/1.1 503 "), 0U);
+  EXPECT_NE(second.read_to("\n\n\r\n").find("retry: 3000\n\n"), std::string::npos);
   // The end of the server is the end of the stream.
   thread_.request_stop();
-  (void)stream.read_all();
+  (void)second.read_all();
 }
 
 TEST_F(ServerTest, ASocketInUseIsRefusedAndALeftOneReplaced) {
   EXPECT_THROW(Listener(listener_.address()), std::system_error);
-  const ListenAddress left = parse_listen_address(path_ + ".left");
+  EXPECT_EQ(access(path_.c_str() + 5, F_OK), 0);
+  const std::string file = path_.substr(5) + ".left";
+  const ListenAddress left = parse_listen_address("unix:" + file);
+  std::ofstream(file) << "no socket";
+  EXPECT_THROW(Listener{left}, std::system_error);
+  EXPECT_EQ(unlink(file.c_str()), 0);  // it was left alone
   const int abandoned = socket(AF_UNIX, SOCK_STREAM, 0);
   ASSERT_EQ(bind(abandoned, reinterpret_cast<const sockaddr*>(&left.address), left.length), 0);
   close(abandoned);
-  EXPECT_NO_THROW(Listener{left});
-  EXPECT_NE(access((path_ + ".left").c_str() + 5, F_OK), 0);
+  {
+    const Listener listener{left};
+    EXPECT_EQ(access(file.c_str(), F_OK), 0);
+    EXPECT_TRUE(fcntl(listener.descriptor(), F_GETFD) & FD_CLOEXEC);
+    EXPECT_TRUE(fcntl(listener.descriptor(), F_GETFL) & O_NONBLOCK);
+  }
+  EXPECT_NE(access(file.c_str(), F_OK), 0);
+}
+
+TEST(Listener, TakesAFreePortAndLeavesItAtOnce) {
+  for (const std::string host : {"127.0.0.1", "[::1]", "[::ffff:127.0.0.1]"}) {
+    ListenAddress address = parse_listen_address(host + ":0");
+    {
+      const Listener one(address);
+      address = one.address();
+      EXPECT_GT(address.url(), "http://" + host + ":0");
+      EXPECT_THROW(Listener{address}, std::system_error);
+      // A connection that this side ends first.
+      const int client = socket(address.address.ss_family, SOCK_STREAM, 0);
+      ASSERT_EQ(
+          connect(client, reinterpret_cast<const sockaddr*>(&address.address), address.length), 0);
+      close(accept(one.descriptor(), nullptr, nullptr));
+      close(client);
+    }
+    EXPECT_NO_THROW(Listener{address});
+  }
 }
 
 }  // namespace

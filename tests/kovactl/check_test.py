@@ -22,7 +22,7 @@ class Check(TestCase):
         ]
         for options, state, line in cases:
             with self.subTest(options=options):
-                result = run([*machine, "check", "TRK7K VTIN ?", *shlex.split(options)])
+                result = run([*machine, "check", *shlex.split(options), "TRK7K VTIN ?"])
                 self.assertEqual(result.exit_code, state, result.err)
                 self.assertTrue(result.out.startswith(line), result.out)
 

@@ -111,6 +111,9 @@ class Commands(TestCase):
             ("--module check --timeout 5 lst", 2, "", "no command 'lst'"),
             ("--simulate list --famly PoE", 2, "", "no option '--famly': did you mean '--family'?"),
             ("help", 0, "senml", ""),
+            ("help", 0, "--module PATH ", ""),
+            ("help", 0, "--simulate [MACHINE] ", ""),
+            ("help", 0, "--timeout S ", ""),
             ("help get", 0, "--value-only", ""),
             ("-V", 0, f"kovactl {VERSION}\n", ""),
             ("--simulate get", 2, "", "ITEM or --family is required"),
@@ -151,6 +154,7 @@ class Commands(TestCase):
         help_text = run("--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
         self.assertEqual(commands, re.findall(r"^  ([a-z-]+) ", help_text, re.M))
         self.assertIn("list", commands)
+        self.assertFalse({"complete", "read-each-item"} & set(commands), "they are not for people")
         for command in commands:
             with self.subTest(command=command):
                 result = run(f"{command} --help")
@@ -160,6 +164,8 @@ class Commands(TestCase):
                 self.assertTrue(section, "no section in the man page")
                 for option in set(complete("=--", command)) - set(complete("=--")):
                     self.assertIn(option, section[1])
+                for option in re.findall(r'^\.BI (--[a-z-]+ " [A-Z]+)', section[1], re.M):
+                    self.assertIn(option.replace('"', "").replace("  ", " "), result.out)
 
     def test_completion_asks_no_device(self):
         for words, completed in (
@@ -176,6 +182,13 @@ class Commands(TestCase):
                 result = run(["complete", "--", *words])
                 self.assertEqual((result.exit_code, result.err), (0, ""))
                 self.assertIn(completed, result.out.splitlines())
+        for words, completed in (
+            (("=", "metrics", "--output"), ["@files"]), (("=", "doctor"), []), (("=--si",), ["--simulate"]),
+            (("=f", "--simulate"), ["failing-reads", "@files"]), (("=p", "list", "--family"), ["PIC", "PoE"]),
+            (("=e", "set", "PoE 1 power"), ["Enable"]), (("=", "set", "IGN status"), []),
+            (("=re",), ["reset", "record", "report"]), (("=--j", "doctor"), ["--json"]),
+        ):
+            self.assertEqual(run(["complete", "--", *words]).out.splitlines(), completed, words)
 
 
 if __name__ == "__main__":

@@ -50,6 +50,11 @@ class Records(TestCase):
         watched = run(f"--simulate {self.file} watch 0x14170311 --interval 0.3 --count 4 --json")
         shown = [json.loads(line)["items"][0]["value"] for line in watched.out.splitlines()]
         self.assertEqual(shown, recorded[-4:])
+        terminal = self.terminal("--simulate", "record", str(self.file), "--interval", "0.8",
+                                 "--count", "2")
+        terminal.wait_for("recording, Ctrl-C ends it 1/2")
+        terminal.press_control_c()
+        self.assertEqual(terminal.finish(), 0)
 
     def test_control_c_ends_it_well(self):
         self.file.write_text("the one before")

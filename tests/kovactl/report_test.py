@@ -2,6 +2,7 @@
 import json
 import os
 import re
+import socket
 import unittest
 
 from program import FAKE_MODULE, TestCase, run
@@ -29,6 +30,12 @@ class Reports(TestCase):
         self.assertEqual((result.exit_code, result.out), (1, ""))
         self.assertIn("1 of 129 items failed in at least one sweep", result.err)
         report = self.content()
+        sweep = {"number": len(report["history"]["times"]), "time": report["history"]["times"][-1],
+                 "age": 0, "duration": None, "interval": 0.1, "up": True, "list": 1}
+        self.assertEqual([report[key]["sweep"] for key in ("items", "history")], [sweep, sweep])
+        self.assertLess(abs(report["made"] - sweep["time"]), 60)
+        self.assertEqual(report["items"]["machine"], {"name": socket.gethostname(),
+                                                      "simulated": "machine"})
         history = report["history"]
         sweeps = len(history["times"])
         self.assertGreaterEqual(sweeps, 3)
@@ -61,6 +68,11 @@ class Reports(TestCase):
         # 0, 3333, 6666 and 9999: what comes at the very end is seen too.
         result = self.report("--from", str(recording), "--interval", "3333ms")
         self.assertEqual((result.exit_code, list(self.content()["failures"])), (1, ["0x14170311"]))
+        recording.write_text(recording.read_text().replace('"seconds": 10', '"seconds": 20000'))
+        terminal = self.terminal("report", str(self.file), "--from", str(recording), "--interval", "1s")
+        terminal.wait_for_row("^sweep, Ctrl-C ends it [0-9]+/20000$")
+        terminal.press_control_c()
+        self.assertEqual(terminal.finish(), 1)
 
     def test_ctrl_c_keeps_what_there_is(self):
         terminal = self.terminal("report", str(self.file), "--simulate", "--for", "1h")
@@ -78,6 +90,7 @@ class Reports(TestCase):
         self.assertEqual((result.exit_code, result.err), (
             3, f"kovactl: {hang} within 0.3 s; {self.file} has the 2 sweeps until then\n"))
         self.assertEqual(len(self.content()["history"]["times"]), 2)
+        self.assertIs(self.content()["items"]["machine"]["simulated"], False)
         self.assertEqual(self.content()["source"], f"2 sweeps. Ended early: {hang} within 0.3 s")
         self.file.unlink()
         terminal = self.terminal(*arguments, FAKE_MODULE="hangs later", size=(10, 200))

@@ -13,8 +13,8 @@ namespace kova_exporter {
 // may stand around them.
 struct DeflatedText {
   std::string blocks;
-  uint32_t crc = 0;  // of the text, as gzip counts it
-  size_t size = 0;   // of the text, bytes
+  uint32_t crc;  // of the text, as gzip counts it
+  size_t size;   // of the text, bytes
 };
 
 // Throws std::bad_alloc.

@@ -16,7 +16,7 @@ constexpr int kWrongArguments = 2;
 int run(const std::vector<std::string>& arguments) {
   const auto parsed = kova_exporter::parse_options(arguments);
   if (parsed.answer) {
-    return std::fputs(parsed.answer->c_str(), stdout) < 0 || std::fflush(stdout) != 0
+    return std::fputs(parsed.answer->c_str(), stdout) == EOF || std::fflush(stdout) == EOF
                ? kCannotServe
                : EXIT_SUCCESS;
   }

@@ -37,8 +37,12 @@ bool all_failed(const Readings& readings) {
 
 }  // namespace
 
-Sampler::Sampler(kova_host::HostOptions options, Store& store)
-    : options_(std::move(options)), store_(store), list_(store.latest()->list) {
+Sampler::Sampler(kova_host::HostOptions options, Store& store,
+                 std::chrono::nanoseconds between_looks)
+    : options_(std::move(options)),
+      store_(store),
+      between_looks_(between_looks),
+      list_(store.latest()->list) {
   thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
 }
 
@@ -50,11 +54,9 @@ bool Sampler::finish(std::chrono::milliseconds patience) {
   return end_.wait_for(lock, patience, [this] { return ended_; });
 }
 
-std::chrono::seconds Sampler::busy_for() const {
+std::chrono::steady_clock::duration Sampler::busy_for() const {
   const Clock::rep since = busy_since_.load();
-  return since == 0 ? std::chrono::seconds(0)
-                    : std::chrono::duration_cast<std::chrono::seconds>(
-                          Clock::now().time_since_epoch() - Clock::duration(since));
+  return since == 0 ? Clock::duration(0) : Clock::now().time_since_epoch() - Clock::duration(since);
 }
 
 void Sampler::run(const std::stop_token& stop) {
@@ -114,8 +116,7 @@ void Sampler::start_module() {
 // A family that comes later, such as a battery that is put in, is in the document of a new start
 // only. Items that are gone stay: their reads fail.
 void Sampler::look_for_new_items() {
-  constexpr std::chrono::minutes kBetweenLooks{1};
-  if (Clock::now() - last_look_ < kBetweenLooks) {
+  if (Clock::now() - last_look_ < between_looks_) {
     return;
   }
   last_look_ = Clock::now();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -16,8 +17,10 @@ namespace kova_exporter {
 // stops answering altogether, is looked for again at each interval.
 class Sampler {
  public:
-  // Starts at once. The store must outlive the sampler.
-  Sampler(kova_host::HostOptions options, Store& store);
+  // Starts at once. The store must outlive the sampler. Items that the device did not have before
+  // are looked for with a sweep that comes `between_looks` after the last look.
+  Sampler(kova_host::HostOptions options, Store& store,
+          std::chrono::nanoseconds between_looks = std::chrono::minutes(1));
   // Only after finish() has returned true: it waits for the thread for as long as that takes.
   ~Sampler();
   Sampler(const Sampler&) = delete;
@@ -28,7 +31,7 @@ class Sampler {
   bool finish(std::chrono::milliseconds patience);
 
   // How long the sweep (or the start of the module) that is running has taken; 0 between sweeps.
-  std::chrono::seconds busy_for() const;
+  std::chrono::steady_clock::duration busy_for() const;
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -43,6 +46,7 @@ class Sampler {
 
   kova_host::HostOptions options_;
   Store& store_;
+  const std::chrono::nanoseconds between_looks_;
   std::unique_ptr<kova_host::Session> session_;
   std::shared_ptr<const ItemList> list_;
   bool has_started_ = false;

@@ -13,6 +13,7 @@
 
 #include "tools/exporter/sampler.h"
 #include "tools/exporter/server.h"
+#include "tools/host/host_name.h"
 
 namespace kova_exporter {
 namespace {
@@ -63,7 +64,7 @@ class ServiceManager {
 
   // The serving loop lives. A device library that does not return for so long will not come back:
   // then only a new process can help, and the watchdog makes one.
-  void alive(std::chrono::seconds busy) const {
+  void alive(std::chrono::steady_clock::duration busy) const {
     constexpr std::chrono::minutes kGivenUp{10};
     if (has_watchdog_ && busy < kGivenUp) {
       sd_notify(0, "WATCHDOG=1");
@@ -76,11 +77,6 @@ class ServiceManager {
   bool ready_ = false;
   bool has_watchdog_ = false;
 };
-
-std::string host_name() {
-  std::array<char, 256> name{};
-  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "localhost";
-}
 
 void serve_until_signal(const EndSignals& signals, const Store& store, const Site& site,
                         Server& server, const Sampler& sampler) {
@@ -117,7 +113,7 @@ int run_service(const Options& options) {
   (void)std::signal(SIGPIPE, SIG_IGN);
   const Listener listener(options.listen_address);
   Store store(options.interval);
-  Site site(store, {.machine = {.name = host_name(), .simulated = options.simulated},
+  Site site(store, {.machine = {.name = kova_host::host_name(), .simulated = options.simulated},
                     .local_hosts_only = listener.address().is_loopback()});
   Server server(listener, site);
   log(LogLevel::info, "listening on {}", listener.address().url());

@@ -61,9 +61,6 @@ Words labels(const std::string& text) {
     for (const Option& option : item.options) {
       words.insert(option.label);
     }
-    if (item.options.empty() && item.kind == ValueKind::boolean) {
-      words.insert({"on", "off"});
-    }
   }
   return {words.begin(), words.end()};
 }

@@ -1,13 +1,10 @@
 // `kovactl diff`: what has changed between two recordings or listings, or since one of them.
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <set>
 #include <sstream>
@@ -17,6 +14,7 @@
 #include "tools/host/json_writer.h"
 #include "tools/host/plain_text.h"
 #include "tools/host/value_text.h"
+#include "tools/kovactl/child_process.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
@@ -34,53 +32,25 @@ struct DiffOptions {
   bool all = false;
 };
 
-[[noreturn]] void fail_with(int error, const char* what) {
-  throw std::system_error(error, std::generic_category(), what);
-}
-
-// Runs this program with its stdout in a pipe, and gives what it has printed there.
-std::string output_of(std::vector<std::string> arguments) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) {
-    fail_with(errno, "pipe");
-  }
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  std::vector<char*> words;
-  words.reserve(arguments.size() + 1);
-  for (std::string& argument : arguments) {
-    words.push_back(argument.data());
-  }
-  words.push_back(nullptr);
-  pid_t child = 0;
-  const int error = posix_spawn(&child, "/proc/self/exe", &actions, nullptr, words.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  close(ends[1]);
+// What this program prints for such arguments.
+std::string output_of(const std::vector<std::string>& arguments) {
+  constexpr double kForever = std::numeric_limits<double>::infinity();
+  ChildProcess child(arguments);
   std::string text;
-  char buffer[65536];
-  ssize_t size = 0;
-  while (error == 0 && ((size = read(ends[0], buffer, sizeof buffer)) > 0 || errno == EINTR)) {
-    text.append(buffer, static_cast<size_t>(std::max<ssize_t>(size, 0)));
-    errno = 0;
+  while (const auto line = child.next_line(kForever, [] { return true; })) {
+    text += *line + '\n';
   }
-  close(ends[0]);
-  if (error != 0) {
-    fail_with(error, "cannot start kovactl");
-  }
-  waitpid(child, nullptr, 0);
   return text;
 }
 
 // A child plays the recording: a process has one device library for all its life.
 Listing play(const GlobalOptions& globals, const std::string& file) {
-  std::vector<std::string> arguments = {"kovactl", "--simulate", fs::absolute(file)};
+  std::vector<std::string> arguments = {"--simulate", fs::absolute(file)};
   if (!globals.host.module.empty()) {
     arguments.insert(arguments.end(), {"--module", globals.host.module});
   }
   arguments.insert(arguments.end(), {"list", "--json"});
-  const std::string json = output_of(std::move(arguments));
+  const std::string json = output_of(arguments);
   const JsonPtr document(json_loadb(json.data(), json.size(), 0, nullptr));
   const char* message =
       json_string_value(json_object_get(json_object_get(document.get(), "error"), "message"));

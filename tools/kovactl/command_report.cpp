@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <mutex>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "tools/host/atomic_file.h"
 #include "tools/host/descriptor_output.h"
 #include "tools/host/duration.h"
+#include "tools/host/host_name.h"
 #include "tools/host/plain_text.h"
 #include "tools/host/replay.h"
 #include "tools/host/unix_time.h"
@@ -138,8 +138,9 @@ void watch(const Session& session, const std::vector<Item>& items, Attendant& at
 void walk(const Replay& replay, const Session& session, const std::vector<Item>& items,
           Attendant& attendant, ReportFile& file) {
   const Course& course = file.course();
-  Progress progress("sweep, Ctrl-C ends it",
-                    static_cast<size_t>(course.length / course.interval + 1));
+  Progress progress(
+      "sweep, Ctrl-C ends it",
+      static_cast<size_t>((course.length + course.interval - milliseconds(1)) / course.interval));
   for (milliseconds time{0}; time < course.length; time += course.interval) {
     replay.set_time(time);
     auto readings = read_unless_interrupted(session, items, attendant);
@@ -149,11 +150,6 @@ void walk(const Replay& replay, const Session& session, const std::vector<Item>&
     file.add(replay.begin() + static_cast<double>(time.count()) / 1000, std::move(*readings));
     progress.advance();
   }
-}
-
-std::string host_name() {
-  std::array<char, 256> name{};
-  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "localhost";
 }
 
 std::string stem(const std::string& file) {

@@ -25,9 +25,9 @@ class ReportDocument {
 
   struct Heading {
     kova_exporter::Machine machine;
-    std::string source;   // where the readings come from, for people
-    double made = 0;      // Unix time
-    double interval = 1;  // seconds between sweeps
+    std::string source;  // where the readings come from, for people
+    double made;         // Unix time
+    double interval;     // seconds between sweeps
   };
 
   // As the page reads it; after at least one sweep.
