@@ -1,5 +1,5 @@
-// Parts of kovactl that the program shows only in passing: tables in any width, what a watch keeps
-// and shows.
+// Parts of kovactl that the program shows only in passing: tables in any width, curves made of
+// characters, what a watch keeps and shows.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -44,7 +44,12 @@ TEST(Table, KeepsValuesWholeInAnyWidth) {
   }
 }
 
-TEST(Sparkline, HasEightLevels) {
+TEST(Sparkline, HasEightLevelsBetweenTheLeastAndTheGreatest) {
+  using Values = std::deque<std::optional<double>>;
+  EXPECT_EQ(sparkline({}, true), "");
+  EXPECT_EQ(sparkline(Values{5, 5}, true), "▁▁");
+  EXPECT_EQ(sparkline(Values{0, 7, std::nullopt, 3.5}, true), "▁█ ▅");
+  EXPECT_EQ(sparkline(Values{-1e308, 1e308}, false), "_#");
   EXPECT_EQ(sparkline({0, 1, 2, 3, 4, 5, 6, 7}, true), "▁▂▃▄▅▆▇█");
   EXPECT_EQ(sparkline({0, 1, 2, 3, 4, 5, 6, 7}, false), "_.-~=+*#");
 }
