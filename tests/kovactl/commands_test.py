@@ -115,6 +115,7 @@ class Commands(TestCase):
             ("help", 0, "--simulate [MACHINE] ", ""),
             ("help", 0, "--timeout S ", ""),
             ("help get", 0, "--value-only", ""),
+            ("help gte", 2, "", "no command 'gte': did you mean 'get'?"),
             ("-V", 0, f"kovactl {VERSION}\n", ""),
             ("--simulate get", 2, "", "ITEM or --family is required"),
             ("--simulate list --family nosuch", 2, "", "only: SDRAM, SMART BATTERY"),

@@ -128,12 +128,14 @@ std::vector<std::string> CommandLine::settle_simulate(std::vector<std::string> a
   return arguments;
 }
 
-// "help list" is "list --help".
+// "help list" is "list --help"; what is no command is refused as one.
 std::vector<std::string> CommandLine::settle_help(std::vector<std::string> arguments) const {
   if (!arguments.empty() && arguments.front() == "help") {
     arguments.erase(arguments.begin());
     arguments.resize(std::min<size_t>(arguments.size(), 1));
-    arguments.emplace_back("--help");
+    if (arguments.empty() || arguments.front().starts_with('-') || is_command(arguments.front())) {
+      arguments.emplace_back("--help");
+    }
   }
   return arguments;
 }
