@@ -245,7 +245,11 @@ TEST_F(ServerTest, ASocketInUseIsRefusedAndALeftOneReplaced) {
 }
 
 TEST(Listener, TakesAFreePortAndLeavesItAtOnce) {
+  const bool has_ipv6 = std::ifstream("/proc/net/if_inet6").peek() != EOF;
   for (const std::string host : {"127.0.0.1", "[::1]", "[::ffff:127.0.0.1]"}) {
+    if (host.front() == '[' && !has_ipv6) {
+      continue;
+    }
     ListenAddress address = parse_listen_address(host + ":0");
     {
       const Listener one(address);
