@@ -175,7 +175,7 @@ class Lasting(TestCase):
         relative = os.path.relpath(self.file)
         silent = run([*AGENT, "fork"], RECORDER,
                      **self.recording(self.machine(), KOVA_RECORD_FILE=relative))[2]
-        self.assertEqual(silent, "")
+        self.assertNotIn("libKOVADeviceRecorder", silent)
         self.assertIn(" 3 reads, ", self.note())
         named = self.folder / "%p.json"
         _, out, _ = run([*AGENT, "fork"], RECORDER,
