@@ -6,6 +6,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <fstream>
 #include <thread>
@@ -33,12 +35,18 @@ class Client {
            static_cast<ssize_t>(text.size());
   }
 
-  // Reads until `end` has come, or the connection has ended.
+  // Reads until `end` has come, or the connection has ended. What comes behind it stays to be read.
   std::string read_to(std::string_view end) const {
     std::string text;
-    char byte = 0;
-    while (!text.ends_with(end) && recv(descriptor_, &byte, 1, 0) == 1) {
-      text += byte;
+    std::array<char, 16384> bytes;
+    ssize_t size = 0;
+    while (!text.ends_with(end) &&
+           (size = recv(descriptor_, bytes.data(), bytes.size(), MSG_PEEK)) > 0) {
+      const size_t before = text.size();
+      text.append(bytes.data(), static_cast<size_t>(size));
+      const size_t found = text.find(end, before - std::min(before, end.size() - 1));
+      text.resize(found == std::string::npos ? text.size() : found + end.size());
+      (void)recv(descriptor_, bytes.data(), text.size() - before, 0);
     }
     return text;
   }
