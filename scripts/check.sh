@@ -39,7 +39,8 @@ quietly cmake --preset clang
 mapfile -t units < <(git ls-files '*.cpp' ':!tests/fuzz' ':!bench')
 if ! run-clang-tidy -quiet -p build/clang -j "$(nproc)" "${units[@]/#/$repository/}" \
   >build/clang/tidy.log 2>&1; then
-  grep -A 4 'error:' build/clang/tidy.log >&2
+  grep -A 4 -e 'error:' -e 'Stack dump:' build/clang/tidy.log >&2 || true
+  echo "check.sh: clang-tidy fails (build/clang/tidy.log)" >&2
   exit 1
 fi
 

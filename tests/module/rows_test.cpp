@@ -67,13 +67,16 @@ TEST(Rows, AgreeWithEachOther) {
   });
 }
 
+// Orders with one place for all, with one place empty and another taken twice, and all too late.
+constexpr auto kSame = [](const auto&) { return 1U; };
+constexpr auto kTwice = [](const auto& family) { return family.start == 3 ? 2 : family.start; };
+constexpr auto kLate = [](const auto& family) { return family.start + 1; };
+
 TEST(Families, AnOrderHasEachPlaceOnce) {
   EXPECT_TRUE(families::is_an_order(families::kStart));
-  EXPECT_FALSE(families::is_an_order([](const auto&) { return 1U; }));
-  // One place empty, another taken twice; then all one place too late.
-  EXPECT_FALSE(families::is_an_order(
-      [](const auto& family) { return family.start == 3 ? 2 : family.start; }));
-  EXPECT_FALSE(families::is_an_order([](const auto& family) { return family.start + 1; }));
+  EXPECT_FALSE(families::is_an_order(kSame));
+  EXPECT_FALSE(families::is_an_order(kTwice));
+  EXPECT_FALSE(families::is_an_order(kLate));
 }
 
 TEST(Rows, HaveACodeEach) {
