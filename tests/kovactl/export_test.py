@@ -139,6 +139,7 @@ kova_item_last_success_timestamp_seconds{id= 1
         known = (self.place / "all").read_text()
         no_ports = self.machine(codes={"0x00200000": 0})
         for selection, exit_code, missed in (("", 1, 20), ("--family PoE", 1, 20),
+                                             ("PoE/PoE?1/* --family PoE", 1, 5),
                                              ("--family PIC", 0, 0)):
             with self.subTest(selection=selection):
                 self.file.write_text(known)

@@ -168,6 +168,8 @@ vanished  GSensor  all 12 items
         self.assertIn("reads again ", back.out)
         self.assertRegex(back.out, "new +GSensor +all 12 items")
         self.assertRegex(back.out, "changed +TRK-7000/Onboard fan speeds/TRK7K OB fan 2 ")
+        blank = self.variation("blank.json", codes={"0x00B00024..0x00B00028": 0x20202020})
+        self.assertRegex(self.diff(good, blank).out, "Manufacturer Name +Kova Energy -> -\n")
         same = self.diff(good, good)
         self.assertEqual((same.exit_code, same.out), (0, "129 of 129 items the same\n"))
 
