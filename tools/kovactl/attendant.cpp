@@ -141,6 +141,7 @@ void Attendant::check_limit_of_all() {
 void Attendant::keep_up() {
   check_signals();
   draw_progress();
+  check_end();
 }
 
 void Attendant::give_up(const HostError& error) {
