@@ -22,7 +22,7 @@ class Recording {
   };
 
   // Begins at time 0. Throws HostError: no_device without a device library to record, usage if
-  // the file cannot be written or the stand-in is not there.
+  // the file cannot be written, the stand-in is not there, or another one is preloaded before it.
   explicit Recording(const Options& options);
 
   // Unless finish() was called, the file is left as it was.
