@@ -1,9 +1,8 @@
 """What is told of machines on which something is wrong."""
 import json
-import os
 import unittest
 
-from program import FAKE_MODULE, TestCase, run
+from program import FAKE_MODULE, TestCase, preloading, run
 
 NONSENSE = {
     "0x00820000": 0,  # 0 K
@@ -59,7 +58,6 @@ class Doctor(TestCase):
         self.check((("doctor --module /none.so", 3, "failed  module   cannot load the module", ""),
                     (f"doctor --module {FAKE_MODULE}", 1, "failed  library", "")))
 
-
     def test_a_library_without_one_of_its_entry_points(self):
         for variable, verdicts, exit_code in (
             ("KOVACTL_READ_ONLY", ("ok      entries  KovaDeviceGetValue is there",
@@ -70,8 +68,7 @@ class Doctor(TestCase):
                                     "What to do: install the device library that belongs"), 3),
         ):
             with self.subTest(variable):
-                preload = ":".join((os.environ["KOVACTL_RUNTIMES"], os.environ[variable]))
-                result = run("doctor", LD_PRELOAD=preload)
+                result = run("doctor", **preloading(variable))
                 self.assertEqual(result.exit_code, exit_code, result.out)
                 for verdict in verdicts:
                     self.assertIn(verdict, result.out)

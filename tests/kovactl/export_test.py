@@ -1,12 +1,10 @@
 """Metrics and SenML: the formats' own rules, and the numbers in them."""
 import os
 import re
-import resource
-import signal
 import stat
 import unittest
 
-from program import FAKE_MODULE, VERSION, TestCase, run
+from program import FAKE_MODULE, VERSION, TestCase, full_disk, run
 
 
 class Exposition:
@@ -153,16 +151,11 @@ kova_item_last_success_timestamp_seconds{id= 1
 
     def test_failure_leaves_the_old_file_and_nothing_else(self):
         os.mkfifo(self.place / "pipe")
-
-        def fill_the_disk():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (4, 4))
-
         for name, options, reason in (
             ("no/such", {}, "No such file or directory"),
             ("pipe", {}, "no plain file"),
             (".", {}, "no plain file"),
-            ("kova.prom", {"preexec_fn": fill_the_disk}, "File too large"),
+            ("kova.prom", full_disk(4), "File too large"),
         ):
             with self.subTest(name=name):
                 result = self.export("metrics", "--output", str(self.place / name), **options)

@@ -8,6 +8,7 @@ import os
 import pathlib
 import pty
 import re
+import resource
 import signal
 import subprocess
 import tempfile
@@ -70,6 +71,19 @@ def run(arguments, options=None, **environment):
     if "--json" in words and "complete" not in words:
         hold_to_contract(next((w for w in words if w in COMMANDS), ""), result.out)
     return result
+
+
+def preloading(variable):
+    """The environment of a program before which the test's library of that name is loaded."""
+    return {"LD_PRELOAD": f"{os.environ['KOVACTL_RUNTIMES']}:{os.environ[variable]}"}
+
+
+def full_disk(size):
+    """Options for run(): no file may grow beyond so many bytes."""
+    def fill():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+    return {"preexec_fn": fill}
 
 
 class Terminal:

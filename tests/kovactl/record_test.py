@@ -3,13 +3,10 @@ import json
 import os
 import pathlib
 import re
-import resource
-import signal
 import unittest
 
-from program import TestCase, run
+from program import TestCase, full_disk, preloading, run
 
-PRELOADED = ":".join((os.environ["KOVACTL_RUNTIMES"], os.environ["KOVACTL_READ_ONLY"]))
 DATA = pathlib.Path(__file__).parents[1] / "data"
 
 
@@ -98,12 +95,8 @@ class Records(TestCase):
                          (2, "kovactl: /nonexistent/r.json: cannot be written (ENOENT)\n"))
 
     def test_a_full_disk_is_told_once(self):
-        def fill_the_disk():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (2048, 2048))
-
         self.file.write_text("the one before")
-        result = run(["--simulate", "record", str(self.file)], {"preexec_fn": fill_the_disk})
+        result = run(["--simulate", "record", str(self.file)], full_disk(2048))
         self.assertEqual((result.exit_code, result.out, result.err), (
             1, "", f"kovactl: recording stopped: {self.file}: cannot be written (EFBIG)\n"))
         self.assertEqual(self.file.read_text(), "the one before")
@@ -114,7 +107,7 @@ class Records(TestCase):
                                 ("--simulate record", "cannot record: "),
                                 ("--simulate list", "cannot simulate: ")):
             with self.subTest(command):
-                result = run([*command.split(), str(self.file)], LD_PRELOAD=PRELOADED)
+                result = run([*command.split(), str(self.file)], **preloading("KOVACTL_READ_ONLY"))
                 self.assertEqual((result.exit_code, result.out), (2, ""))
                 self.assertIn(f"{reason}{os.environ['KOVACTL_READ_ONLY']} is preloaded", result.err)
                 self.assert_one_line(result.err)
