@@ -7,42 +7,43 @@
 
 #include "include/kova_iot.h"
 #include "tests/exporter/sample.h"
-#include "tools/exporter/api_document.h"
 #include "tools/exporter/log.h"
+#include "tools/page/api_document.h"
 
 namespace kova_exporter {
 namespace {
 
-const SweepState kUp{17, 2, 1763734710.25, 0.4000004, 0.0123, 5, true, ""};
+const kova_page::SweepState kUp{17, 2, 1763734710.25, 0.4000004, 0.0123, 5, true, ""};
 const std::string kUpText =
     R"("sweep":{"number":17,"time":1763734710.25,"age":0.4,"duration":0.0123,)"
     R"("interval":5.0,"up":true,"list":2})";
-const SweepState kWaiting{0, 0, {}, {}, {}, 0.1, false, "no \"bus\""};
+const kova_page::SweepState kWaiting{0, 0, {}, {}, {}, 0.1, false, "no \"bus\""};
 const std::string kWaitingText = R"("sweep":{"number":0,"time":null,"age":null,"duration":null,)"
                                  R"("interval":0.1,"up":false,"error":"no \"bus\"","list":0})";
 
 TEST(Documents, SayWhoseTheyAreAndHowFresh) {
   const std::string head = R"({"ok":false,"machine":{"name":"bus","simulated":)";
   const std::string release = R"(},"release":")" KOVA_IOT_VERSION R"(",)";
-  EXPECT_EQ(items_document({"bus", ""}, {"[1]", true}, kWaiting),
+  EXPECT_EQ(kova_page::items_document({"bus", ""}, {"[1]", true}, kWaiting),
             head + "false" + release + kWaitingText + R"(,"items":[1]})");
-  EXPECT_EQ(items_document({"bus", "x"}, {"[]", false}, kUp),
+  EXPECT_EQ(kova_page::items_document({"bus", "x"}, {"[]", false}, kUp),
             head + R"("x")" + release + kUpText + R"(,"items":[]})");
-  EXPECT_EQ(items_document({"", ""}, {"[]", true}, kUp).find(R"({"ok":true,)"), 0U);
-  EXPECT_EQ(history_document({}, kUp),
+  EXPECT_EQ(kova_page::items_document({"", ""}, {"[]", true}, kUp).find(R"({"ok":true,)"), 0U);
+  EXPECT_EQ(kova_page::history_document({}, kUp),
             R"({"ok":true,)" + kUpText + ",\"times\":[],\"series\":{}}\n");
-  EXPECT_EQ(history_document({{1, 2.5}, {{1, {NAN, 1e15}}, {0x14170311, {0.1, NAN}}}}, kWaiting),
+  EXPECT_EQ(kova_page::history_document({{1, 2.5}, {{1, {NAN, 1e15}}, {0x14170311, {0.1, NAN}}}},
+                                        kWaiting),
             R"({"ok":true,)" + kWaitingText + R"(,"times":[1,2.5],"series":)" +
                 "{\"0x00000001\":[null,1e+15],\"0x14170311\":[0.1,null]}}\n");
 }
 
 TEST(Documents, EventsAreWhole) {
-  EXPECT_EQ(sweep_event(*sample_sweep(7, 0), kUp),
+  EXPECT_EQ(kova_page::sweep_event(*sample_sweep(7, 0), kUp),
             "event: sweep\nid: 7\ndata: {" + kUpText +
                 R"~(,"values":[3000,null,"a \"b\""],"failed":{"1":{"failure":)~"
                 R"~("the device did not answer (0x5)","status":null,"code":5}}})~"
                 "\n\n");
-  EXPECT_EQ(status_event(kWaiting), "event: status\ndata: {" + kWaitingText + "}\n\n");
+  EXPECT_EQ(kova_page::status_event(kWaiting), "event: status\ndata: {" + kWaitingText + "}\n\n");
 }
 
 TEST(Store, KeepsHalfAnHourAndSaysWhenThereIsNews) {
@@ -54,7 +55,7 @@ TEST(Store, KeepsHalfAnHourAndSaysWhenThereIsNews) {
     for (int i = 0; i < 2000; ++i) {
       auto snapshot = sample_sweep(1, 0);
       snapshot->time = i * std::max(interval, 1.0);
-      const History::Row row = {{kFan, i}};
+      const kova_page::RecentSamples::Row row = {{kFan, i}};
       store.publish(snapshot, &row);
       store.publish(snapshot, nullptr);  // one that failed has no numbers
       EXPECT_EQ(poll(&news, 1, 0), 1);

@@ -10,10 +10,10 @@ constexpr uint32_t kBroken = 0x14170312;
 constexpr uint32_t kText = 0x14170601;
 
 // Sweep `number`, which ended so long ago.
-inline std::shared_ptr<Snapshot> sample_sweep(uint64_t number, double age) {
+inline std::shared_ptr<kova_page::Snapshot> sample_sweep(uint64_t number, double age) {
   using kova_host::Item;
   using kova_host::Reading;
-  auto list = std::make_shared<ItemList>();
+  auto list = std::make_shared<kova_page::ItemList>();
   list->number = 1;
   for (const auto& [id, name] : {std::pair(kFan, "fan 1"), {kBroken, "fan 2"}, {kText, "maker"}}) {
     Item item;
@@ -25,7 +25,7 @@ inline std::shared_ptr<Snapshot> sample_sweep(uint64_t number, double age) {
     item.unit = id == kText ? "" : "RPM";
     list->items.push_back(item);
   }
-  auto snapshot = std::make_shared<Snapshot>();
+  auto snapshot = std::make_shared<kova_page::Snapshot>();
   snapshot->list = std::move(list);
   snapshot->number = number;
   snapshot->time = 1700000000.5 + static_cast<double>(number);

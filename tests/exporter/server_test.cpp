@@ -93,7 +93,7 @@ class ServerTest : public testing::Test {
   // A sweep that no socket holds.
   void publish_large() {
     auto snapshot = sample_sweep(1, 0);
-    auto list = std::make_shared<ItemList>(*snapshot->list);
+    auto list = std::make_shared<kova_page::ItemList>(*snapshot->list);
     list->items.resize(300, list->items.front());
     snapshot->list = list;
     snapshot->readings[kFan].value = std::string(1000, 'x');

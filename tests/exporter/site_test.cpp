@@ -140,7 +140,7 @@ TEST_F(SiteTest, HistoryGoesBackAsFarAsIsAskedFor) {
   for (int i = 0; i < 70; ++i) {  // ten seconds apart, the last one just now
     auto snapshot = sample_sweep(1, 0);
     snapshot->time = now - 690 + 10 * i;
-    const History::Row row = {{kFan, i}};
+    const kova_page::RecentSamples::Row row = {{kFan, i}};
     store_.publish(std::move(snapshot), &row);
   }
   const std::pair<std::string, int> cases[] = {
@@ -214,14 +214,14 @@ TEST_F(SiteTest, CompressesWhatIsLargeForClientsThatWantIt) {
   for (const uint64_t sweep : {1U, 2U}) {  // nothing of the one before is left
     auto snapshot = sample_sweep(sweep, 1000);
     for (uint32_t id = 1; id <= 200; ++id) {
-      auto list = std::make_shared<ItemList>(*snapshot->list);
+      auto list = std::make_shared<kova_page::ItemList>(*snapshot->list);
       list->items.push_back(list->items.front());
       list->items.back().id = id;
       snapshot->list = list;
       snapshot->readings[id] = {kova_host::Reading::State::good, 0,
                                 static_cast<int64_t>(sweep * 1000 + id)};
     }
-    History::Row row;
+    kova_page::RecentSamples::Row row;
     for (uint32_t id = 1; id <= 200; ++id) {
       row[id] = static_cast<double>(sweep);
     }
@@ -251,7 +251,7 @@ TEST_F(SiteTest, CompressesWhatIsLargeForClientsThatWantIt) {
 
 TEST_F(SiteTest, TellsValuesFailuresAndFreshness) {
   EXPECT_NE(body("/healthz").find("has not ended yet"), std::string::npos);
-  const History::Row row = {{kFan, 3000}};
+  const kova_page::RecentSamples::Row row = {{kFan, 3000}};
   store_.publish(sample_sweep(7, 0), &row);
   EXPECT_EQ(body("/healthz"), "ok\n");
   EXPECT_EQ(body("/api/v1/items").find(R"({"ok":false,"machine":{"name":"bus",)"), 0U);
@@ -280,11 +280,11 @@ TEST_F(SiteTest, OldReadingsStayButAreNotUp) {
 TEST(SweepState, SlowBusIsNotDown) {
   auto slow = sample_sweep(1, 20);
   slow->duration = 10;  // at an interval of 1 s
-  EXPECT_TRUE(sweep_state(*slow, 1, std::chrono::steady_clock::now()).up);
+  EXPECT_TRUE(kova_page::sweep_state(*slow, 1, std::chrono::steady_clock::now()).up);
 }
 
-TEST(History, IsARingOfColumns) {
-  History history(3, 1);
+TEST(RecentSamples, IsARingOfColumns) {
+  kova_page::RecentSamples history(3, 1);
   history.add(100, {{1, 10}});
   history.add(100.5, {{1, 99}});  // too soon after the one before
   history.add(101, {{1, 11}, {2, 20}});

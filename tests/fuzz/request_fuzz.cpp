@@ -18,7 +18,7 @@ std::string take_line(std::string_view& text) {
 const Store& store() {
   static Store* const store = [] {
     auto* made = new Store(5);
-    const History::Row row = {{kFan, 3000}};
+    const kova_page::RecentSamples::Row row = {{kFan, 3000}};
     made->publish(sample_sweep(1, 0), &row);
     return made;
   }();

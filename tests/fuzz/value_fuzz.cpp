@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "tests/fuzz/fuzz_device.h"
-#include "tools/host/errors.h"
-#include "tools/host/write_value.h"
+#include "tools/host/system/errors.h"
+#include "tools/host/values/typed_value.h"
 
 namespace {
 

@@ -2,12 +2,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/host/items.h"
-#include "tools/host/document.h"
-#include "tools/host/item_data.h"
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/list_document.h"
-#include "tools/host/value_text.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/model/capability_document.h"
+#include "tools/host/model/item_data.h"
+#include "tools/host/record/listing_file.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/values/shown_value.h"
 
 namespace kova_host {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "tools/host/errors.h"
-#include "tools/host/reading.h"
+#include "tools/host/system/errors.h"
+#include "tools/host/values/reading.h"
 
 namespace kova_host {
 

@@ -5,12 +5,12 @@
 #include <fstream>
 
 #include "tests/host/items.h"
-#include "tools/host/comparison.h"
-#include "tools/host/diagnosis.h"
-#include "tools/host/inventory.h"
-#include "tools/host/monitoring_check.h"
-#include "tools/host/recording.h"
-#include "tools/host/selection.h"
+#include "tools/host/judgements/monitoring_check.h"
+#include "tools/host/model/selection.h"
+#include "tools/host/record/comparison.h"
+#include "tools/host/record/recording.h"
+#include "tools/host/session/diagnosis.h"
+#include "tools/host/session/inventory.h"
 
 namespace kova_host {
 namespace {

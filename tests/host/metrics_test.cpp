@@ -1,5 +1,5 @@
 // Readings as metrics and as SenML, and earlier metrics read back.
-#include "tools/host/metrics.h"
+#include "tools/host/export/metrics.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 
 #include "include/kova_iot.h"
 #include "tests/host/items.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/quantity.h"
-#include "tools/host/senml.h"
+#include "tools/host/export/senml.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/values/quantity.h"
 
 namespace kova_host {
 namespace {

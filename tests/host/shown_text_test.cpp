@@ -3,10 +3,10 @@
 
 #include "tests/host/items.h"
 #include "tests/support/comma_locale.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/plain_text.h"
-#include "tools/host/plausibility.h"
-#include "tools/host/value_text.h"
+#include "tools/host/judgements/plausibility.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/values/shown_value.h"
 
 namespace kova_host {
 namespace {

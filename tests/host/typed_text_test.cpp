@@ -2,12 +2,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/comma_locale.h"
-#include "tools/host/alert_range.h"
-#include "tools/host/duration.h"
-#include "tools/host/nearest.h"
-#include "tools/host/text_value.h"
-#include "tools/host/typed_unit.h"
-#include "tools/host/write_value.h"
+#include "tools/host/judgements/alert_range.h"
+#include "tools/host/system/duration.h"
+#include "tools/host/system/nearest.h"
+#include "tools/host/system/typed_number.h"
+#include "tools/host/values/typed_unit.h"
+#include "tools/host/values/typed_value.h"
 
 namespace kova_host {
 namespace {

@@ -1,5 +1,5 @@
 // What a write sends for a text, and what is refused before anything is sent.
-#include "tools/host/write_value.h"
+#include "tools/host/values/typed_value.h"
 
 #include <gtest/gtest.h>
 

@@ -9,6 +9,8 @@
 #include "tools/kovactl/watch_list.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 Item item(uint32_t id, const char* package, const char* name) {

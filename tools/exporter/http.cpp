@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "tools/host/json_writer.h"
+#include "tools/host/system/json_writer.h"
 
 namespace kova_exporter {
 namespace {

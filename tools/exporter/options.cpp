@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "include/kova_iot.h"
-#include "tools/host/text_value.h"
+#include "tools/host/system/typed_number.h"
 
 namespace kova_exporter {
 namespace {
@@ -37,8 +37,7 @@ double checked_interval(std::string_view text) {
       continue;
     }
     const auto number = kova_host::parse_number(text.substr(0, text.size() - suffix.size()));
-    const double seconds =
-        number ? std::visit([](auto v) { return static_cast<double>(v); }, *number) * factor : 0;
+    const double seconds = number ? kova_host::as_double(*number) * factor : 0;
     if (seconds >= kShortest && seconds <= kLongest) {
       return seconds;
     }

@@ -7,7 +7,7 @@
 
 #include "tools/exporter/listen_address.h"
 #include "tools/exporter/log.h"
-#include "tools/host/session.h"
+#include "tools/host/session/session.h"
 
 namespace kova_exporter {
 

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "tools/exporter/log.h"
-#include "tools/host/errors.h"
-#include "tools/host/inventory.h"
-#include "tools/host/selection.h"
-#include "tools/host/unix_time.h"
+#include "tools/host/model/selection.h"
+#include "tools/host/session/inventory.h"
+#include "tools/host/system/errors.h"
+#include "tools/host/system/unix_time.h"
 
 namespace kova_exporter {
 namespace {
@@ -18,8 +18,8 @@ using kova_host::Item;
 using kova_host::Reading;
 using kova_host::Readings;
 
-History::Row numbers_of(const Readings& readings) {
-  History::Row row;
+kova_page::RecentSamples::Row numbers_of(const Readings& readings) {
+  kova_page::RecentSamples::Row row;
   for (const auto& [id, reading] : readings) {
     if (const auto number = reading.number();
         number && reading.state == Reading::State::good && std::isfinite(*number)) {
@@ -103,7 +103,7 @@ void Sampler::work_once(const std::stop_token& stop) {
 
 void Sampler::start_module() {
   auto session = std::make_unique<kova_host::Session>(options_);
-  auto list = std::make_shared<ItemList>();
+  auto list = std::make_shared<kova_page::ItemList>();
   list->number = list_->number + 1;
   list->items = kova_host::Inventory::of(*session).items();
   list_ = std::move(list);
@@ -152,14 +152,14 @@ void Sampler::publish_failure(const std::string& error) {
   if (before->error != error) {
     log(LogLevel::warn, "{}", error);
   }
-  auto snapshot = std::make_shared<Snapshot>(*before);
+  auto snapshot = std::make_shared<kova_page::Snapshot>(*before);
   snapshot->error = error;
   store_.publish(std::move(snapshot), nullptr);
 }
 
 void Sampler::publish(Readings readings, std::string error, Clock::time_point began) {
   const auto before = store_.latest();
-  auto snapshot = std::make_shared<Snapshot>();
+  auto snapshot = std::make_shared<kova_page::Snapshot>();
   snapshot->list = list_;
   snapshot->number = before->number + 1;
   snapshot->time = kova_host::unix_time();
@@ -177,7 +177,7 @@ void Sampler::publish(Readings readings, std::string error, Clock::time_point be
   if (snapshot->error != before->error && before->number > 0) {
     log(LogLevel::warn, "{}", snapshot->error.empty() ? "the device answers" : snapshot->error);
   }
-  const History::Row numbers = numbers_of(readings);
+  const kova_page::RecentSamples::Row numbers = numbers_of(readings);
   snapshot->readings = std::move(readings);
   log(LogLevel::debug, "sweep {}: {:.3f} s", snapshot->number, snapshot->duration);
   store_.publish(std::move(snapshot), &numbers);

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "tools/exporter/store.h"
-#include "tools/host/session.h"
+#include "tools/host/session/session.h"
 
 namespace kova_exporter {
 
@@ -48,7 +48,7 @@ class Sampler {
   Store& store_;
   const std::chrono::nanoseconds between_looks_;
   std::unique_ptr<kova_host::Session> session_;
-  std::shared_ptr<const ItemList> list_;
+  std::shared_ptr<const kova_page::ItemList> list_;
   bool has_started_ = false;
   Clock::time_point last_look_;
 

@@ -13,7 +13,7 @@
 
 #include "tools/exporter/sampler.h"
 #include "tools/exporter/server.h"
-#include "tools/host/host_name.h"
+#include "tools/host/system/host_name.h"
 
 namespace kova_exporter {
 namespace {
@@ -52,7 +52,7 @@ class ServiceManager {
   ServiceManager() { has_watchdog_ = sd_watchdog_enabled(0, nullptr) > 0; }
 
   // The first sweep has ended, well or not.
-  void ready(const SweepState& state) {
+  void ready(const kova_page::SweepState& state) {
     if (!ready_) {
       ready_ = true;
       sd_notify(0, "READY=1");

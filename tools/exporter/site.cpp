@@ -8,11 +8,11 @@
 #include <limits>
 #include <variant>
 
-#include "tools/host/errors.h"
-#include "tools/host/metrics.h"
-#include "tools/host/selection.h"
-#include "tools/host/text_value.h"
-#include "tools/host/unix_time.h"
+#include "tools/host/export/metrics.h"
+#include "tools/host/model/selection.h"
+#include "tools/host/system/errors.h"
+#include "tools/host/system/typed_number.h"
+#include "tools/host/system/unix_time.h"
 
 namespace kova_exporter {
 namespace {
@@ -70,13 +70,13 @@ std::optional<double> since_time(std::string_view text) {
   if (!number) {
     return std::nullopt;
   }
-  const double seconds = std::visit([](auto v) { return static_cast<double>(v); }, *number);
+  const double seconds = kova_host::as_double(*number);
   return seconds < 0 ? kova_host::unix_time() + seconds : seconds;
 }
 
 // The items that a client asks for by ID, name, path or pattern, or the answer that there are none.
-std::variant<std::vector<kova_host::Item>, HttpResponse> items_named(const Snapshot& snapshot,
-                                                                     std::string_view text) {
+std::variant<std::vector<kova_host::Item>, HttpResponse> items_named(
+    const kova_page::Snapshot& snapshot, std::string_view text) {
   try {
     auto items = kova_host::named_items(snapshot.list->items, std::string(text));
     if (std::all_of(items.begin(), items.end(), [&snapshot](const kova_host::Item& item) {
@@ -97,7 +97,7 @@ struct WantedHistory {
 };
 
 // What the parameters ask for, or the answer that something is wrong with them.
-std::variant<WantedHistory, HttpResponse> wanted_history(const Snapshot& snapshot,
+std::variant<WantedHistory, HttpResponse> wanted_history(const kova_page::Snapshot& snapshot,
                                                          const Target& target) {
   WantedHistory wanted;
   for (const std::string_view name : target.values("item")) {
@@ -123,13 +123,13 @@ std::variant<WantedHistory, HttpResponse> wanted_history(const Snapshot& snapsho
   return wanted;
 }
 
-std::string items_metrics(const Snapshot& snapshot, kova_host::MetricsFormat format) {
+std::string items_metrics(const kova_page::Snapshot& snapshot, kova_host::MetricsFormat format) {
   const kova_host::EarlierMetrics earlier{.last_success = snapshot.last_success, .labels = {}};
   return kova_host::items_text(kova_host::distinct(snapshot.list->items), snapshot.readings,
                                snapshot.time, earlier, format);
 }
 
-kova_host::Sweep sweep_of(const SweepState& state) {
+kova_host::Sweep sweep_of(const kova_page::SweepState& state) {
   return {.up = state.up,
           .time = state.time,
           .duration = state.duration,
@@ -166,8 +166,8 @@ Site::Site(const Store& store, Options options) : store_(store), options_(std::m
 
 Site::Current Site::current() const {
   auto snapshot = store_.latest();
-  const SweepState state =
-      sweep_state(*snapshot, store_.interval(), std::chrono::steady_clock::now());
+  const kova_page::SweepState state =
+      kova_page::sweep_state(*snapshot, store_.interval(), std::chrono::steady_clock::now());
   return {std::move(snapshot), state};
 }
 
@@ -226,7 +226,7 @@ HttpResponse Site::metrics(const HttpRequest& request) {
 }
 
 HttpResponse Site::health() const {
-  const SweepState state = current().state;
+  const kova_page::SweepState state = current().state;
   HttpResponse response =
       text_response("text/plain; charset=utf-8", (state.up ? "ok" : state.error) + "\n");
   response.status = state.up ? 200 : 503;
@@ -236,11 +236,12 @@ HttpResponse Site::health() const {
 HttpResponse Site::items(const HttpRequest& request) {
   const auto [snapshot, state] = current();
   if (items_.snapshot != snapshot) {
-    items_ = {snapshot, SharedText(items_text(*snapshot, snapshot->list->items).json)};
+    items_ = {snapshot, SharedText(kova_page::items_text(*snapshot, snapshot->list->items).json)};
   }
   const bool all_read = !kova_host::any_failed(snapshot->readings);
-  return shared_response(request, "application/json", items_head(options_.machine, all_read, state),
-                         items_.text, "}");
+  return shared_response(request, "application/json",
+                         kova_page::items_head(options_.machine, all_read, state), items_.text,
+                         "}");
 }
 
 HttpResponse Site::item(std::string_view name) const {
@@ -250,7 +251,8 @@ HttpResponse Site::item(std::string_view name) const {
     return *refusal;
   }
   const auto& items = std::get<std::vector<kova_host::Item>>(found);
-  return json_response(items_document(options_.machine, items_text(*snapshot, items), state));
+  return json_response(
+      kova_page::items_document(options_.machine, kova_page::items_text(*snapshot, items), state));
 }
 
 HttpResponse Site::history(const HttpRequest& request, const Target& target) {
@@ -261,18 +263,19 @@ HttpResponse Site::history(const HttpRequest& request, const Target& target) {
   }
   const auto& wanted = std::get<WantedHistory>(parsed);
   const auto text = [&] {
-    return history_text(
+    return kova_page::history_text(
         wanted.all ? store_.history(store_.history_ids(), wanted.since, kSamplesOfAllItems)
                    : store_.history(wanted.ids, wanted.since, std::numeric_limits<size_t>::max()));
   };
   if (!wanted.all || wanted.since != kEver) {
-    return json_response(history_head(state) + text());
+    return json_response(kova_page::history_head(state) + text());
   }
   // What each page begins with.
   if (history_.snapshot != snapshot) {
     history_ = {snapshot, SharedText(text())};
   }
-  return shared_response(request, "application/json", history_head(state), history_.text, "");
+  return shared_response(request, "application/json", kova_page::history_head(state), history_.text,
+                         "");
 }
 
 // The two forms of a file differ in their tags.
@@ -303,11 +306,12 @@ HttpResponse Site::file(const HttpRequest& request, const kova_page::PageFile& f
 
 std::string Site::newest_event() const {
   const auto [snapshot, state] = current();
-  return snapshot->number == 0 ? kova_exporter::status_event(state) : sweep_event(*snapshot, state);
+  return snapshot->number == 0 ? kova_page::status_event(state)
+                               : kova_page::sweep_event(*snapshot, state);
 }
 
 std::string Site::status_event() const {
-  return kova_exporter::status_event(current().state);
+  return kova_page::status_event(current().state);
 }
 
 }  // namespace kova_exporter

@@ -5,18 +5,18 @@
 #include <memory>
 #include <string>
 
-#include "tools/exporter/api_document.h"
 #include "tools/exporter/gzip.h"
 #include "tools/exporter/http.h"
-#include "tools/exporter/page/page_files.h"
 #include "tools/exporter/store.h"
+#include "tools/page/api_document.h"
+#include "tools/page/page_files.h"
 
 namespace kova_exporter {
 
 class Site {
  public:
   struct Options {
-    Machine machine;
+    kova_page::Machine machine;
     bool local_hosts_only = false;  // refuse a Host header that names another machine
   };
 
@@ -30,7 +30,7 @@ class Site {
   // tells only that.
   std::string newest_event() const;
   std::string status_event() const;
-  SweepState state() const { return current().state; }
+  kova_page::SweepState state() const { return current().state; }
 
  private:
   HttpResponse route(const HttpRequest& request, const Target& target);
@@ -43,14 +43,14 @@ class Site {
 
   // The newest snapshot and how it stands now.
   struct Current {
-    std::shared_ptr<const Snapshot> snapshot;
-    SweepState state;
+    std::shared_ptr<const kova_page::Snapshot> snapshot;
+    kova_page::SweepState state;
   };
   Current current() const;
 
   // What is made once of a snapshot, however many ask for it.
   struct Cached {
-    std::shared_ptr<const Snapshot> snapshot;
+    std::shared_ptr<const kova_page::Snapshot> snapshot;
     SharedText text;
   };
 

@@ -28,8 +28,8 @@ Store::Store(double interval)
   if (descriptor_ < 0) {
     throw std::system_error(errno, std::generic_category(), "cannot make an event descriptor");
   }
-  auto empty = std::make_shared<Snapshot>();
-  empty->list = std::make_shared<const ItemList>();
+  auto empty = std::make_shared<kova_page::Snapshot>();
+  empty->list = std::make_shared<const kova_page::ItemList>();
   latest_ = std::move(empty);
 }
 
@@ -37,7 +37,8 @@ Store::~Store() {
   close(descriptor_);
 }
 
-void Store::publish(std::shared_ptr<const Snapshot> snapshot, const History::Row* numbers) {
+void Store::publish(std::shared_ptr<const kova_page::Snapshot> snapshot,
+                    const kova_page::RecentSamples::Row* numbers) {
   {
     const std::lock_guard lock(mutex_);
     if (numbers != nullptr) {
@@ -48,13 +49,13 @@ void Store::publish(std::shared_ptr<const Snapshot> snapshot, const History::Row
   wake();
 }
 
-std::shared_ptr<const Snapshot> Store::latest() const {
+std::shared_ptr<const kova_page::Snapshot> Store::latest() const {
   const std::lock_guard lock(mutex_);
   return latest_;
 }
 
-History::Extract Store::history(const std::vector<uint32_t>& ids, double since,
-                                size_t at_most) const {
+kova_page::RecentSamples::Extract Store::history(const std::vector<uint32_t>& ids, double since,
+                                                 size_t at_most) const {
   const std::lock_guard lock(mutex_);
   return history_.extract(ids, since, at_most);
 }

@@ -5,8 +5,8 @@
 #include <mutex>
 #include <string>
 
-#include "tools/exporter/history.h"
-#include "tools/exporter/snapshot.h"
+#include "tools/page/recent_samples.h"
+#include "tools/page/snapshot.h"
 
 namespace kova_exporter {
 
@@ -20,12 +20,14 @@ class Store {
   Store& operator=(const Store&) = delete;
 
   // Takes the place of the snapshot before. With `numbers` it adds a sample to the history.
-  void publish(std::shared_ptr<const Snapshot> snapshot, const History::Row* numbers);
-  std::shared_ptr<const Snapshot> latest() const;
+  void publish(std::shared_ptr<const kova_page::Snapshot> snapshot,
+               const kova_page::RecentSamples::Row* numbers);
+  std::shared_ptr<const kova_page::Snapshot> latest() const;
 
   double interval() const { return interval_; }
 
-  History::Extract history(const std::vector<uint32_t>& ids, double since, size_t at_most) const;
+  kova_page::RecentSamples::Extract history(const std::vector<uint32_t>& ids, double since,
+                                            size_t at_most) const;
   std::vector<uint32_t> history_ids() const;
 
   // The program cannot go on; publish() and fail() make the descriptor readable.
@@ -40,8 +42,8 @@ class Store {
   const double interval_;
   int descriptor_;  // an eventfd
   mutable std::mutex mutex_;
-  std::shared_ptr<const Snapshot> latest_;
-  History history_;
+  std::shared_ptr<const kova_page::Snapshot> latest_;
+  kova_page::RecentSamples history_;
   std::string failure_;
 };
 

@@ -9,12 +9,14 @@
 #include <csignal>
 #include <utility>
 
-#include "tools/host/descriptor_output.h"
+#include "tools/host/system/descriptor_output.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 #include "tools/kovactl/unanswered.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 constexpr std::chrono::milliseconds kTick{50};

@@ -10,8 +10,8 @@
 #include <string>
 #include <thread>
 
-#include "tools/host/errors.h"
-#include "tools/host/interrupts.h"
+#include "tools/host/system/errors.h"
+#include "tools/host/system/interrupts.h"
 #include "tools/kovactl/command_line.h"
 #include "tools/kovactl/event_flag.h"
 
@@ -19,7 +19,7 @@ namespace kovactl {
 
 class Attendant {
  public:
-  using Tell = std::function<void(const HostError&)>;
+  using Tell = std::function<void(const kova_host::HostError&)>;
 
   // Takes SIGINT, SIGTERM and SIGHUP over; make it before any other thread. A call into the module
   // that lasts longer than the options' time limit ends the program, after `tell` was told what did
@@ -58,19 +58,19 @@ class Attendant {
   void check_pending_call();
   void check_limit_of_all();
   void keep_up();
-  [[noreturn]] void give_up(const HostError& error);
+  [[noreturn]] void give_up(const kova_host::HostError& error);
   void check_end();
   void tell_of_end(const std::string& reason);
   std::string call_before_exit(const std::string& reason);
 
   using Clock = std::chrono::steady_clock;
 
-  InterruptGuard signals_;
+  kova_host::InterruptGuard signals_;
   EventFlag interruption_;
   const double limit_seconds_;  // of a call; 0 for none
   std::atomic<double> limit_of_all_seconds_ = 0;
   const Clock::time_point start_ = Clock::now();
-  HostOptions host_options_;
+  kova_host::HostOptions host_options_;
   Tell tell_;
   std::mutex mutex_;
   BeforeExit before_exit_;  // under the mutex

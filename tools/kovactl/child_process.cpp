@@ -12,6 +12,7 @@
 #include <system_error>
 
 namespace kovactl {
+
 namespace {
 
 constexpr const char* kThisProgram = "/proc/self/exe";

@@ -1,9 +1,11 @@
 // `kovactl capability`: the module's own document.
-#include "tools/host/json_writer.h"
+#include "tools/host/system/json_writer.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 ExitCode run_capability(const GlobalOptions& globals, bool compact) {

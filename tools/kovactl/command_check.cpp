@@ -1,12 +1,14 @@
 // `kovactl check`: a check for Icinga, Nagios and their kin.
 #include <fmt/format.h>
 
-#include "tools/host/list_document.h"
-#include "tools/host/monitoring_check.h"
+#include "tools/host/judgements/monitoring_check.h"
+#include "tools/host/record/listing_file.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct CheckOptions {

@@ -5,12 +5,15 @@
 #include <algorithm>
 #include <set>
 
-#include "tools/host/item_data.h"
-#include "tools/host/locations.h"
+#include "tools/host/model/item_data.h"
+#include "tools/host/session/locations.h"
+#include "tools/host/system/typed_number.h"
 #include "tools/kovactl/command_line.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 using Words = std::vector<std::string>;

@@ -5,18 +5,20 @@
 #include <algorithm>
 
 #include "include/kova_iot.h"
-#include "tools/host/diagnosis.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/plain_text.h"
-#include "tools/host/plausibility.h"
-#include "tools/host/status_text.h"
-#include "tools/host/value_text.h"
+#include "tools/host/judgements/plausibility.h"
+#include "tools/host/model/status_text.h"
+#include "tools/host/session/diagnosis.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/values/shown_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 #include "tools/kovactl/terminal.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 enum class Verdict { ok, note, failed };
@@ -146,7 +148,7 @@ void check_families(const DeviceDiagnosis& diagnosis, Record& record) {
 
 // "device code 0x822005 answers 0x5"; what the module made of it may not tell which one failed.
 std::string ask_codes(const Item& item, const JsonPtr& entry) {
-  const auto device = DeviceLibrary::in_process();
+  const auto device = DirectDevice::in_process();
   if (!device || item.facts.codes.empty()) {
     return "";
   }

@@ -3,14 +3,16 @@
 
 #include <algorithm>
 
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/plain_text.h"
-#include "tools/host/value_text.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/values/shown_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct GetOptions {

@@ -7,11 +7,13 @@
 #include <sstream>
 
 #include "include/kova_iot.h"
-#include "tools/host/locations.h"
-#include "tools/host/nearest.h"
-#include "tools/host/text_value.h"
+#include "tools/host/session/locations.h"
+#include "tools/host/system/nearest.h"
+#include "tools/host/system/typed_number.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 constexpr const char* kExitCodes =
@@ -36,8 +38,7 @@ ExitCode exit_code_of(const HostError& error) {
 
 double checked_seconds(const std::string& text, double least, double most, std::string_view what) {
   const auto number = parse_number(text);
-  const double seconds =
-      !number ? 0 : std::visit([](auto v) { return static_cast<double>(v); }, *number);
+  const double seconds = !number ? 0 : as_double(*number);
   if (seconds < least || seconds > most) {
     throw HostError(Fault::usage,
                     fmt::format("'{}' is no {} of {} to {} seconds", text, what, least, most));

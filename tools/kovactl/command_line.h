@@ -7,13 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "tools/host/errors.h"
-#include "tools/host/session.h"
+#include "tools/host/session/session.h"
+#include "tools/host/system/errors.h"
 
 namespace kovactl {
 
 // This program's own code is written in the host library's terms.
-using namespace kova_host;
 
 // Documented in the man page: scripts rely on these numbers.
 enum class ExitCode : int {
@@ -23,13 +22,13 @@ enum class ExitCode : int {
   no_device = 3,    // no device library, or no device behind it
 };
 
-ExitCode exit_code_of(const HostError& error);
+ExitCode exit_code_of(const kova_host::HostError& error);
 
 class Attendant;
 
 // Options that every command takes.
 struct GlobalOptions {
-  HostOptions host;
+  kova_host::HostOptions host;
   std::optional<double> timeout_seconds;  // of a call into the module; 0 for no limit
   Attendant* attendant = nullptr;         // what looks after the command; never null in one
 };

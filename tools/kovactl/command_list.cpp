@@ -1,14 +1,16 @@
 // `kovactl list`: everything the machine offers, with its values.
 #include <unistd.h>
 
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/list_document.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/record/listing_file.h"
+#include "tools/host/system/json_writer.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/table.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct ListOptions {

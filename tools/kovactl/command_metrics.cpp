@@ -8,13 +8,15 @@
 #include <set>
 #include <sstream>
 
-#include "tools/host/atomic_file.h"
-#include "tools/host/metrics.h"
-#include "tools/host/unix_time.h"
+#include "tools/host/export/metrics.h"
+#include "tools/host/system/atomic_file.h"
+#include "tools/host/system/unix_time.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct MetricsOptions {

@@ -3,12 +3,14 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 
-#include "tools/host/device_library.h"
-#include "tools/host/inventory.h"
+#include "tools/host/session/direct_device.h"
+#include "tools/host/session/inventory.h"
 #include "tools/kovactl/command_line.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 void load_device_library() {
@@ -19,12 +21,12 @@ void load_device_library() {
   }
 }
 
-DeviceAnswer read(const DeviceLibrary& device, uint32_t code, const std::string& name) {
+DeviceAnswer read(const DirectDevice& device, uint32_t code, const std::string& name) {
   print(name + '\n');
   return device.read(code);
 }
 
-void read_family(const DeviceLibrary& device, const FamilyData& family) {
+void read_family(const DirectDevice& device, const FamilyData& family) {
   const auto presence = read(device, family.presence_code, "the presence of " + family.title);
   if (presence.status != 0 || (!family.present_if_readable && presence.word == 0)) {
     return;
@@ -46,7 +48,7 @@ void read_family(const DeviceLibrary& device, const FamilyData& family) {
 ExitCode run_read_each_item(const GlobalOptions& globals) {
   const Module module(globals.host);  // which brings the simulated device library along
   load_device_library();
-  const auto device = DeviceLibrary::in_process();
+  const auto device = DirectDevice::in_process();
   if (!device) {
     return ExitCode::no_device;
   }

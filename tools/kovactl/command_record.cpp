@@ -3,14 +3,17 @@
 
 #include <algorithm>
 
-#include "tools/host/duration.h"
-#include "tools/host/plain_text.h"
-#include "tools/host/recording.h"
+#include "tools/host/record/recording.h"
+#include "tools/host/system/duration.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/system/typed_number.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 using std::chrono::milliseconds;

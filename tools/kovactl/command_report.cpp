@@ -7,20 +7,22 @@
 #include <mutex>
 #include <utility>
 
-#include "tools/exporter/page/single_file.h"
-#include "tools/host/atomic_file.h"
-#include "tools/host/descriptor_output.h"
-#include "tools/host/duration.h"
-#include "tools/host/host_name.h"
-#include "tools/host/plain_text.h"
-#include "tools/host/replay.h"
-#include "tools/host/unix_time.h"
+#include "tools/host/record/replay.h"
+#include "tools/host/system/atomic_file.h"
+#include "tools/host/system/descriptor_output.h"
+#include "tools/host/system/duration.h"
+#include "tools/host/system/host_name.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/system/unix_time.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 #include "tools/kovactl/report_document.h"
+#include "tools/page/single_file.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 using std::chrono::milliseconds;
@@ -54,7 +56,7 @@ milliseconds checked_interval(const ReportOptions& options, milliseconds length,
 
 // Where a report's readings come from, and how they got into it.
 struct Course {
-  kova_exporter::Machine machine;
+  kova_page::Machine machine;
   std::string source;  // for people
   milliseconds length{0};
   milliseconds interval{kSecond};

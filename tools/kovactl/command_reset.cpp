@@ -4,13 +4,16 @@
 #include <algorithm>
 #include <iterator>
 
-#include "tools/host/value_text.h"
-#include "tools/host/write_value.h"
+#include "tools/host/system/typed_number.h"
+#include "tools/host/values/shown_value.h"
+#include "tools/host/values/typed_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/write_report.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct ResetOptions {

@@ -1,13 +1,15 @@
 // `kovactl senml`: all readings as a SenML pack.
 #include <fmt/format.h>
 
-#include "tools/host/json_writer.h"
-#include "tools/host/senml.h"
-#include "tools/host/unix_time.h"
+#include "tools/host/export/senml.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/system/unix_time.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct SenmlOptions {

@@ -1,11 +1,13 @@
 // `kovactl set`: writes items.
 #include <fmt/format.h>
 
-#include "tools/host/write_value.h"
+#include "tools/host/values/typed_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/write_report.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct SetOptions {

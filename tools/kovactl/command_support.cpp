@@ -7,13 +7,15 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/host/duration.h"
-#include "tools/host/plain_text.h"
-#include "tools/host/value_text.h"
+#include "tools/host/system/duration.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/values/shown_value.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 
 bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time) {
   using std::chrono::ceil, std::chrono::milliseconds, std::chrono::steady_clock;

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/host/inventory.h"
-#include "tools/host/reading.h"
-#include "tools/host/selection.h"
+#include "tools/host/model/selection.h"
+#include "tools/host/session/inventory.h"
+#include "tools/host/values/reading.h"
 #include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_line.h"
 
@@ -37,26 +37,28 @@ std::chrono::milliseconds checked_duration(const std::string& text, std::string_
                                            std::chrono::milliseconds shortest);
 
 // Starts the module; shows progress on a terminal.
-std::unique_ptr<Session> open_session(const GlobalOptions& globals);
+std::unique_ptr<kova_host::Session> open_session(const GlobalOptions& globals);
 
 // As kova_host::read_items, with progress on a terminal.
-Readings read_with_progress(const Session& session, const std::vector<Item>& items);
+kova_host::Readings read_with_progress(const kova_host::Session& session,
+                                       const std::vector<kova_host::Item>& items);
 
 // Nothing if a signal has come before the last of them.
-std::optional<Readings> read_unless_interrupted(const Session& session,
-                                                const std::vector<Item>& items,
-                                                const Attendant& attendant);
+std::optional<kova_host::Readings> read_unless_interrupted(
+    const kova_host::Session& session, const std::vector<kova_host::Item>& items,
+    const Attendant& attendant);
 
 // Tells on stderr of each item that could not be read, and why.
-void report_failures(const std::vector<Item>& items, const Readings& readings);
+void report_failures(const std::vector<kova_host::Item>& items,
+                     const kova_host::Readings& readings);
 
 // The exit code after these readings of `items`; tells on stderr which of them failed.
-ExitCode verdict(const std::vector<Item>& items, const Readings& readings);
+ExitCode verdict(const std::vector<kova_host::Item>& items, const kova_host::Readings& readings);
 
 // "0x14140B01 PoE 1 power"; with the path where the name alone leaves a doubt.
-std::string title(const Item& item);
+std::string title(const kova_host::Item& item);
 
 // Adds what picks items: [ITEM...] and --family.
-void add_selection(CLI::App& command, Selection& selection);
+void add_selection(CLI::App& command, kova_host::Selection& selection);
 
 }  // namespace kovactl

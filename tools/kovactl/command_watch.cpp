@@ -6,15 +6,18 @@
 #include <algorithm>
 #include <memory>
 
+#include "tools/host/system/typed_number.h"
 #include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/sample_text.h"
-#include "tools/kovactl/sampler.h"
 #include "tools/kovactl/terminal.h"
+#include "tools/kovactl/watch_sampler.h"
 #include "tools/kovactl/watch_screen.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 struct WatchOptions {
@@ -50,7 +53,7 @@ bool wait_for(std::initializer_list<int> descriptors, int milliseconds) {
 class Watch {
  public:
   Watch(Attendant& attendant, const WatchOptions& options, const Session& session,
-        const Sampler::Plan& plan)
+        const WatchSampler::Plan& plan)
       : attendant_(attendant), options_(options), items_(plan.items), sampler_(session, plan) {}
   // The sampler's last read may never come back.
   ~Watch() { attendant_.end(); }
@@ -70,7 +73,7 @@ class Watch {
   const WatchOptions& options_;
   std::vector<Item> items_;
   WatchHistory history_;
-  Sampler sampler_;
+  WatchSampler sampler_;
 };
 
 void Watch::note_failures(const Sample& sample) {

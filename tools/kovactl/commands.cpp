@@ -4,6 +4,8 @@
 
 namespace kovactl {
 
+using namespace kova_host;
+
 void add_list(CommandLine& line);
 void add_capability(CommandLine& line);
 void add_get(CommandLine& line);

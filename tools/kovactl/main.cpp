@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/host/descriptor_output.h"
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/monitoring_check.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/judgements/monitoring_check.h"
+#include "tools/host/system/descriptor_output.h"
+#include "tools/host/system/json_writer.h"
 #include "tools/kovactl/attendant.h"
 #include "tools/kovactl/commands.h"
 #include "tools/kovactl/output.h"

@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <string>
 
-#include "tools/host/descriptor_output.h"
+#include "tools/host/system/descriptor_output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 
 using kova_host::OutputError;
 using kova_host::write_all;

@@ -8,11 +8,13 @@
 #include <mutex>
 #include <utility>
 
-#include "tools/host/plain_text.h"
+#include "tools/host/system/plain_text.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/terminal.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 using std::chrono::steady_clock;

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tools/host/item.h"
+#include "tools/host/model/item.h"
 
 namespace kovactl {
 

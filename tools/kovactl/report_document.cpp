@@ -4,16 +4,16 @@
 #include <cmath>
 #include <limits>
 
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/status_text.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/model/status_text.h"
+#include "tools/host/system/json_writer.h"
 
 namespace kovactl {
 
 using namespace kova_host;
 
 ReportDocument::ReportDocument(std::vector<Item> items)
-    : list_(std::make_shared<kova_exporter::ItemList>()) {
+    : list_(std::make_shared<kova_page::ItemList>()) {
   list_->number = 1;
   list_->items = std::move(items);
   last_.list = list_;
@@ -55,7 +55,7 @@ JsonPtr ReportDocument::failures() const {
 }
 
 std::string ReportDocument::json(const Heading& heading) const {
-  kova_exporter::SweepState state;
+  kova_page::SweepState state;
   state.number = last_.number;
   state.list = list_->number;
   state.time = last_.time;
@@ -69,9 +69,9 @@ std::string ReportDocument::json(const Heading& heading) const {
   std::string text = json_document(head.get(), JsonLayout::one_line);
   text.resize(text.rfind('}'));
   return text + R"(,"items":)" +
-         kova_exporter::items_document(heading.machine,
-                                       kova_exporter::items_text(last_, list_->items), state) +
-         R"(,"history":)" + kova_exporter::history_document(extract_, state) + "}";
+         kova_page::items_document(heading.machine, kova_page::items_text(last_, list_->items),
+                                   state) +
+         R"(,"history":)" + kova_page::history_document(extract_, state) + "}";
 }
 
 }  // namespace kovactl

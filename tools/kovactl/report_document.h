@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/exporter/api_document.h"
-#include "tools/host/reading.h"
+#include "tools/host/values/reading.h"
+#include "tools/page/api_document.h"
 
 namespace kovactl {
 
@@ -24,7 +24,7 @@ class ReportDocument {
   size_t failed_items() const { return failures_.size(); }
 
   struct Heading {
-    kova_exporter::Machine machine;
+    kova_page::Machine machine;
     std::string source;  // where the readings come from, for people
     double made;         // Unix time
     double interval;     // seconds between sweeps
@@ -42,9 +42,9 @@ class ReportDocument {
 
   kova_host::JsonPtr failures() const;
 
-  std::shared_ptr<kova_exporter::ItemList> list_;
-  kova_exporter::Snapshot last_;
-  kova_exporter::History::Extract extract_;
+  std::shared_ptr<kova_page::ItemList> list_;
+  kova_page::Snapshot last_;
+  kova_page::RecentSamples::Extract extract_;
   std::map<uint32_t, Failure> failures_;
 };
 

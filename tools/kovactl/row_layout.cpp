@@ -3,9 +3,11 @@
 
 #include <algorithm>
 
-#include "tools/host/plain_text.h"
+#include "tools/host/system/plain_text.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 
 using kova_host::padded;
 using kova_host::shortened;

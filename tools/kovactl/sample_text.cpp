@@ -4,11 +4,13 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/value_text.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/values/shown_value.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 int64_t unix_milliseconds(std::chrono::system_clock::time_point time) {

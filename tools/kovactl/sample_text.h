@@ -4,16 +4,16 @@
 #include <string>
 #include <vector>
 
-#include "tools/kovactl/sampler.h"
+#include "tools/kovactl/watch_sampler.h"
 
 namespace kovactl {
 
 // One line: the UTC time with milliseconds, then "0x14140201=48.2" for each item, separated by
 // tabs.
-std::string sample_line(const std::vector<Item>& items, const Sample& sample);
+std::string sample_line(const std::vector<kova_host::Item>& items, const Sample& sample);
 
 // One line of JSON: as `list --json`, without what never changes, and with "time", the seconds
 // since the Unix epoch.
-std::string sample_json(const std::vector<Item>& items, const Sample& sample);
+std::string sample_json(const std::vector<kova_host::Item>& items, const Sample& sample);
 
 }  // namespace kovactl

@@ -6,6 +6,7 @@
 #include <limits>
 
 namespace kovactl {
+
 namespace {
 
 constexpr size_t kLevels = 8;

@@ -7,11 +7,13 @@
 #include <array>
 #include <limits>
 
-#include "tools/host/plain_text.h"
-#include "tools/host/value_text.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/values/shown_value.h"
 #include "tools/kovactl/row_layout.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 enum Column : size_t { kId, kName, kValue, kRange, kAccess, kColumns };

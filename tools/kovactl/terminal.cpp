@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "tools/host/text_value.h"
+#include "tools/host/system/typed_number.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 
 using kova_host::same_word;
 namespace {

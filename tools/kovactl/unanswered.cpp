@@ -6,10 +6,12 @@
 #include <chrono>
 #include <optional>
 
-#include "tools/host/item_data.h"
+#include "tools/host/model/item_data.h"
 #include "tools/kovactl/child_process.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 constexpr uint32_t kFamilyMask = 0xFFFF0000;

@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/host/plain_text.h"
-#include "tools/host/value_text.h"
+#include "tools/host/system/plain_text.h"
+#include "tools/host/values/shown_value.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 Style style_of(const Item& item, const Reading& reading, bool changed) {

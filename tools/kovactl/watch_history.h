@@ -8,12 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/host/reading.h"
+#include "tools/host/values/reading.h"
 #include "tools/kovactl/terminal.h"
 
 namespace kovactl {
-
-using namespace kova_host;
 
 class WatchHistory {
  public:
@@ -30,15 +28,15 @@ class WatchHistory {
     bool is_numeric() const;
   };
 
-  void follow(const std::vector<Item>& items, const Readings& readings);
+  void follow(const std::vector<kova_host::Item>& items, const kova_host::Readings& readings);
 
   // Samples so far.
   size_t samples() const { return samples_; }
 
   // Of an item that was followed.
-  const Track& track(const Item& item) const { return tracks_.at(item.id); }
+  const Track& track(const kova_host::Item& item) const { return tracks_.at(item.id); }
 
-  bool changed_lately(const Item& item) const;
+  bool changed_lately(const kova_host::Item& item) const;
 
  private:
   size_t samples_ = 0;

@@ -1,10 +1,13 @@
 // The part of a long list of items that a watch shows: filter, scrolling, search.
 #include "tools/kovactl/watch_list.h"
+#include "tools/host/system/typed_number.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 bool contains_word(std::string_view text, std::string_view word) {

@@ -13,9 +13,9 @@ namespace kovactl {
 
 class WatchList {
  public:
-  WatchList(std::vector<Item> items, bool changed_only);
+  WatchList(std::vector<kova_host::Item> items, bool changed_only);
 
-  const std::vector<Item>& items() const { return items_; }
+  const std::vector<kova_host::Item>& items() const { return items_; }
 
   // To call after each sample: what has changed lately is another matter then.
   void update(const WatchHistory& history);
@@ -27,7 +27,7 @@ class WatchList {
   void set_room(size_t rows);
 
   // What is to be seen, and where it stands in `size()` rows.
-  std::span<const Item* const> visible() const;
+  std::span<const kova_host::Item* const> visible() const;
   size_t top() const { return top_; }
   size_t size() const { return rows_.size(); }
 
@@ -40,15 +40,15 @@ class WatchList {
   // 1 for the next, -1 for the one before, 0 to stay if the marked one matches. False if there is
   // none.
   bool find(std::string_view text, int step);
-  bool is_marked(const Item& item) const { return &item == marked_; }
+  bool is_marked(const kova_host::Item& item) const { return &item == marked_; }
 
  private:
-  std::vector<Item> items_;
+  std::vector<kova_host::Item> items_;
   bool changed_only_;
-  std::vector<const Item*> rows_;
+  std::vector<const kova_host::Item*> rows_;
   size_t top_ = 0;
   size_t room_ = 1;
-  const Item* marked_ = nullptr;
+  const kova_host::Item* marked_ = nullptr;
 };
 
 }  // namespace kovactl

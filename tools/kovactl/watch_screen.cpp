@@ -11,8 +11,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/host/pending_call.h"
-#include "tools/host/plain_text.h"
+#include "tools/host/session/pending_call.h"
+#include "tools/host/system/plain_text.h"
 #include "tools/kovactl/sparkline.h"
 #include "tools/kovactl/terminal_type.h"
 #include "tools/kovactl/unanswered.h"
@@ -22,6 +22,8 @@
 #include <curses.h>
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 constexpr size_t kMarkWidth = 2;     // "* " before a value

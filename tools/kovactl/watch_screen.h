@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "tools/kovactl/row_layout.h"
-#include "tools/kovactl/sampler.h"
 #include "tools/kovactl/watch_history.h"
 #include "tools/kovactl/watch_list.h"
+#include "tools/kovactl/watch_sampler.h"
 
 struct screen;  // ncurses' own
 
@@ -19,7 +19,7 @@ namespace kovactl {
 class WatchScreen {
  public:
   // Takes the terminal on stdin and stdout over; null if ncurses does not know its type.
-  static std::unique_ptr<WatchScreen> open(std::vector<Item> items, bool changed_only);
+  static std::unique_ptr<WatchScreen> open(std::vector<kova_host::Item> items, bool changed_only);
   // Gives the terminal back.
   ~WatchScreen();
   WatchScreen(const WatchScreen&) = delete;
@@ -41,7 +41,7 @@ class WatchScreen {
   void abandon();
 
  private:
-  WatchScreen(screen* terminal, bool utf8, std::vector<Item> items, bool changed_only);
+  WatchScreen(screen* terminal, bool utf8, std::vector<kova_host::Item> items, bool changed_only);
 
   void answer_key(int key);
   void answer_scroll_key(int key);
@@ -49,7 +49,7 @@ class WatchScreen {
   void find(int step);
 
   void draw();
-  void draw_row(int line, const Item& item, const RowLayout& layout, int columns) const;
+  void draw_row(int line, const kova_host::Item& item, const RowLayout& layout, int columns) const;
   void draw_bars(int column, const WatchHistory::Track& track, int columns) const;
   void write(std::string_view text, Style style) const;
   RowLayout layout(int columns) const;

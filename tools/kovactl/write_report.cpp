@@ -6,15 +6,18 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/host/json_report.h"
-#include "tools/host/json_writer.h"
-#include "tools/host/status_text.h"
-#include "tools/host/value_text.h"
-#include "tools/host/write_value.h"
+#include "tools/host/export/json_report.h"
+#include "tools/host/model/status_text.h"
+#include "tools/host/system/json_writer.h"
+#include "tools/host/system/typed_number.h"
+#include "tools/host/values/shown_value.h"
+#include "tools/host/values/typed_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
 namespace kovactl {
+
+using namespace kova_host;
 namespace {
 
 bool differs(double a, double b) {

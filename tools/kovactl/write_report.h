@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "tools/host/writing.h"
+#include "tools/host/values/item_write.h"
 #include "tools/kovactl/command_line.h"
 
 namespace kovactl {
@@ -16,7 +16,8 @@ struct WriteOptions {
 void add_write_options(CLI::App& command, WriteOptions& options);
 
 // Does the writes one after the other, tells each outcome, and gives the exit code.
-ExitCode write_and_report(const GlobalOptions& globals, const Session& session,
-                          const std::vector<PlannedWrite>& plans, const WriteOptions& options);
+ExitCode write_and_report(const GlobalOptions& globals, const kova_host::Session& session,
+                          const std::vector<kova_host::PlannedWrite>& plans,
+                          const WriteOptions& options);
 
 }  // namespace kovactl

@@ -1,0 +1,11 @@
+# Refuses files of the room `room` that include anything of the tools but the rooms `reachable`.
+cmake_minimum_required(VERSION 3.25)
+foreach(file IN LISTS files)
+  file(STRINGS ${file} includes REGEX "^#include \"tools/")
+  foreach(line IN LISTS includes)
+    if(NOT line MATCHES "\"tools/host/([a-z_]+)/" OR NOT CMAKE_MATCH_1 IN_LIST reachable)
+      message(FATAL_ERROR "${file}: ${line}\nThe room ${room} builds on these alone: ${reachable}")
+    endif()
+  endforeach()
+endforeach()
+file(TOUCH ${stamp})

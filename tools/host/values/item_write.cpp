@@ -1,0 +1,21 @@
+// Writes to items, each with what became of it.
+#include "tools/host/values/item_write.h"
+
+#include "tools/host/values/typed_value.h"
+
+namespace kova_host {
+
+WriteOutcome write_item(const Session& session, const PlannedWrite& plan, bool dry_run) {
+  WriteOutcome outcome;
+  outcome.plan = plan;
+  outcome.previous = read_item(session, plan.item);
+  if (dry_run) {
+    outcome.now = outcome.previous;
+    return outcome;
+  }
+  outcome.status = session.write(plan.item.id, to_json(plan.number).get());
+  outcome.now = read_item(session, plan.item);
+  return outcome;
+}
+
+}  // namespace kova_host

@@ -1,0 +1,29 @@
+// Writes to items, each with what became of it.
+#pragma once
+
+#include <vector>
+
+#include "tools/host/system/typed_number.h"
+#include "tools/host/values/reading.h"
+
+namespace kova_host {
+
+// A write that has been checked.
+struct PlannedWrite {
+  Item item;
+  Number number;      // to hand to the module
+  std::string typed;  // as the user gave it; "" if nobody typed it
+};
+
+struct WriteOutcome {
+  PlannedWrite plan;
+  Reading previous;     // before the write
+  Reading now;          // afterwards, fresh from the device
+  uint32_t status = 0;  // the module's answer to the write
+};
+
+// Writes, with a read before and one after. With `dry_run` nothing is written, and `now` is
+// `previous`.
+WriteOutcome write_item(const Session& session, const PlannedWrite& plan, bool dry_run);
+
+}  // namespace kova_host

@@ -1,0 +1,50 @@
+// Fresh values of items, and what became of an attempt to read one.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "tools/host/model/item.h"
+#include "tools/host/session/session.h"
+
+namespace kova_host {
+
+struct Reading {
+  enum class State {
+    good,    // `value` holds what the device answered
+    absent,  // the item has no value at present, such as the time to empty of an idle battery
+    failed,  // `status` tells why
+  };
+  State state = State::failed;
+  uint32_t status = 0;  // as the module returned it; 0 for a good reading
+  std::variant<std::monostate, int64_t, double, std::string> value;
+
+  // The value of a numeric item.
+  std::optional<double> number() const;
+};
+
+using Readings = std::map<uint32_t, Reading>;
+
+Reading read_item(const Session& session, const Item& item);
+
+// Reads each ID once; an item that fails does not stop the others.
+Readings read_items(const Session& session, const std::vector<Item>& items);
+
+// Told of every item before its turn; false ends the reading.
+using BeforeRead = std::function<bool(const Item&)>;
+
+// The same; once `before_read` says false there is no result.
+std::optional<Readings> read_items(const Session& session, const std::vector<Item>& items,
+                                   const BeforeRead& before_read);
+
+bool any_failed(const Readings& readings);
+
+// True for a number beyond an end of the item's published range.
+bool out_of_range(const Item& item, const Reading& reading);
+
+}  // namespace kova_host
