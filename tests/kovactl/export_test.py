@@ -117,6 +117,8 @@ kova_item_last_success_timestamp_seconds{id= 1
         self.place.mkdir()
         self.file = self.place / "kova.prom"
         self.file.write_text(self.BEFORE)
+        self.mode = 0o640
+        self.file.chmod(self.mode)
 
     def test_is_replaced_whole_and_remembers_the_last_success(self):
         link = self.place / "link"
@@ -129,7 +131,7 @@ kova_item_last_success_timestamp_seconds{id= 1
         self.assertNotIn('id="0x14140201"} 1700000000\n', text)  # read well now
         self.assertIn(f"kova_item_read_success{self.GONE} 0\n", text)
         self.assertIn(f"seconds{self.GONE} 1600000000\n", text)
-        self.assertEqual(stat.S_IMODE(self.file.stat().st_mode), 0o644)
+        self.assertEqual(stat.S_IMODE(self.file.stat().st_mode), self.mode)
         self.assertEqual(sorted(os.listdir(self.place)), ["kova.prom", "link"])
 
     def test_what_the_file_knew_is_missed_if_it_is_selected(self):
@@ -165,6 +167,18 @@ kova_item_last_success_timestamp_seconds{id= 1
                          2)
         self.assertEqual(self.file.read_text(), self.BEFORE)
         self.assertEqual(sorted(os.listdir(self.place)), ["kova.prom", "pipe"])
+
+
+    def test_without_a_device_the_file_says_so(self):
+        nothing = self.folder / "nothing.json"
+        nothing.write_text('{"codes": {}}')
+        result = run(["--simulate", str(nothing), "metrics", "--output", str(self.file)])
+        self.assertEqual(result.exit_code, 3)
+        text = self.file.read_text()
+        self.assertIn("kova_up 0\n", text)
+        self.assertIn(f"kova_item_read_success{self.GONE} 0\n", text)
+        self.assertIn(f"seconds{self.GONE} 1600000000\n", text)
+        self.assertNotRegex(text, r"read_success{.*} 1")
 
 
 class Senml(Export):

@@ -65,13 +65,35 @@ void keep_selected(const std::vector<Item>& items, EarlierMetrics& earlier) {
   std::erase_if(earlier.labels, [&](const auto& entry) { return !selected.contains(entry.first); });
 }
 
+// Without a device nothing of what the file told is true any more: it tells that.
+void replace_with_failure(const MetricsOptions& options, const EarlierMetrics& earlier) {
+  const double now = unix_time();
+  const auto format = options.openmetrics ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
+  replace_file(options.output,
+               fmt::format("{}{}{}", sweep_text({.up = false, .time = now}, format),
+                           items_text({}, {}, now, earlier, format), end_of_metrics(format)));
+}
+
+std::unique_ptr<Session> open_session_or_tell(const GlobalOptions& globals,
+                                              const MetricsOptions& options,
+                                              const EarlierMetrics& earlier) {
+  try {
+    return open_session(globals);
+  } catch (const HostError& error) {
+    if (options.output != "-" && error.fault() == Fault::no_device) {
+      replace_with_failure(options, earlier);
+    }
+    throw;
+  }
+}
+
 ExitCode run_metrics(const GlobalOptions& globals, const MetricsOptions& options) {
   if (options.output.empty()) {
     throw HostError(Fault::usage, "--output needs the name of a file, or - for stdout");
   }
   const bool to_file = options.output != "-";
   auto earlier = to_file ? metrics_in_file(options.output) : EarlierMetrics();
-  const auto session = open_session(globals);
+  const auto session = open_session_or_tell(globals, options, earlier);
   std::vector<Item> known = Inventory::of(*session).items();
   add_missing(earlier, known);
   const std::vector<Item> items = select_distinct(known, options.selection);

@@ -183,9 +183,10 @@ Course recorded_course(const ReportOptions& options, const Replay& replay) {
 
 // Whatever fails in the end: not after minutes of reading.
 void check_writable(const std::string& file) {
-  const std::filesystem::path folder = std::filesystem::absolute(file).parent_path();
-  if (access(folder.c_str(), W_OK) != 0) {
-    throw HostError(Fault::usage, fmt::format("cannot write in the folder '{}'", folder.native()));
+  try {
+    require_replaceable(file);
+  } catch (const OutputError& error) {
+    throw HostError(Fault::usage, error.what());
   }
 }
 
