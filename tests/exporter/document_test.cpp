@@ -16,10 +16,11 @@ namespace {
 const kova_page::SweepState kUp{17, 2, 1763734710.25, 0.4000004, 0.0123, 5, true, ""};
 const std::string kUpText =
     R"("sweep":{"number":17,"time":1763734710.25,"age":0.4,"duration":0.0123,)"
-    R"("interval":5.0,"up":true,"list":2})";
+    R"("interval":5.0,"pace":5.0,"up":true,"list":2})";
 const kova_page::SweepState kWaiting{0, 0, {}, {}, {}, 0.1, false, "no \"bus\""};
-const std::string kWaitingText = R"("sweep":{"number":0,"time":null,"age":null,"duration":null,)"
-                                 R"("interval":0.1,"up":false,"error":"no \"bus\"","list":0})";
+const std::string kWaitingText =
+    R"("sweep":{"number":0,"time":null,"age":null,"duration":null,)"
+    R"("interval":0.1,"pace":0.1,"up":false,"error":"no \"bus\"","list":0})";
 
 TEST(Documents, SayWhoseTheyAreAndHowFresh) {
   const std::string head = R"({"ok":false,"machine":{"name":"bus","simulated":)";

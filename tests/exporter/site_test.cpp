@@ -278,9 +278,11 @@ TEST_F(SiteTest, OldReadingsStayButAreNotUp) {
 }
 
 TEST(SweepState, SlowBusIsNotDown) {
-  auto slow = sample_sweep(1, 20);
-  slow->duration = 10;  // at an interval of 1 s
-  EXPECT_TRUE(kova_page::sweep_state(*slow, 1, std::chrono::steady_clock::now()).up);
+  auto slow = sample_sweep(1, 50);
+  slow->duration = 10;  // and a rest as long, at an interval of 1 s
+  const auto state = kova_page::sweep_state(*slow, 1, std::chrono::steady_clock::now());
+  EXPECT_TRUE(state.up);
+  EXPECT_EQ(state.pace(), 20);
 }
 
 TEST(RecentSamples, IsARingOfColumns) {

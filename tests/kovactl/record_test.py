@@ -34,6 +34,12 @@ class Records(TestCase):
             self.assertEqual((times.sub("", replay.out), replay.err, replay.exit_code),
                              (times.sub("", live.out), live.err, 1))
 
+    def test_failures_of_all_samples_count(self):
+        machine = self.machine(clock={"step_ms": 1000}, codes={
+            "0x00820000": {"trace": [[0, 3000], [514000, {"status": 5}], [600000, 3000]]}})
+        result = self.record("--interval 50ms --count 6", machine)
+        self.assertIn("; 1 of them could not be read in at least one sample, which", result.out)
+
     def test_samples_move_as_they_did(self):
         machine = self.machine(codes={"0x00822003": {"ramp": {
             "from": 1000, "to": 9000, "per_second": 1000}}})
@@ -52,6 +58,15 @@ class Records(TestCase):
         terminal.wait_for("recording, Ctrl-C ends it 1/2")
         terminal.press_control_c()
         self.assertEqual(terminal.finish(), 0)
+
+    def test_a_sample_asks_for_what_can_have_changed(self):
+        for machine, most in (("default", 190), ("sixteen-modules", 370)):
+            reads = []
+            for count in (1, 6):
+                self.record(f"--interval 50ms --count {count}", ("--simulate", machine))
+                reads.append(int(re.search(r"(\d+) reads", self.note())[1]))
+            with self.subTest(machine, calls=(reads[1] - reads[0]) / 5):
+                self.assertLessEqual(reads[1] - reads[0], 5 * most)
 
     def test_control_c_ends_it_well(self):
         self.file.write_text("the one before")

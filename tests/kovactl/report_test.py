@@ -31,7 +31,7 @@ class Reports(TestCase):
         self.assertIn("1 of 129 items failed in at least one sweep", result.err)
         report = self.content()
         sweep = {"number": len(report["history"]["times"]), "time": report["history"]["times"][-1],
-                 "age": 0, "duration": None, "interval": 0.1, "up": True, "list": 1}
+                 "age": 0, "duration": None, "interval": 0.1, "pace": 0.1, "up": True, "list": 1}
         self.assertEqual([report[key]["sweep"] for key in ("items", "history")], [sweep, sweep])
         self.assertLess(abs(report["made"] - sweep["time"]), 60)
         self.assertEqual(report["items"]["machine"], {"name": socket.gethostname(),

@@ -66,12 +66,12 @@ void Sampler::run(const std::stop_token& stop) {
   std::unique_lock lock(mutex_);
   while (!stop.stop_requested() && store_.failure().empty()) {
     lock.unlock();
-    busy_since_ = Clock::now().time_since_epoch().count();
+    const auto began = Clock::now();
+    busy_since_ = began.time_since_epoch().count();
     work_once(stop);
     busy_since_ = 0;
     lock.lock();
-    // Sweeps keep to the clock; one that took longer than the interval delays the next.
-    next = std::max(next + interval, Clock::now());
+    next = kova_host::next_sweep(next, interval, began, Clock::now());
     wake_.wait_until(lock, stop, next, [] { return false; });
   }
   lock.unlock();
@@ -107,6 +107,7 @@ void Sampler::start_module() {
   list->number = list_->number + 1;
   list->items = kova_host::Inventory::of(*session).items();
   list_ = std::move(list);
+  plan_.emplace(list_->items);
   session_ = std::move(session);
   has_started_ = true;
   last_look_ = Clock::now();
@@ -133,8 +134,8 @@ void Sampler::look_for_new_items() {
 
 void Sampler::sweep(const std::stop_token& stop) {
   const auto began = Clock::now();
-  auto readings = kova_host::read_items(*session_, list_->items,
-                                        [&stop](const Item&) { return !stop.stop_requested(); });
+  auto readings = kova_host::sweep_items(*session_, *plan_, began.time_since_epoch(),
+                                         [&stop](const Item&) { return !stop.stop_requested(); });
   if (!readings) {
     return;
   }

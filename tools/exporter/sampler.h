@@ -6,15 +6,17 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "tools/exporter/store.h"
 #include "tools/host/session/session.h"
+#include "tools/host/values/sweep_plan.h"
 
 namespace kova_exporter {
 
-// Sweeps over all items at each interval and publishes each sweep. A device that is not there, or
-// stops answering altogether, is looked for again at each interval.
+// Sweeps over the items at each interval, as a SweepPlan has it, and publishes each sweep. A device
+// that is not there, or stops answering altogether, is looked for again at each interval.
 class Sampler {
  public:
   // Starts at once. The store must outlive the sampler. Items that the device did not have before
@@ -49,6 +51,7 @@ class Sampler {
   const std::chrono::nanoseconds between_looks_;
   std::unique_ptr<kova_host::Session> session_;
   std::shared_ptr<const kova_page::ItemList> list_;
+  std::optional<kova_host::SweepPlan> plan_;  // of the list
   bool has_started_ = false;
   Clock::time_point last_look_;
 

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 
 #include "tools/host/record/recording.h"
 #include "tools/host/system/duration.h"
@@ -59,7 +60,7 @@ Plan plan_of(const RecordOptions& options) {
 struct Result {
   uint64_t samples = 0;
   size_t items = 0;
-  size_t failed = 0;  // items of the last sample
+  std::set<uint32_t> failed;  // items that failed in any sample
   milliseconds length{0};
   std::optional<std::string> trouble;
 };
@@ -75,20 +76,25 @@ class Sampling {
     Progress progress("recording, Ctrl-C ends it", plan_.count > 1 ? plan_.count : 0);
     const auto start = steady_clock::now();
     auto next = start;
+    SweepPlan sweeps(items);
     Result result;
     result.items = items.size();
     for (;;) {
-      const auto readings = read_unless_interrupted(session, items, attendant_);
+      const auto began = steady_clock::now();
+      const auto readings =
+          sweep_unless_interrupted(session, sweeps, began.time_since_epoch(), attendant_);
       if (!readings) {
         break;
       }
       ++result.samples;
-      result.failed = static_cast<size_t>(std::count_if(
-          readings->begin(), readings->end(),
-          [](const auto& entry) { return entry.second.state == Reading::State::failed; }));
+      for (const auto& [id, reading] : *readings) {
+        if (reading.state == Reading::State::failed) {
+          result.failed.insert(id);
+        }
+      }
       progress.advance();
       result.trouble = recording_.trouble();
-      next = std::max(next + plan_.interval, steady_clock::now());
+      next = next_sweep(next, plan_.interval, began, steady_clock::now());
       result.length = std::chrono::duration_cast<milliseconds>(next - start);
       if (result.trouble || result.samples == plan_.count || wait_until(attendant_, next)) {
         break;
@@ -111,8 +117,9 @@ void print_result(const Result& result, const std::string& file) {
   if (result.samples > 1) {
     text += " over " + duration_text(result.length);
   }
-  if (result.failed > 0) {
-    text += fmt::format("; {} of them could not be read, which is recorded too", result.failed);
+  if (!result.failed.empty()) {
+    text += fmt::format("; {} of them could not be read{}, which is recorded too",
+                        result.failed.size(), result.samples > 1 ? " in at least one sample" : "");
   }
   print(text + "\n");
 }

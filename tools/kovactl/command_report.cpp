@@ -122,17 +122,18 @@ void watch(const Session& session, const std::vector<Item>& items, Attendant& at
   const Course& course = file.course();
   Progress progress("sweep, Ctrl-C ends it",
                     static_cast<size_t>(course.length / course.interval + 1));
+  SweepPlan sweeps(items);
   auto next = steady_clock::now();
   const auto end = next + course.length;
   do {
-    auto readings = read_unless_interrupted(session, items, attendant);
+    const auto began = steady_clock::now();
+    auto readings = sweep_unless_interrupted(session, sweeps, began.time_since_epoch(), attendant);
     if (!readings) {
       break;
     }
     file.add(unix_time(), std::move(*readings));
     progress.advance();
-    // Sweeps keep to the clock; one that took longer than the interval delays the next.
-    next = std::max(next + course.interval, steady_clock::now());
+    next = next_sweep(next, course.interval, began, steady_clock::now());
   } while (next <= end && !wait_until(attendant, next));
 }
 
@@ -143,9 +144,10 @@ void walk(const Replay& replay, const Session& session, const std::vector<Item>&
   Progress progress(
       "sweep, Ctrl-C ends it",
       static_cast<size_t>((course.length + course.interval - milliseconds(1)) / course.interval));
+  SweepPlan sweeps(items);
   for (milliseconds time{0}; time < course.length; time += course.interval) {
     replay.set_time(time);
-    auto readings = read_unless_interrupted(session, items, attendant);
+    auto readings = sweep_unless_interrupted(session, sweeps, time, attendant);
     if (!readings) {
       break;
     }

@@ -60,10 +60,10 @@ Readings read_with_progress(const Session& session, const std::vector<Item>& ite
   });
 }
 
-std::optional<Readings> read_unless_interrupted(const Session& session,
-                                                const std::vector<Item>& items,
-                                                const Attendant& attendant) {
-  return read_items(session, items, [&attendant](const Item&) { return !attendant.interrupted(); });
+std::optional<Readings> sweep_unless_interrupted(const Session& session, SweepPlan& plan,
+                                                 SweepPlan::Time now, const Attendant& attendant) {
+  return sweep_items(session, plan, now,
+                     [&attendant](const Item&) { return !attendant.interrupted(); });
 }
 
 void report_failures(const std::vector<Item>& items, const Readings& readings) {

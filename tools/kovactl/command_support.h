@@ -10,7 +10,7 @@
 
 #include "tools/host/model/selection.h"
 #include "tools/host/session/inventory.h"
-#include "tools/host/values/reading.h"
+#include "tools/host/values/sweep_plan.h"
 #include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_line.h"
 
@@ -43,10 +43,11 @@ std::unique_ptr<kova_host::Session> open_session(const GlobalOptions& globals);
 kova_host::Readings read_with_progress(const kova_host::Session& session,
                                        const std::vector<kova_host::Item>& items);
 
-// Nothing if a signal has come before the last of them.
-std::optional<kova_host::Readings> read_unless_interrupted(
-    const kova_host::Session& session, const std::vector<kova_host::Item>& items,
-    const Attendant& attendant);
+// One sweep at `now`; nothing if a signal has come before its last read.
+std::optional<kova_host::Readings> sweep_unless_interrupted(const kova_host::Session& session,
+                                                            kova_host::SweepPlan& plan,
+                                                            kova_host::SweepPlan::Time now,
+                                                            const Attendant& attendant);
 
 // Tells on stderr of each item that could not be read, and why.
 void report_failures(const std::vector<kova_host::Item>& items,

@@ -50,12 +50,13 @@ void WatchSampler::work(const std::stop_token& stop) {
 }
 
 void WatchSampler::sample_all(const std::stop_token& stop) {
+  SweepPlan sweeps(plan_.items);
   auto next = steady_clock::now();
   for (uint32_t number = 1; wait_for_turn(stop, next); ++number) {
-    // Samples keep to the clock; one that took longer than the interval delays the next.
-    next = std::max(next, steady_clock::now() - plan_.interval) + plan_.interval;
-    auto readings =
-        read_items(session_, plan_.items, [&stop](const Item&) { return !stop.stop_requested(); });
+    const auto began = steady_clock::now();
+    auto readings = sweep_items(session_, sweeps, began.time_since_epoch(),
+                                [&stop](const Item&) { return !stop.stop_requested(); });
+    next = next_sweep(next, plan_.interval, began, steady_clock::now());
     if (!readings) {
       return;
     }

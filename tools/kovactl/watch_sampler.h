@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "tools/host/values/reading.h"
+#include "tools/host/values/sweep_plan.h"
 #include "tools/kovactl/event_flag.h"
 
 namespace kovactl {

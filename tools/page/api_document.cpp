@@ -32,6 +32,7 @@ JsonPtr json_sweep(const SweepState& state) {
   put(sweep, "age", json_seconds(state.age));
   put(sweep, "duration", json_seconds(state.duration));
   put(sweep, "interval", own(json_real(state.interval)));
+  put(sweep, "pace", json_seconds(state.pace()));
   put(sweep, "up", own(json_boolean(state.up)));
   if (!state.up) {
     put(sweep, "error", json_text(state.error));

@@ -143,16 +143,16 @@ class Chart {
     if (answer !== null) {
       this.samples.load(answer, ids);
     } else {
-      this.samples.load({times: [], series: {}, sweep: {interval: 0}}, ids);
+      this.samples.load({times: [], series: {}, sweep: {pace: 0}}, ids);
     }
     this.loaded = ids;
     this.draw();
   }
 
   // The plotted items' values of a new sweep.
-  push({time, interval}) {
+  push({time, pace}) {
     if (this.loaded === this.asked && time !== null) {
-      this.samples.push(time, interval, (id) => this.items.get(id).value);
+      this.samples.push(time, pace, (id) => this.items.get(id).value);
       this.samples.forget(time - kKeptSeconds);
     }
   }

@@ -148,7 +148,7 @@ class Page {
     }
     const when = dateAndTime(sweep.time);
     const seconds = Math.max(0, Math.round((performance.now() - this.swept) / 1000));
-    setText(this.part("age"), live ? `read ${duration(seconds)} ago, every ${duration(sweep.interval)}`
+    setText(this.part("age"), live ? `read ${duration(seconds)} ago, every ${duration(sweep.pace)}`
                                    : `read ${when}`);
     this.part("age").title = when;
     if (live && !this.up) {

@@ -7,9 +7,13 @@
 
 namespace kova_page {
 
+double SweepState::pace() const {
+  return std::max(interval, 2 * duration.value_or(0));
+}
+
 SweepState sweep_state(const Snapshot& snapshot, double interval,
                        std::chrono::steady_clock::time_point now) {
-  constexpr double kIntervalsToStale = 3;
+  constexpr double kPacesToStale = 3;
   SweepState state;
   state.number = snapshot.number;
   state.list = snapshot.list->number;
@@ -25,7 +29,7 @@ SweepState sweep_state(const Snapshot& snapshot, double interval,
   state.time = snapshot.time;
   state.age = age;
   state.duration = snapshot.duration;
-  if (state.error.empty() && age > kIntervalsToStale * std::max(interval, snapshot.duration)) {
+  if (state.error.empty() && age > kPacesToStale * state.pace()) {
     state.error = fmt::format("the device has not answered for {:.0f} s", age);
   }
   state.up = state.error.empty();

@@ -40,10 +40,13 @@ struct SweepState {
   double interval = 0;
   bool up = false;
   std::string error;  // only while not up
+
+  // Seconds from one sweep to the next: the interval, or more on a bus so slow that half the time
+  // is spent on sweeps.
+  double pace() const;
 };
 
-// A sweep is stale after three intervals. A bus so slow that one sweep takes longer than the
-// interval is not down: there the sweep's own time counts as the interval.
+// A sweep is stale after three times the pace at which sweeps come.
 SweepState sweep_state(const Snapshot& snapshot, double interval,
                        std::chrono::steady_clock::time_point now);
 

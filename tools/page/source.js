@@ -18,7 +18,7 @@ class LiveSource {
   constructor() {
     this.live = true;
     this.list = null;  // the number of the item list that the listener has
-    this.interval = 5;
+    this.pace = 5;
     this.attempts = 0;
     this.stream = null;
     this.timer = null;
@@ -121,13 +121,13 @@ class LiveSource {
   }
 
   note(sweep) {
-    this.interval = sweep.interval;
+    this.pace = sweep.pace;
   }
 
   // A connection can die without a word; then nothing comes any more.
   expect() {
     clearTimeout(this.timer);
-    const seconds = Math.max(kSilenceSeconds, 3 * this.interval) + 2;
+    const seconds = Math.max(kSilenceSeconds, 3 * this.pace) + 2;
     this.timer = setTimeout(() => this.lose(), 1000 * seconds);
   }
 

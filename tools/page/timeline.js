@@ -19,16 +19,16 @@ class Samples {
   load({times, series, sweep}, ids) {
     this.clear();
     ids.forEach((id) => this.series.set(id, []));
-    times.forEach((time, i) => this.push(time, sweep.interval, (id) => series[id]?.[i] ?? null));
+    times.forEach((time, i) => this.push(time, sweep.pace, (id) => series[id]?.[i] ?? null));
   }
 
   // A sample newer than all; `value` gives an ID's.
-  push(time, interval, value) {
+  push(time, pace, value) {
     const last = this.times.at(-1);
     if (last >= time) {
       return;
     }
-    if (time - last > 3 * interval + 1) {
+    if (time - last > 3 * pace + 1) {
       this.times.push((last + time) / 2);
       this.series.forEach((samples) => samples.push(null));
     }
