@@ -1,11 +1,10 @@
-// A machine's items as a whole: why there are none, what has changed, what is wrong.
+// A machine's items as a whole: why there are none, what has changed.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "tests/host/items.h"
-#include "tools/host/judgements/monitoring_check.h"
 #include "tools/host/model/selection.h"
 #include "tools/host/record/comparison.h"
 #include "tools/host/record/recording.h"
@@ -74,29 +73,6 @@ TEST(Comparison, TellsReadingsThatAppearAndDisappear) {
   }
   EXPECT_EQ(told, "n5 new; n1 changed; n2 changed; n3 fails otherwise; n4 vanished; ");
   EXPECT_EQ(result.compared, 3U);
-}
-
-TEST(MonitoringCheck, IsOneLineAndALineForEachFinding) {
-  std::vector<Item> items = {item_of(1, Role::reading, {}, "sec(s)", "", 0, 9),
-                             item_of(2, Role::state, {}, "%", "", {}, 9),
-                             item_of(3, Role::unknown, {}), item_of(4, Role::reading, {})};
-  items[0].name = "a='|";
-  Readings readings = {{1, good(5.0)}, {2, good(int64_t{5})}, {3, good(5.0)}, {4, kAbsent}};
-  const auto limit = [](const char* text) { return parse_alert_range(text).value(); };
-  const CheckLimits limits = {.warning = {{3, limit("7")}}, .critical = {{3, limit("8:")}}};
-  EXPECT_EQ(check_readings(items, readings, {}).text,
-            "KOVA OK - 4 items read | 'a-''/'=5s;;;0;9 'n2'=5%;;;;9 'n3'=5\n");
-  readings[1] = readings[2] = good(10.0);
-  EXPECT_EQ(check_readings(items, readings, limits).text,
-            "KOVA CRITICAL - n3 5 (limit 8:), a='/ 10 sec(s) (range 0 .. 9), n2 10 % (range ? .. 9)"
-            " | 'a-''/'=10s;;;0;9 'n2'=10%;;;;9 'n3'=5;7;8:\n"
-            "CRITICAL: n3 5 (limit 8:)\n"
-            "WARNING: a='/ 10 sec(s) (range 0 .. 9)\n"
-            "WARNING: n2 10 % (range ? .. 9)\n");
-  // A limit of its own takes the place of the published range.
-  items.resize(2);
-  const CheckLimits wide = {.warning = {{1, limit("20")}}, .critical = {{2, limit("20")}}};
-  EXPECT_EQ(check_readings(items, readings, wide).state, CheckState::ok);
 }
 
 }  // namespace

@@ -99,8 +99,9 @@ class Nagios(EngineTest):
         service = self.result_of(self.write("hot.json", hot))
         self.assertEqual(service["current_state"], "1")
         self.assertEqual(service["plugin_output"],
-                         "KOVA WARNING - TRK7K VTIN 1 75 Cel (limit 70)")
-        self.assertIn("'TRK7K VTIN 1'=75;70;~:85;0;100", service["performance_data"])
+                         "KOVA WARNING - TRK-7000/Temperatures/TRK7K VTIN 1 is beyond its "
+                         "limit: 75 Cel (limit 70)")
+        self.assertIn("'TRK-7000/Temperatures/TRK7K VTIN 1'=75;70;~:85;0;100", service["performance_data"])
 
 
 class Icinga(EngineTest):

@@ -49,11 +49,14 @@ ExitCode run_check(const GlobalOptions& globals, const CheckOptions& options) {
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const auto session = open_session(globals);
   const std::vector<Item> known = with_missing(Inventory::of(*session).items(), expected);
-  CheckLimits limits;
-  add_limits(options.warning, known, limits.warning);
-  add_limits(options.critical, known, limits.critical);
+  Thresholds thresholds;
+  add_limits(options.warning, known, thresholds.warning);
+  add_limits(options.critical, known, thresholds.critical);
   const std::vector<Item> items = select_distinct(known, options.selection);
-  const CheckResult result = check_readings(items, read_items(*session, items), limits);
+  const std::vector<Item> read = with_companions(items, distinct(known));
+  const Readings readings = read_items(*session, read);
+  const CheckResult result = check_readings(
+      items, readings, judge_selected(items, read, readings, thresholds), thresholds);
   print(result.text);
   return static_cast<ExitCode>(result.state);
 }

@@ -1,4 +1,4 @@
-// Judging readings, and the plugins' output format.
+// Findings in the plugins' output format.
 #include "tools/host/judgements/monitoring_check.h"
 
 #include <fmt/format.h>
@@ -11,11 +11,6 @@
 
 namespace kova_host {
 namespace {
-
-struct Finding {
-  CheckState state;
-  std::string text;
-};
 
 // A bar would begin the performance data, a line feed end the status line.
 std::string status_text(std::string_view text) {
@@ -31,29 +26,25 @@ std::string_view performance_unit(const Item& item) {
 
 std::string performance_label(const Item& item) {
   std::string label = "'";
-  for (const char c : status_text(name_or_path(item))) {
+  for (const char c : status_text(label_of(item))) {
     label += c == '\'' ? "''" : std::string(1, c == '=' ? '-' : c);
   }
   return label + '\'';
 }
 
-const AlertRange* limit_of(const std::map<uint32_t, AlertRange>& limits, uint32_t id) {
-  const auto found = limits.find(id);
-  return found == limits.end() ? nullptr : &found->second;
-}
-
-// 'TRK7K VTIN 1'=41;;;0;100
-std::string performance_datum(const Item& item, const Reading& reading, const CheckLimits& limits) {
+// 'TRK-7000/Temperatures/TRK7K VTIN 1'=41;;;0;100
+std::string performance_datum(const Item& item, const Reading& reading,
+                              const Thresholds& thresholds) {
   const auto range = [&](const auto& map) {
-    const AlertRange* limit = limit_of(map, item.id);
-    return limit != nullptr ? limit->text : "";
+    const auto limit = map.find(item.id);
+    return limit != map.end() ? limit->second.text : "";
   };
   const auto end = [](const std::optional<double>& value) {
     return value ? short_number(*value) : "";
   };
   std::string datum = fmt::format(
       "{}={}{};{};{};{};{}", performance_label(item), plain_value(reading), performance_unit(item),
-      range(limits.warning), range(limits.critical), end(item.min), end(item.max));
+      range(thresholds.warning), range(thresholds.critical), end(item.min), end(item.max));
   datum.erase(datum.find_last_not_of(';') + 1);
   return datum;
 }
@@ -64,30 +55,10 @@ bool is_measured(const Item& item) {
          item.facts.role == Role::unknown;
 }
 
-std::optional<Finding> judge(const Item& item, const Reading& reading, const CheckLimits& limits) {
-  const auto found = [&](CheckState state, std::string_view why) {
-    return Finding{state,
-                   fmt::format("{} {}{}", name_or_path(item), value_with_unit(item, reading), why)};
-  };
-  if (reading.state == Reading::State::failed) {
-    return found(CheckState::critical, "");
-  }
-  const auto value = reading.number();
-  if (!value) {
-    return std::nullopt;
-  }
-  const AlertRange* critical = limit_of(limits.critical, item.id);
-  const AlertRange* warning = limit_of(limits.warning, item.id);
-  if (critical != nullptr && critical->alerts(*value)) {
-    return found(CheckState::critical, fmt::format(" (limit {})", critical->text));
-  }
-  if (warning != nullptr && warning->alerts(*value)) {
-    return found(CheckState::warning, fmt::format(" (limit {})", warning->text));
-  }
-  if (critical == nullptr && warning == nullptr && out_of_range(item, reading)) {
-    return found(CheckState::warning, fmt::format(" (range {})", range_text(item)));
-  }
-  return std::nullopt;
+CheckState state_of(Severity severity) {
+  return severity == Severity::critical  ? CheckState::critical
+         : severity == Severity::warning ? CheckState::warning
+                                         : CheckState::unknown;
 }
 
 std::string_view state_name(CheckState state) {
@@ -103,7 +74,7 @@ std::string summary(const std::vector<Finding>& findings, size_t items) {
   constexpr size_t kNamed = 3;
   std::string text;
   for (size_t i = 0; i < std::min(findings.size(), kNamed); ++i) {
-    text += (i == 0 ? "" : ", ") + findings[i].text;
+    text += (i == 0 ? "" : ", ") + findings[i].sentence();
   }
   return findings.size() > kNamed ? fmt::format("{} and {} more", text, findings.size() - kNamed)
                                   : text;
@@ -112,28 +83,22 @@ std::string summary(const std::vector<Finding>& findings, size_t items) {
 }  // namespace
 
 CheckResult check_readings(const std::vector<Item>& items, const Readings& readings,
-                           const CheckLimits& limits) {
-  std::vector<Finding> findings;
+                           const std::vector<Finding>& findings, const Thresholds& thresholds) {
   std::string performance;
   for (const Item& item : items) {
     const Reading& reading = readings.at(item.id);
-    if (auto finding = judge(item, reading, limits)) {
-      findings.push_back(std::move(*finding));
-    }
     if (reading.number() && is_measured(item)) {
-      performance += ' ' + performance_datum(item, reading, limits);
+      performance += ' ' + performance_datum(item, reading, thresholds);
     }
   }
-  std::stable_sort(findings.begin(), findings.end(),
-                   [](const Finding& a, const Finding& b) { return a.state > b.state; });
-
   CheckResult result;
-  result.state = findings.empty() ? CheckState::ok : findings.front().state;
+  result.state = findings.empty() ? CheckState::ok : state_of(findings.front().severity);
   result.text = fmt::format("KOVA {} - {}", state_name(result.state),
                             status_text(summary(findings, items.size())));
   result.text += performance.empty() ? "\n" : " |" + performance + "\n";
   for (const Finding& finding : findings) {
-    result.text += fmt::format("{}: {}\n", state_name(finding.state), status_text(finding.text));
+    result.text += fmt::format("{}: {}\n", state_name(state_of(finding.severity)),
+                               status_text(finding.sentence()));
   }
   return result;
 }

@@ -49,6 +49,10 @@ std::string path_of(const Item& item) {
   return fmt::format("{}/{}/{}", item.family, item.package, item.name);
 }
 
+std::string label_of(const Item& item) {
+  return item.name.empty() ? id_text(item.id) : path_of(item);
+}
+
 std::string name_or_path(const Item& item) {
   return item.unique_name ? item.name : path_of(item);
 }

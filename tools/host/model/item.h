@@ -72,7 +72,12 @@ std::string id_text(uint32_t id);
 // "PIC/Settings/Low battery detection timer"
 std::string path_of(const Item& item);
 
-// The name, or the path where the name alone leaves a doubt; "" for an item without a name.
+// The path, or the ID of an item without a name: what an item is called where it must not change
+// with the machine's other items.
+std::string label_of(const Item& item);
+
+// The name, or the path where the name alone leaves a doubt; "" for an item without a name. For
+// people at a terminal.
 std::string name_or_path(const Item& item);
 
 // Settles `unique_name` of the items of one machine.

@@ -1,0 +1,85 @@
+// Sweeps as rules see them, and the words for what is found.
+#include "tools/host/judgements/judgement.h"
+
+#include <fmt/format.h>
+#include <fnmatch.h>
+
+#include "tools/host/values/quantity.h"
+
+namespace kova_host {
+
+std::string_view severity_name(Severity severity) {
+  switch (severity) {
+    case Severity::unknown:
+      return "unknown";
+    case Severity::warning:
+      return "warning";
+    case Severity::critical:
+      return "critical";
+  }
+  return "";
+}
+
+SweepView::SweepView(const std::vector<Item>& items, const Readings& readings)
+    : items_(items), readings_(readings) {
+  for (const Item& item : items) {
+    by_path_.emplace(path_of(item), &item);
+  }
+}
+
+const Reading* SweepView::reading(uint32_t id) const {
+  const auto found = readings_.find(id);
+  return found == readings_.end() ? nullptr : &found->second;
+}
+
+const Reading* SweepView::good_reading(const Item* item) const {
+  const Reading* reading = item == nullptr ? nullptr : this->reading(item->id);
+  return reading != nullptr && reading->state == Reading::State::good ? reading : nullptr;
+}
+
+const Item* SweepView::find(std::string_view path) const {
+  const auto found = by_path_.find(path);
+  return found == by_path_.end() ? nullptr : found->second;
+}
+
+std::optional<double> SweepView::number(std::string_view path) const {
+  const Reading* reading = good_reading(find(path));
+  return reading == nullptr ? std::nullopt : reading->number();
+}
+
+std::string_view SweepView::label(std::string_view path) const {
+  const Item* item = find(path);
+  const Reading* reading = good_reading(item);
+  if (reading == nullptr) {
+    return "";
+  }
+  if (const auto* text = std::get_if<std::string>(&reading->value)) {
+    return *text;
+  }
+  const auto* integer = std::get_if<int64_t>(&reading->value);
+  return integer == nullptr ? "" : option_label(*item, *integer);
+}
+
+bool fits_path(std::string_view pattern, const Item& item) {
+  return fnmatch(std::string(pattern).c_str(), path_of(item).c_str(), 0) == 0;
+}
+
+bool looks_at(const LooksAt& what, const Item& item) {
+  if (what.measured && item.facts.role != Role::reading && item.facts.role != Role::state &&
+      item.facts.role != Role::unknown) {
+    return false;
+  }
+  if (!what.quantity.empty()) {
+    const Quantity* quantity = find_quantity(item.unit);
+    if (quantity == nullptr || quantity->name != what.quantity) {
+      return false;
+    }
+  }
+  return what.path.empty() || fits_path(what.path, item);
+}
+
+std::string Finding::sentence() const {
+  return path + ' ' + says + (evidence.empty() ? "" : ": " + evidence);
+}
+
+}  // namespace kova_host
