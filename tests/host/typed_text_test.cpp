@@ -90,7 +90,7 @@ TEST(TypedText, Durations) {
   using std::chrono::milliseconds;
   expect_parsed<milliseconds>(
       [](const std::string& text) { return parse_duration(text).value_or(milliseconds(-1)); },
-      {{milliseconds(90000), {"90", "90s", "1.5m", "1m30s", "90000ms", "0.025h"}},
+      {{milliseconds(90000), {"90", "90s", "1.5m", "1.5min", "1m30sec", "90000ms", "0.025h"}},
        {milliseconds(0), {"0", "0d"}},
        {milliseconds(90061002), {"1d1h1m1s1.5ms"}},
        {milliseconds(365LL * 86400000), {"365d", "364d23.999h3.6s"}},

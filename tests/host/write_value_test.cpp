@@ -26,9 +26,8 @@ TEST(WriteValue, SendsWhatTheItemTakes) {
   using Sent = std::vector<std::pair<const char*, Number>>;
   const std::pair<Item, Sent> cases[] = {
       {taking(integer, "0=Auto|2=24V"), {{"24v", int64_t{2}}}},
-      {taking(integer, "0=on|1=ON"), {{"ON", int64_t{1}}}},  // the exact word wins
-      {taking(integer, "3=1|2=12"), {{"1", int64_t{1}}}},    // a number is a number
-      {taking(integer, "1=12V|12=x"), {{"12", int64_t{12}}}},
+      {taking(integer, "0=on|1=ON"), {{"ON", int64_t{1}}}},    // the exact word wins
+      {taking(integer, "1=12V|12=x"), {{"12", int64_t{12}}}},  // a number is a number
       {taking(integer),
        {{"5.0", int64_t{5}},
         {"4294967295", int64_t{4294967295}},
@@ -43,6 +42,7 @@ TEST(WriteValue, SendsWhatTheItemTakes) {
         {"TRUE", int64_t{1}},
         {"false", int64_t{0}}}},
       {taking(boolean, "0=Disable|1=Enable"), {{"yes", int64_t{1}}}},
+      {taking(boolean, "0=standby|1=go"), {{"on", int64_t{1}}, {"standby", int64_t{0}}}},
       {taking(real), {{"11", int64_t{11}}, {"11.0", 11.0}}},
       {taking(std::nullopt), {{"11.5", 11.5}}},
       {volts(WrittenAs::scaled), {{"10540 mV", 10.5}}},
@@ -65,7 +65,9 @@ TEST(WriteValue, RefusesTheRestWithTheReason) {
        "it has more than 32 bits"},
       {taking(integer), {"2.5"}, "the item takes whole numbers"},
       {taking(boolean), {"0.5"}, "the item takes whole numbers"},
-      {taking(boolean, "0=off|1=go"), {"on"}, "a number or one of 0 (off), 1 (go) is needed"},
+      {taking(integer, "3=1|2=x"), {"1", "4"}, "it takes one of 3 (1), 2 (x)"},
+      {taking(boolean, "0=off|1=go"), {"go?"}, "a number or one of 0 (off), 1 (go) is needed"},
+      {taking(real), {"1,5"}, "numbers have a point, as in 1.5"},
       {taking(real), {"on"}, "a number is needed"},
       {taking(real), {"1 V"}, "it has no unit"},
       {item_of(1, Role::setting, real, "V"), {"1 A"}, "its unit is V"},

@@ -24,12 +24,14 @@ class Writes(TestCase):
             # binary fractions falls below it.
             (["set", "0x14150722", "0.0003"], 0, "0.0003 G, was", FORGETS),
             (["set", "0x14160716", "9.55"], 0, "9.6 V, the nearest to 9.55 that it can", FORGETS),
+            (["set", "0x14160716", "9.55V"], 0, "9.6 V, the nearest to 9.55V that it can", FORGETS),
             (["set", "0x14160716", "15"], 1, "", "refused the value (0xFFFFFAFE), its range is 9.5"),
             (["set", "0x14160711", "2.5"], 2, "", "whole numbers"),
             (["set", "0x14160716", "10 A"], 2, "", "its unit is V"),
             (["set", "0x1416071B", "48V"], 2, "", "0 (Auto), 1 (12V), 2 (24V)"),
             (["set", "0x1416071B", "24"], 2, "", "was 24V meant?"),
             (["set", "0x14150741", "on"], 2, "", "is needed"),
+            (["set", "0x14160716", "10,5V"], 2, "", "numbers have a point, as in 10.5V"),
         ))
 
     def test_wrong_targets_are_refused_before_anything_is_written(self):
@@ -57,7 +59,9 @@ class Writes(TestCase):
 
     def test_dry_run_writes_nothing(self):
         words = ["--simulate", "set", "PoE 1 power=off", "--dry-run"]
-        self.check(((words, 0, "would be set to 0 (Disable), is 1 (Enable)\n", ""),))
+        self.check(((words, 0, "would be set to 0 (Disable), is 1 (Enable)\n", ""),
+                    ([*words[:2], "0x14160716=5", "--dry-run"], 0, "; its range is 9.5 .. 11.5\n",
+                     "")))
         document = run([*words, "--json"]).json
         self.assertEqual((document["dry_run"], document["items"][0]["value"]), (True, 1))
 
@@ -67,7 +71,18 @@ class Writes(TestCase):
         defaults = run(["--simulate", "get", "PIC/Default settings/*", "--json"]).json["items"]
         self.assertEqual([item["value"] for item in result.json["items"]],
                          [item["value"] for item in defaults])
-        self.check_words(((["reset", "24V low battery voltage"], 0, "21.8 V, was 22 V", FORGETS),))
+        self.check_words(((["reset", "24V low battery voltage"], 0, "21.8 V, was 22 V", FORGETS),
+                          (["reset", "*", "--dry-run"], 0, "PIC/Settings/Power off retry times  would",
+                           "left as they are: PoE 1 power, ")))
+
+    def test_a_write_that_nobody_can_read_back_is_not_called_one(self):
+        machine = self.machine(codes={"0x00690000": {"fail_read": 5}})
+        result = run([*machine, "set", "0x14160711=10", "0x14140B01=0", "--json"])
+        self.assertEqual((result.exit_code, result.json["ok"]), (1, False))
+        unknown, written = result.json["items"]
+        self.assertEqual((unknown["ok"], unknown["code"], written["ok"]), (False, 0, True))
+        self.assertIn("cannot be read back: ", unknown["failure"])
+        self.assertIn("10 sec(s) was sent to 0x14160711", result.err)
 
     def test_reset_without_a_readable_default_writes_nothing(self):
         machine = self.machine(codes={"0x006D0006": {"fail_read": 5}})

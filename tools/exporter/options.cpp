@@ -8,7 +8,8 @@
 #include <stdexcept>
 
 #include "include/kova_iot.h"
-#include "tools/host/system/typed_number.h"
+#include "tools/host/system/duration.h"
+#include "tools/host/system/errors.h"
 
 namespace kova_exporter {
 namespace {
@@ -23,28 +24,15 @@ struct RawTexts {
   std::string machine;
 };
 
-struct TimeUnit {
-  std::string_view suffix;
-  double seconds;
-};
-constexpr TimeUnit kTimeUnits[] = {{"ms", 0.001}, {"s", 1}, {"m", 60}, {"", 1}};
-
 double checked_interval(std::string_view text) {
-  constexpr double kShortest = 0.1;
-  constexpr double kLongest = 3600;
-  for (const auto& [suffix, factor] : kTimeUnits) {
-    if (!text.ends_with(suffix)) {
-      continue;
-    }
-    const auto number = kova_host::parse_number(text.substr(0, text.size() - suffix.size()));
-    const double seconds = number ? kova_host::as_double(*number) * factor : 0;
-    if (seconds >= kShortest && seconds <= kLongest) {
-      return seconds;
-    }
-    break;
+  constexpr std::chrono::milliseconds kShortest(100);
+  try {
+    return std::chrono::duration<double>(
+               kova_host::checked_duration(text, "interval", kShortest, std::chrono::hours(1)))
+        .count();
+  } catch (const kova_host::HostError& error) {
+    throw std::invalid_argument(fmt::format("--interval: {}", error.what()));
   }
-  throw std::invalid_argument(
-      fmt::format("--interval: '{}' is no time of 100ms to 60m, such as 5s", text));
 }
 
 ListenAddress checked_address(const std::string& text) {

@@ -67,7 +67,8 @@ void add_check(CommandLine& line) {
   auto options = std::make_shared<CheckOptions>();
   CLI::App& command =
       line.add({"check", "Judge the readings as a check for Icinga or Nagios",
-                "kovactl --simulate check --warn 'TRK7K VTIN *=70' --crit 'TRK7K VTIN *=~:85'"},
+                "kovactl --simulate check --warn 'TRK7K VTIN *=70' --crit 'TRK7K VTIN *=~:85'",
+                "0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN"},
                [options](const GlobalOptions& globals) { return run_check(globals, *options); });
   add_selection(command, options->selection);
   command

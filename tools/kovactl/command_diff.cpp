@@ -261,7 +261,8 @@ void add_diff(CommandLine& line) {
   auto options = std::make_shared<DiffOptions>();
   CLI::App& command =
       line.add({"diff", "Tell what has changed between two recordings or listings",
-                "kovactl diff last-good.json now"},
+                "kovactl diff last-good.json now",
+                "0 the same, 1 something differs, 2 trouble, 3 no device"},
                [options](const GlobalOptions& globals) { return run_diff(globals, *options); });
   command.add_option("A", options->before, "A recording, a file of list --json, or 'now'")
       ->required();

@@ -251,7 +251,8 @@ ExitCode examine(const GlobalOptions& globals, Record& record) {
 void add_doctor(CommandLine& line) {
   auto json = std::make_shared<bool>(false);
   CLI::App& command =
-      line.add({"doctor", "Find out what is wrong, step by step", "kovactl doctor"},
+      line.add({"doctor", "Find out what is wrong, step by step", "kovactl doctor",
+                "0 all well, 1 an item is wrong, 2 usage, 3 no device"},
                [json](const GlobalOptions& globals) {
                  Record record;
                  const ExitCode exit_code = examine(globals, record);

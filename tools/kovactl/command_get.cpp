@@ -40,7 +40,7 @@ std::string get_text(const std::vector<Item>& items, const Readings& readings, b
 }
 
 ExitCode run_get(const GlobalOptions& globals, const GetOptions& options) {
-  if (options.selection.texts.empty() && options.selection.family.empty()) {
+  if (options.selection.texts.empty() && options.selection.families.empty()) {
     throw HostError(Fault::usage, "ITEM or --family is required (see kovactl get --help)");
   }
   const auto session = open_session(globals);

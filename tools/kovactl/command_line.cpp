@@ -8,17 +8,13 @@
 
 #include "include/kova_iot.h"
 #include "tools/host/session/locations.h"
+#include "tools/host/system/duration.h"
 #include "tools/host/system/nearest.h"
-#include "tools/host/system/typed_number.h"
 
 namespace kovactl {
 
 using namespace kova_host;
 namespace {
-
-constexpr const char* kExitCodes =
-    "Exit codes: 0 all well, 1 some reads or a write failed, 2 usage, 3 no device.\n"
-    "Example:\n  kovactl --simulate list";
 
 constexpr const char* kSimulateBuiltIn = "--simulate-built-in";
 
@@ -36,15 +32,20 @@ ExitCode exit_code_of(const HostError& error) {
   return ExitCode::usage;
 }
 
-double checked_seconds(const std::string& text, double least, double most, std::string_view what) {
-  const auto number = parse_number(text);
-  const double seconds = !number ? 0 : as_double(*number);
-  if (seconds < least || seconds > most) {
-    throw HostError(Fault::usage,
-                    fmt::format("'{}' is no {} of {} to {} seconds", text, what, least, most));
-  }
-  return seconds;
+namespace {
+
+// 0 for none.
+double checked_time_limit(const std::string& text) {
+  constexpr std::chrono::milliseconds kShortest(100);
+  const auto none = parse_duration(text);
+  return none && none->count() == 0
+             ? 0
+             : std::chrono::duration<double>(
+                   checked_duration(text, "time limit", kShortest, std::chrono::hours(24)))
+                   .count();
 }
+
+}  // namespace
 
 bool asks_for_json(const std::vector<std::string>& arguments) {
   return std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
@@ -62,18 +63,19 @@ CommandLine::CommandLine()
   app_.add_option("--timeout", timeout_,
                   "End when the device takes longer than this to answer, check when it takes "
                   "longer in all (10 by default); 0: wait for ever")
-      ->type_name("S");
+      ->type_name("TIME");
   app_.set_version_flag("-V,--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
-  app_.footer(kExitCodes);
+  app_.footer(fmt::format("Exit codes: {}.\nExample:\n  kovactl --simulate list", kUsualExitCodes));
   app_.require_subcommand(1);
 }
 
 CLI::App& CommandLine::add(const CommandText& text, Run run) {
   CLI::App* command = app_.add_subcommand(text.name, text.description);
   command->fallthrough();
-  command->footer(fmt::format(
-      "--module, --simulate and --timeout may stand here too (see kovactl --help).\nExample:\n  {}",
-      text.example));
+  command->footer(
+      fmt::format("--module, --simulate and --timeout may stand here too (see kovactl --help).\n"
+                  "Exit codes: {}.\nExample:\n  {}",
+                  text.exit_codes, text.example));
   command->callback([this, run = std::move(run)] { chosen_ = run; });
   return *command;
 }
@@ -180,6 +182,10 @@ std::string CommandLine::complaint(const std::vector<std::string>& arguments,
 CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
   Parsed parsed;
   arguments = settle_simulate(settle_help(std::move(arguments)));
+  if (const std::string word = command_in(arguments); !word.empty() && !is_command(word)) {
+    // Also where help is asked for, which the parser would give of the whole program.
+    throw HostError(Fault::usage, fmt::format("{} (see kovactl --help)", complaint(arguments, "")));
+  }
   try {
     // In the order that the parser takes.
     app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
@@ -198,8 +204,7 @@ CommandLine::Parsed CommandLine::parse(std::vector<std::string> arguments) {
     parsed.globals.host.machine = machine_;
   }
   if (app_.count("--timeout") > 0) {
-    parsed.globals.timeout_seconds =
-        timeout_ == "0" ? 0 : checked_seconds(timeout_, 0.1, 86400, "time limit");
+    parsed.globals.timeout_seconds = checked_time_limit(timeout_);
   }
   parsed.run = chosen_;
   return parsed;

@@ -36,10 +36,14 @@ struct GlobalOptions {
 // Does a command's work. What ends it early is thrown: HostError or OutputError.
 using Run = std::function<ExitCode(const GlobalOptions&)>;
 
+inline constexpr const char* kUsualExitCodes =
+    "0 all well, 1 some reads or a write failed, 2 usage, 3 no device";
+
 struct CommandText {
   const char* name;
   const char* description;  // one line, without a full stop
   const char* example;      // a whole line as typed
+  const char* exit_codes = kUsualExitCodes;
 };
 
 class CommandLine {
@@ -79,9 +83,6 @@ class CommandLine {
   std::string timeout_;
   Run chosen_;
 };
-
-// The seconds in `text`, within these bounds; throws HostError (usage), where they are `what`.
-double checked_seconds(const std::string& text, double least, double most, std::string_view what);
 
 // True if the arguments ask for JSON, which holds for errors in the arguments themselves too.
 bool asks_for_json(const std::vector<std::string>& arguments);

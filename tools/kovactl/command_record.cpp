@@ -165,10 +165,11 @@ ExitCode run_record(const GlobalOptions& globals, const RecordOptions& options) 
 
 void add_record(CommandLine& line) {
   auto options = std::make_shared<RecordOptions>();
-  CLI::App& command =
-      line.add({"record", "Record this machine, to be replayed with --simulate FILE",
-                "kovactl record machine.json --for 10m --redact"},
-               [options](const GlobalOptions& globals) { return run_record(globals, *options); });
+  CLI::App& command = line.add(
+      {"record", "Record this machine, to be replayed with --simulate FILE",
+       "kovactl record machine.json --for 10m --redact",
+       "0 recorded, also where items failed, 1 the recording is not whole, 2 usage, 3 no device"},
+      [options](const GlobalOptions& globals) { return run_record(globals, *options); });
   command.add_option("FILE", options->file, "The machine description to write")->required();
   add_selection(command, options->selection);
   command

@@ -255,7 +255,8 @@ void add_report(CommandLine& line) {
   auto options = std::make_shared<ReportOptions>();
   CLI::App& command =
       line.add({"report", "Write readings and charts into one HTML file",
-                "kovactl report bus-042.html --for 5m"},
+                "kovactl report bus-042.html --for 5m",
+                "0 all well, 1 an item failed in some sweep, 2 usage, 3 no device"},
                [options](const GlobalOptions& globals) { return run_report(globals, *options); });
   command.add_option("FILE", options->file, "The file to write, as a whole or not at all")
       ->required();

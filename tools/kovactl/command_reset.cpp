@@ -28,20 +28,39 @@ std::vector<Item> with_default(const std::vector<Item>& items) {
   return result;
 }
 
+// Settings that a pattern names beside others, and that stay as they are.
+void tell_of_settings_without_default(const std::vector<Item>& named) {
+  std::vector<std::string> names;
+  for (const Item& item : named) {
+    if (item.facts.role == Role::setting && !item.facts.factory_default) {
+      names.push_back(name_or_path(item));
+    }
+  }
+  if (!names.empty()) {
+    report(
+        fmt::format("without a factory default, and left as they are: {}", fmt::join(names, ", ")));
+  }
+}
+
 std::vector<Item> items_to_reset(const std::vector<Item>& items, const Selection& selection) {
   std::vector<Item> result;
   for (const std::string& text : selection.texts) {
-    const std::vector<Item> named = with_default(select(items, {{text}, selection.family}));
-    if (named.empty()) {
+    const std::vector<Item> named = select(items, {{text}, selection.families});
+    const std::vector<Item> ours = with_default(named);
+    if (ours.empty()) {
       throw HostError(Fault::usage, fmt::format("'{}' has no factory default", text));
     }
-    std::copy(named.begin(), named.end(), std::back_inserter(result));
+    tell_of_settings_without_default(named);
+    std::copy(ours.begin(), ours.end(), std::back_inserter(result));
   }
   if (selection.texts.empty()) {
-    result = with_default(select(items, selection));
+    const std::vector<Item> named = select(items, selection);
+    result = with_default(named);
     if (result.empty()) {
-      throw HostError(Fault::usage, fmt::format("{} has no factory defaults", selection.family));
+      throw HostError(Fault::usage, fmt::format("{} has no factory defaults",
+                                                fmt::join(selection.families, ", ")));
     }
+    tell_of_settings_without_default(named);
   }
   return distinct(result);
 }
@@ -57,7 +76,7 @@ std::optional<Number> number_of(const Item& item, const Reading& reading) {
 }
 
 ExitCode run_reset(const GlobalOptions& globals, const ResetOptions& options) {
-  if (options.selection.texts.empty() && options.selection.family.empty()) {
+  if (options.selection.texts.empty() && options.selection.families.empty()) {
     throw HostError(Fault::usage, "ITEM or --family is required (see kovactl reset --help)");
   }
   const auto session = open_session(globals);

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/host/system/duration.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/values/shown_value.h"
 #include "tools/kovactl/output.h"
@@ -34,17 +33,6 @@ KeptOnExit::KeptOnExit(Attendant& attendant, Attendant::BeforeExit keep) : atten
   attendant.let_command_end();
   attendant.end_with(ExitCode::item_failed);
   attendant.before_exit(std::move(keep));
-}
-
-std::chrono::milliseconds checked_duration(const std::string& text, std::string_view what,
-                                           std::chrono::milliseconds shortest) {
-  const auto duration = parse_duration(text);
-  if (!duration || *duration < shortest) {
-    throw HostError(Fault::usage,
-                    fmt::format("'{}' is no {} of {}ms or more, such as 2s, 10m or 1h30m", text,
-                                what, shortest.count()));
-  }
-  return *duration;
 }
 
 std::unique_ptr<Session> open_session(const GlobalOptions& globals) {
@@ -98,7 +86,9 @@ std::string title(const Item& item) {
 void add_selection(CLI::App& command, Selection& selection) {
   command.add_option("ITEM", selection.texts,
                      "Items by ID, name, pattern ('PoE * current') or path FAMILY/PACKAGE/NAME");
-  command.add_option("--family", selection.family, "Items of this family only")->type_name("NAME");
+  command.add_option("--family", selection.families, "Items of this family only; may be repeated")
+      ->type_name("NAME")
+      ->allow_extra_args(false);
 }
 
 }  // namespace kovactl

@@ -32,10 +32,6 @@ class KeptOnExit {
   Attendant& attendant_;
 };
 
-// A time of `shortest` or more; throws HostError (usage), where it is no `what`.
-std::chrono::milliseconds checked_duration(const std::string& text, std::string_view what,
-                                           std::chrono::milliseconds shortest);
-
 // Starts the module; shows progress on a terminal.
 std::unique_ptr<kova_host::Session> open_session(const GlobalOptions& globals);
 

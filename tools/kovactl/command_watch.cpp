@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "tools/host/system/duration.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_support.h"
@@ -133,16 +134,17 @@ bool Watch::on_screen() {
 }
 
 ExitCode run_watch(const GlobalOptions& globals, const WatchOptions& options) {
-  const double interval_seconds =
-      options.interval.empty() ? 2 : checked_seconds(options.interval, 0.05, 86400, "interval");
+  const std::chrono::milliseconds interval =
+      options.interval.empty()
+          ? std::chrono::seconds(2)
+          : checked_duration(options.interval, "interval", std::chrono::milliseconds(50),
+                             std::chrono::hours(24));
   const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
   Attendant& attendant = *globals.attendant;
   attendant.let_command_end();
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  const auto interval = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-      std::chrono::duration<double>(interval_seconds));
   Watch watch(attendant, options, *session, {items, interval, count});
   if (options.json || !can_draw_on(STDOUT_FILENO) || !watch.on_screen()) {
     watch.as_lines();
@@ -159,8 +161,8 @@ void add_watch(CommandLine& line) {
                 "kovactl --simulate watch 0x14170111 --interval 0.5 --count 20"},
                [options](const GlobalOptions& globals) { return run_watch(globals, *options); });
   add_selection(command, options->selection);
-  command.add_option("--interval", options->interval, "Seconds between samples (default 2)")
-      ->type_name("S");
+  command.add_option("--interval", options->interval, "Time between samples (default 2s)")
+      ->type_name("TIME");
   command.add_option("--count", options->count, "End after so many samples")->type_name("N");
   command.add_flag("--changed", options->changed, "Show only what has changed lately");
   command.add_flag("--json", options->json, "Print one line of JSON a sample");

@@ -11,6 +11,7 @@
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/host/values/shown_value.h"
+#include "tools/host/values/typed_unit.h"
 #include "tools/host/values/typed_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
@@ -24,12 +25,14 @@ bool differs(double a, double b) {
   return std::abs(a - b) > std::max(std::abs(a), std::abs(b)) * 1e-9;
 }
 
+bool is_outside(const PlannedWrite& plan) {
+  const double value = as_double(plan.number);
+  return (plan.item.min && value < *plan.item.min) || (plan.item.max && value > *plan.item.max);
+}
+
 // The device decides what it accepts; the published range is what to try next.
 std::string refusal_hint(const PlannedWrite& plan) {
-  const double value = as_double(plan.number);
-  const bool outside =
-      (plan.item.min && value < *plan.item.min) || (plan.item.max && value > *plan.item.max);
-  return outside ? ", its range is " + range_text(plan.item) : "";
+  return is_outside(plan) ? ", its range is " + range_text(plan.item) : "";
 }
 
 Reading as_reading(const Number& number) {
@@ -45,8 +48,9 @@ std::string remark(const WriteOutcome& outcome) {
   if (held && differs(*held, sent)) {
     return fmt::format(", after {} was sent", short_number(sent));
   }
-  const auto typed = parse_number(outcome.plan.typed);
-  if (typed && differs(as_double(*typed), sent)) {
+  const auto typed = parse_quantity(outcome.plan.typed);
+  const auto wanted = typed ? in_unit(*typed, outcome.plan.item.unit) : std::nullopt;
+  if (wanted && differs(as_double(*wanted), sent)) {
     return fmt::format(", the nearest to {} that it can hold", outcome.plan.typed);
   }
   return "";
@@ -56,11 +60,9 @@ std::string text_of(const WriteOutcome& outcome, bool dry_run) {
   const Item& item = outcome.plan.item;
   const std::string previous = value_with_unit(item, outcome.previous);
   if (dry_run) {
-    return fmt::format("{}  would be set to {}, is {}\n", title(item),
-                       value_with_unit(item, as_reading(outcome.plan.number)), previous);
-  }
-  if (outcome.now.state != Reading::State::good) {
-    return title(item) + "  written\n";
+    return fmt::format("{}  would be set to {}, is {}{}\n", title(item),
+                       value_with_unit(item, as_reading(outcome.plan.number)), previous,
+                       is_outside(outcome.plan) ? "; its range is " + range_text(item) : "");
   }
   const std::string now = value_with_unit(item, outcome.now);
   return fmt::format("{}  {}{}{}\n", title(item), now, remark(outcome),
@@ -79,6 +81,7 @@ ExitCode write_and_report(const GlobalOptions& globals, const Session& session,
   std::vector<WriteOutcome> outcomes;
   bool failed = false;
   bool written = false;
+  // One that is refused does not keep those after it from being written.
   for (const PlannedWrite& plan : plans) {
     const WriteOutcome& outcome = outcomes.emplace_back(write_item(session, plan, options.dry_run));
     if (outcome.status != 0) {
@@ -88,7 +91,12 @@ ExitCode write_and_report(const GlobalOptions& globals, const Session& session,
       continue;
     }
     written = !options.dry_run;
-    if (!options.json) {
+    if (!outcome.ok()) {
+      failed = true;
+      report(fmt::format("{} was sent to {}, and nobody knows what became of it: {}",
+                         value_with_unit(plan.item, as_reading(plan.number)), title(plan.item),
+                         value_with_unit(plan.item, outcome.now)));
+    } else if (!options.json) {
       print(text_of(outcome, options.dry_run));
     }
   }

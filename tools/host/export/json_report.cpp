@@ -82,8 +82,10 @@ JsonPtr json_write(const WriteOutcome& outcome) {
   put_value(object, item, outcome.now);
   if (outcome.status != 0) {
     put(object, "failure", json_text(write_failure(outcome.status)));
+  } else if (!outcome.ok()) {
+    put(object, "failure", json_text("cannot be read back: " + failure_text(item, outcome.now)));
   }
-  put(object, "ok", own(json_boolean(outcome.status == 0)));
+  put(object, "ok", own(json_boolean(outcome.ok())));
   put_status(object, outcome.status);
   return object;
 }
@@ -132,7 +134,7 @@ JsonPtr json_writes(const std::vector<WriteOutcome>& outcomes, bool dry_run, boo
   bool ok = true;
   JsonPtr array = own(json_array());
   for (const WriteOutcome& outcome : outcomes) {
-    ok = ok && outcome.status == 0;
+    ok = ok && outcome.ok();
     append(array, json_write(outcome));
   }
   JsonPtr object = own(json_object());

@@ -59,10 +59,29 @@ std::string absent_family_of(const std::string& text) {
   return "";
 }
 
+// "PIC/*" for the name of a family, "PIC/Settings/*" for that of a package, alone or behind its
+// family's; "" for any other text.
+std::string pattern_for_all_of(const std::vector<Item>& items, const std::string& text) {
+  for (const Item& item : items) {
+    const std::string package = item.family + '/' + item.package;
+    if (same_word(text, item.family)) {
+      return item.family + "/*";
+    }
+    if (same_word(text, item.package) || same_word(text, package)) {
+      return package + "/*";
+    }
+  }
+  return "";
+}
+
 [[noreturn]] void refuse(const std::vector<Item>& items, const std::string& text) {
   const auto hexadecimal = parse_item_id("0x" + text);
   if (hexadecimal && with_id(items, *hexadecimal) != nullptr) {
     throw HostError(Fault::usage, fmt::format("no item '{}': was 0x{} meant?", text, text));
+  }
+  if (const std::string pattern = pattern_for_all_of(items, text); !pattern.empty()) {
+    throw HostError(Fault::usage,
+                    fmt::format("no item '{}': '{}' names all of its items", text, pattern));
   }
   if (const std::string absent = absent_family_of(text); !absent.empty()) {
     throw HostError(Fault::usage, absent);
@@ -70,6 +89,19 @@ std::string absent_family_of(const std::string& text) {
   const bool path = text.find('/') != std::string::npos;
   const auto names = texts_of(items, [path](const Item& i) { return path ? path_of(i) : i.name; });
   throw HostError(Fault::usage, fmt::format("no item '{}'{}", text, suggestion(text, names)));
+}
+
+// Readings and factory defaults may be called as a setting is: the plain name means that one.
+std::vector<Item> named_or_setting(const std::vector<Item>& items, const std::string& text) {
+  std::vector<Item> named = named_items(items, text);
+  const auto is_meant = [&text](const Item& item) {
+    return item.facts.factory_default && same_word(item.name, text);
+  };
+  const auto setting = std::find_if(named.begin(), named.end(), is_meant);
+  if (setting != named.end() && std::count_if(named.begin(), named.end(), is_meant) == 1) {
+    return {*setting};
+  }
+  return named;
 }
 
 }  // namespace
@@ -126,13 +158,23 @@ std::vector<Item> family_items(const std::vector<Item>& items, const std::string
 }
 
 std::vector<Item> select(const std::vector<Item>& items, const Selection& selection) {
-  std::vector<Item> from = selection.family.empty() ? items : family_items(items, selection.family);
+  std::vector<Item> from;
+  for (auto family = selection.families.begin(); family != selection.families.end(); ++family) {
+    const bool repeated =
+        std::any_of(selection.families.begin(), family,
+                    [&family](const std::string& earlier) { return same_word(earlier, *family); });
+    std::vector<Item> more = repeated ? std::vector<Item>() : family_items(items, *family);
+    std::move(more.begin(), more.end(), std::back_inserter(from));
+  }
+  if (selection.families.empty()) {
+    from = items;
+  }
   if (selection.texts.empty()) {
     return from;
   }
   std::vector<Item> result;
   for (const std::string& text : selection.texts) {
-    std::vector<Item> named = named_items(from, text);
+    std::vector<Item> named = named_or_setting(from, text);
     std::move(named.begin(), named.end(), std::back_inserter(result));
   }
   return distinct(result);

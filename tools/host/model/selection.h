@@ -14,7 +14,7 @@ struct Selection {
   // Each an ID ("0x14140B01", "336857857"), a name or a path "family/package/name", either of them
   // with the wildcards of a shell (*, ?, [...]); letters in any case.
   std::vector<std::string> texts;
-  std::string family;  // "" for all; in any case
+  std::vector<std::string> families;  // none for all; in any case
 };
 
 // Those of `items` that `text` names, every ID once, in the order of `items`. An ID that is not
@@ -26,6 +26,7 @@ std::vector<Item> named_items(const std::vector<Item>& items, const std::string&
 std::vector<Item> family_items(const std::vector<Item>& items, const std::string& family);
 
 // What `selection` picks, in the order of its texts; an ID that two of them name stands there once.
+// A name that a setting shares with its factory default, or with a reading, means the setting.
 // Without texts an item that stands in two families stands there twice.
 std::vector<Item> select(const std::vector<Item>& items, const Selection& selection);
 

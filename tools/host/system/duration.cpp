@@ -7,6 +7,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "tools/host/system/errors.h"
+
 namespace kova_host {
 namespace {
 
@@ -15,9 +17,14 @@ struct Unit {
   double milliseconds;
 };
 
-// Each before those that may follow it; "ms" before "m", whose letter it begins with.
-constexpr std::array<Unit, 5> kUnits = {
-    {{"d", 86'400e3}, {"h", 3'600e3}, {"ms", 1}, {"m", 60e3}, {"s", 1e3}}};
+// Those that begin with another one's letter before that one.
+constexpr std::array<Unit, 7> kUnits = {{{"d", 86'400e3},
+                                         {"h", 3'600e3},
+                                         {"ms", 1},
+                                         {"min", 60e3},
+                                         {"m", 60e3},
+                                         {"sec", 1e3},
+                                         {"s", 1e3}}};
 
 const Unit* unit_at(std::string_view text) {
   for (const Unit& unit : kUnits) {
@@ -28,10 +35,21 @@ const Unit* unit_at(std::string_view text) {
   return nullptr;
 }
 
+// "50ms", "1d": a round time as it is typed.
+std::string typed_duration(std::chrono::milliseconds duration) {
+  constexpr std::array<std::string_view, 4> kLongestFirst = {"d", "h", "m", "s"};
+  for (const std::string_view name : kLongestFirst) {
+    const auto length = static_cast<int64_t>(unit_at(name)->milliseconds);
+    if (duration.count() >= length && duration.count() % length == 0) {
+      return fmt::format("{}{}", duration.count() / length, name);
+    }
+  }
+  return fmt::format("{}ms", duration.count());
+}
+
 }  // namespace
 
 std::optional<std::chrono::milliseconds> parse_duration(std::string_view text) {
-  constexpr double kYear = 365 * 86'400e3;
   double total = 0;
   double before = INFINITY;  // the unit before must be larger
   do {
@@ -50,10 +68,27 @@ std::optional<std::chrono::milliseconds> parse_duration(std::string_view text) {
     total += number * before;
     text.remove_prefix(unit == nullptr ? 0 : unit->name.size());
   } while (!text.empty());
-  if (total > kYear) {
+  if (total > static_cast<double>(kLongestDuration.count())) {
     return std::nullopt;
   }
   return std::chrono::milliseconds(std::llround(total));
+}
+
+std::chrono::milliseconds checked_duration(std::string_view text, std::string_view what,
+                                           std::chrono::milliseconds shortest,
+                                           std::chrono::milliseconds longest) {
+  const auto duration = parse_duration(text);
+  if (!duration || *duration < shortest || *duration > longest) {
+    const std::string bounds =
+        longest == kLongestDuration
+            ? typed_duration(shortest) + " or more"
+            : fmt::format("{} to {}", typed_duration(shortest), typed_duration(longest));
+    const bool comma = text.find(',') != std::string_view::npos;
+    throw HostError(Fault::usage,
+                    fmt::format("'{}' is no {} of {}, such as 2s, 10m or 1h30m{}", text, what,
+                                bounds, comma ? "; numbers have a point" : ""));
+  }
+  return *duration;
 }
 
 std::string duration_text(std::chrono::milliseconds duration) {

@@ -8,6 +8,7 @@ namespace kova_host {
 WriteOutcome write_item(const Session& session, const PlannedWrite& plan, bool dry_run) {
   WriteOutcome outcome;
   outcome.plan = plan;
+  outcome.dry_run = dry_run;
   outcome.previous = read_item(session, plan.item);
   if (dry_run) {
     outcome.now = outcome.previous;

@@ -20,6 +20,11 @@ struct WriteOutcome {
   Reading previous;     // before the write
   Reading now;          // afterwards, fresh from the device
   uint32_t status = 0;  // the module's answer to the write
+  bool dry_run = false;
+
+  // False for a write that was refused, and for one that nobody can tell of: the module takes
+  // writes to hardware that is not there, too, so one counts when the item can be read afterwards.
+  bool ok() const { return status == 0 && (dry_run || now.state != Reading::State::failed); }
 };
 
 // Writes, with a read before and one after. With `dry_run` nothing is written, and `now` is

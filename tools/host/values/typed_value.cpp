@@ -27,17 +27,11 @@ const std::vector<Option>& switch_words() {
   return words;
 }
 
-bool is_switch_word(const Option& option) {
-  return std::any_of(switch_words().begin(), switch_words().end(), [&option](const Option& word) {
-    return word.value == option.value && same_word(word.label, option.label);
-  });
-}
-
-// The item's labels, and the words that people have for on and off where these are its choices.
+// The item's labels, and for a switch the words that people have for on and off: "on" is what the
+// device calls 1, whatever the label.
 std::vector<Option> choices(const Item& item) {
   std::vector<Option> result = item.options;
-  if (item.kind == ValueKind::boolean &&
-      std::all_of(result.begin(), result.end(), is_switch_word)) {
+  if (item.kind == ValueKind::boolean) {
     result.insert(result.end(), switch_words().begin(), switch_words().end());
   }
   return result;
@@ -70,19 +64,33 @@ std::optional<int64_t> value_of_label(const Item& item, std::string_view text) {
 }
 
 // "24" where 24V was meant is a number that the device would take for something else.
-void refuse_half_a_label(const Item& item, std::string_view text, const Number& number) {
-  const auto is_value = [&number](const Option& option) {
-    return as_double(number) == static_cast<double>(option.value);
-  };
-  if (std::any_of(item.options.begin(), item.options.end(), is_value)) {
-    return;
-  }
+std::string half_a_label(const Item& item, std::string_view text) {
   for (const Option& option : item.options) {
     if (option.label.size() > text.size() && option.label.starts_with(text) &&
         !parse_number(option.label.substr(0, text.size() + 1))) {
-      refuse(item, text,
-             fmt::format("it takes one of {}; was {} meant?", choice_list(item), option.label));
+      return fmt::format("; was {} meant?", option.label);
     }
+  }
+  return "";
+}
+
+// What the device makes of a number that is none of its options nobody can tell.
+void refuse_what_is_no_option(const Item& item, std::string_view text, const Number& number) {
+  const auto is_value = [&number](const Option& option) {
+    return as_double(number) == static_cast<double>(option.value);
+  };
+  if (!item.options.empty() && std::none_of(item.options.begin(), item.options.end(), is_value)) {
+    refuse(item, text,
+           fmt::format("it takes one of {}{}", choice_list(item), half_a_label(item, text)));
+  }
+}
+
+// In half the world's countries a number has a comma where this program wants a point.
+void refuse_comma(const Item& item, std::string_view text) {
+  std::string pointed(text);
+  std::replace(pointed.begin(), pointed.end(), ',', '.');
+  if (pointed != text && parse_quantity(pointed)) {
+    refuse(item, text, fmt::format("numbers have a point, as in {}", pointed));
   }
 }
 
@@ -118,12 +126,13 @@ Number sent_for(const Item& item, std::string_view text, const Number& number) {
 Number value_to_set(const Item& item, std::string_view text) {
   const auto typed = parse_quantity(text);
   if (typed && typed->unit.empty()) {
-    refuse_half_a_label(item, text, typed->number);
+    refuse_what_is_no_option(item, text, typed->number);
     return sent_for(item, text, typed->number);
   }
   if (const auto value = value_of_label(item, text)) {
     return *value;
   }
+  refuse_comma(item, text);
   if (!choices(item).empty()) {
     refuse(item, text, fmt::format("a number or one of {} is needed", choice_list(item)));
   }
