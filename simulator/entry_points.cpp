@@ -110,3 +110,12 @@ KOVA_SIM_EXPORT uint64_t KovaSimulatorRecordedTime(void) {
   const kova_sim::Machine* machine = call.machine();
   return machine == nullptr ? 0 : machine->recorded_ms();
 }
+
+KOVA_SIM_EXPORT void KovaSimulatorTellMoments(void (*tell)(void*, uint32_t, uint64_t),
+                                              void* context) {
+  kova_sim::Call call;
+  if (const kova_sim::Machine* machine = call.machine()) {
+    machine->visit_moments(
+        [&](uint32_t code, uint64_t milliseconds) { tell(context, code, milliseconds); });
+  }
+}

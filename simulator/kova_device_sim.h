@@ -48,6 +48,12 @@ void KovaSimulatorSetTime(uint64_t milliseconds);
  * none, or the description was refused. */
 uint64_t KovaSimulatorRecordedTime(void);
 
+/* Tells `tell` of each moment from which on a code is answered by another answer of its trace, in
+ * order of code and then of time: code, milliseconds after the machine's start. Traces that begin
+ * again are told of once. `context` is handed on. `tell` must call none of these functions. */
+void KovaSimulatorTellMoments(void (*tell)(void* context, uint32_t code, uint64_t milliseconds),
+                              void* context);
+
 #ifdef __cplusplus
 }
 #endif

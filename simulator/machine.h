@@ -77,6 +77,16 @@ class Machine {
   /// How long the recording lasts that this is; 0 if it is none.
   std::uint64_t recorded_ms() const { return description_.recorded_ms.value_or(0); }
 
+  /// Hands over each moment of each code's trace, the code and milliseconds.
+  template <typename Visit>
+  void visit_moments(Visit visit) const {
+    for (const auto& [code, item] : description_.items) {
+      if (const auto* trace = item.value ? std::get_if<SharedTrace>(&*item.value) : nullptr) {
+        (*trace)->visit_moments([&](std::uint64_t ms) { visit(code, ms); });
+      }
+    }
+  }
+
  private:
   struct Calls {
     std::uint64_t reads = 0;

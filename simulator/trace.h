@@ -37,6 +37,13 @@ class Trace {
 
   bool empty() const { return moments_.empty(); }
   std::uint64_t last_ms() const { return moments_.back().ms; }
+
+  template <typename Visit>
+  void visit_moments(Visit visit) const {
+    for (const Moment& moment : moments_) {
+      visit(moment.ms);
+    }
+  }
   /// The call that follows the answers added so far, were it made at `ms`.
   std::uint32_t next_call(std::uint64_t ms) const;
 

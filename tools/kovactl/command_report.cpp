@@ -7,7 +7,7 @@
 #include <mutex>
 #include <utility>
 
-#include "tools/host/record/replay.h"
+#include "tools/host/record/replay_walk.h"
 #include "tools/host/system/atomic_file.h"
 #include "tools/host/system/descriptor_output.h"
 #include "tools/host/system/duration.h"
@@ -35,23 +35,21 @@ struct ReportOptions {
   std::string interval;
 };
 
-// Above this the page grows slow, and the file too large to send.
-constexpr int64_t kMostSweeps = 20000;
-// What a recording gets without --interval: each second of an hour, longer ones thinned out.
-constexpr int64_t kUsualSweeps = 3600;
 constexpr milliseconds kSecond{1000};
 
-milliseconds checked_interval(const ReportOptions& options, milliseconds length,
-                              milliseconds usual) {
-  const milliseconds interval =
-      options.interval.empty() ? usual
-                               : checked_duration(options.interval, "interval", milliseconds(50));
-  if (length / interval > kMostSweeps) {
-    throw HostError(Fault::usage, fmt::format("more than {} sweeps in {}; a longer --interval "
-                                              "makes fewer",
-                                              kMostSweeps, duration_text(length)));
-  }
-  return interval;
+milliseconds interval_of(const ReportOptions& options) {
+  return options.interval.empty()
+             ? kSecond
+             : checked_duration(options.interval, "interval", milliseconds(50));
+}
+
+// The step in which lines are drawn, of three samples at most: with more of them the page grows
+// slow, and the file too large to send.
+milliseconds step_of(milliseconds length, milliseconds interval) {
+  constexpr int64_t kMostSteps = 1200;
+  const milliseconds least = length / kMostSteps;
+  return std::max(interval,
+                  least < kSecond ? least : std::chrono::ceil<std::chrono::seconds>(least));
 }
 
 // Where a report's readings come from, and how they got into it.
@@ -60,6 +58,7 @@ struct Course {
   std::string source;  // for people
   milliseconds length{0};
   milliseconds interval{kSecond};
+  milliseconds step{kSecond};  // of the lines
 };
 
 // The file to be. It is written by the command in the end, or by the attendant where the device
@@ -67,13 +66,17 @@ struct Course {
 class ReportFile {
  public:
   ReportFile(std::string file, Course course, const std::vector<Item>& items)
-      : file_(std::move(file)), course_(std::move(course)), document_(items) {}
+      : file_(std::move(file)),
+        course_(std::move(course)),
+        document_(items, static_cast<double>(course_.step.count()) / 1000) {}
 
   const Course& course() const { return course_; }
 
-  void add(double time, Readings readings) {
+  // As ReportDocument's.
+  template <typename... Arguments>
+  void add(const Arguments&... arguments) {
     const std::lock_guard lock(mutex_);
-    document_.add(time, std::move(readings));
+    document_.add(arguments...);
   }
 
   // `early` tells why not all sweeps were made, "" if they were. Gives what the file has; throws
@@ -88,9 +91,10 @@ class ReportFile {
     if (!std::exchange(written_, true)) {
       const ReportDocument::Heading heading = {
           course_.machine,
-          fmt::format("{}{}{}{}", sweeps, course_.source.empty() ? "" : " from ", course_.source,
-                      early.empty() ? "" : ". Ended early: " + early),
-          unix_time(), static_cast<double>(course_.interval.count()) / 1000};
+          fmt::format("{}{}{}{}{}", sweeps, course_.source.empty() ? "" : " from ", course_.source,
+                      drawn_text(), early.empty() ? "" : ". Ended early: " + early),
+          unix_time(),
+          static_cast<double>(std::max(course_.step, course_.interval).count()) / 1000};
       replace_file(file_, kova_page::single_file(document_.json(heading)));
     }
     return fmt::format("{} has the {} until then", printable(file_), sweeps);
@@ -109,6 +113,15 @@ class ReportFile {
   size_t failed_items() const { return document_.failed_items(); }
 
  private:
+  std::string drawn_text() const {
+    return document_.is_thinned()
+               ? fmt::format(
+                     ". Lines are drawn in steps of {}, each by its lowest, its highest and "
+                     "its last value",
+                     duration_text(course_.step))
+               : "";
+  }
+
   const std::string file_;
   const Course course_;
   std::mutex mutex_;
@@ -131,27 +144,20 @@ void watch(const Session& session, const std::vector<Item>& items, Attendant& at
     if (!readings) {
       break;
     }
-    file.add(unix_time(), std::move(*readings));
+    file.add(unix_time(), *readings);
     progress.advance();
     next = next_sweep(next, course.interval, began, steady_clock::now());
   } while (next <= end && !wait_until(attendant, next));
 }
 
-// The same through a recording, as fast as it can be read.
+// The same through a recording, at each of its moments, as fast as it can be read.
 void walk(const Replay& replay, const Session& session, const std::vector<Item>& items,
           Attendant& attendant, ReportFile& file) {
-  const Course& course = file.course();
-  Progress progress(
-      "sweep, Ctrl-C ends it",
-      static_cast<size_t>((course.length + course.interval - milliseconds(1)) / course.interval));
-  SweepPlan sweeps(items);
-  for (milliseconds time{0}; time < course.length; time += course.interval) {
-    replay.set_time(time);
-    auto readings = sweep_unless_interrupted(session, sweeps, time, attendant);
-    if (!readings) {
-      break;
-    }
-    file.add(replay.begin() + static_cast<double>(time.count()) / 1000, std::move(*readings));
+  ReplayWalk walk(replay, session, items, file.course().interval);
+  Progress progress("sweep, Ctrl-C ends it", walk.size());
+  while (walk.next([&attendant](const Item&) { return !attendant.interrupted(); })) {
+    file.add(replay.begin() + static_cast<double>(walk.time().count()) / 1000, walk.readings(),
+             walk.fresh());
     progress.advance();
   }
 }
@@ -167,7 +173,8 @@ Course live_course(const ReportOptions& options, const HostOptions& host) {
   course.length = options.length.empty()
                       ? milliseconds(60'000)
                       : checked_duration(options.length, "length", milliseconds(0));
-  course.interval = checked_interval(options, course.length, kSecond);
+  course.interval = interval_of(options);
+  course.step = step_of(course.length, course.interval);
   return course;
 }
 
@@ -178,8 +185,10 @@ Course recorded_course(const ReportOptions& options, const Replay& replay) {
   course.source = fmt::format("the recording {} of {}{}{}", file, duration_text(replay.length()),
                               replay.note().empty() ? "" : ". ", replay.note());
   course.length = replay.length();
-  const milliseconds usual = std::max(kSecond, course.length / kUsualSweeps / kSecond * kSecond);
-  course.interval = checked_interval(options, course.length, usual);
+  // Between its moments a recording is looked at so often; weeks of it less.
+  constexpr int64_t kMostLooks = 100'000;
+  course.interval = std::max(interval_of(options), course.length / kMostLooks);
+  course.step = step_of(course.length, milliseconds(0));
   return course;
 }
 
@@ -269,7 +278,7 @@ void add_report(CommandLine& line) {
       ->excludes(from);
   command
       .add_option("--interval", options->interval,
-                  "Time between sweeps (default 1s, more in a recording of hours)")
+                  "Time between sweeps (default 1s); a recording is read at each moment too")
       ->type_name("TIME");
 }
 

@@ -1,7 +1,9 @@
-// What a report holds: the last readings, their history and every failure.
+// What a report holds: the last readings, their history, every failure and every leave of a range.
 #include "tools/kovactl/report_document.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "tools/host/export/json_report.h"
@@ -12,53 +14,95 @@ namespace kovactl {
 
 using namespace kova_host;
 
-ReportDocument::ReportDocument(std::vector<Item> items)
-    : list_(std::make_shared<kova_page::ItemList>()) {
+ReportDocument::ReportDocument(std::vector<Item> items, double step)
+    : list_(std::make_shared<kova_page::ItemList>()), samples_(step) {
   list_->number = 1;
   list_->items = std::move(items);
-  last_.list = list_;
+  for (const Item& item : list_->items) {
+    items_.emplace(item.id, &item);
+  }
 }
 
-void ReportDocument::add(double time, Readings readings) {
-  extract_.times.push_back(time);
-  for (const auto& [id, reading] : readings) {
-    const auto number = reading.number();
-    const bool good = reading.state == Reading::State::good && number && std::isfinite(*number);
-    if (good || extract_.series.contains(id)) {
-      auto& series = extract_.series[id];
-      series.resize(extract_.times.size(), std::numeric_limits<double>::quiet_NaN());
-      series.back() = good ? *number : std::numeric_limits<double>::quiet_NaN();
-    }
-    if (reading.state == Reading::State::failed) {
-      Failure& failure = failures_[id];
-      ++failure.count;
-      failure.last_time = time;
-      failure.last_status = reading.status;
+// Notes how it is from this sweep on.
+void ReportDocument::note(Spells& spells, uint32_t id, bool is_so, uint32_t status) {
+  if (is_so) {
+    Spell& spell = spells[id];
+    spell.lasts = true;
+    spell.last_status = status;
+  } else if (const auto spell = spells.find(id); spell != spells.end()) {
+    spell->second.lasts = false;
+  }
+}
+
+void ReportDocument::count(Spells& spells, double time) {
+  for (auto& [id, spell] : spells) {
+    if (spell.lasts) {
+      ++spell.count;
+      spell.last_time = time;
     }
   }
-  ++last_.number;
-  last_.time = time;
-  last_.readings = std::move(readings);
+}
+
+void ReportDocument::add(double time, const Readings& readings,
+                         const std::vector<uint32_t>& fresh) {
+  std::vector<std::pair<uint32_t, double>> numbers;
+  for (const uint32_t id : fresh) {
+    const Reading& reading = readings.at(id);
+    readings_[id] = reading;
+    const auto number = reading.number();
+    const bool good = reading.state == Reading::State::good && number && std::isfinite(*number);
+    numbers.emplace_back(id, good ? *number : std::numeric_limits<double>::quiet_NaN());
+    note(failures_, id, reading.state == Reading::State::failed, reading.status);
+    note(leaves_, id, good && out_of_range(*items_.at(id), reading), 0);
+  }
+  samples_.add(time, numbers);
+  count(failures_, time);
+  count(leaves_, time);
+  ++sweeps_;
+  last_time_ = time;
+}
+
+void ReportDocument::add(double time, const Readings& readings) {
+  std::vector<uint32_t> all;
+  std::transform(readings.begin(), readings.end(), std::back_inserter(all),
+                 [](const auto& entry) { return entry.first; });
+  add(time, readings, all);
+}
+
+JsonPtr ReportDocument::entry_of(const Spell& spell) {
+  JsonPtr entry = own(json_object());
+  put(entry, "count", own(json_integer(static_cast<json_int_t>(spell.count))));
+  put(entry, "last", own(json_real(spell.last_time)));
+  return entry;
 }
 
 JsonPtr ReportDocument::failures() const {
   JsonPtr object = own(json_object());
-  for (const auto& [id, failure] : failures_) {
-    JsonPtr entry = own(json_object());
-    put(entry, "count", own(json_integer(static_cast<json_int_t>(failure.count))));
-    put(entry, "last", own(json_real(failure.last_time)));
-    put(entry, "failure", json_text(read_failure(failure.last_status)));
-    put_status(entry, failure.last_status);
+  for (const auto& [id, spell] : failures_) {
+    JsonPtr entry = entry_of(spell);
+    put(entry, "failure", json_text(read_failure(spell.last_status)));
+    put_status(entry, spell.last_status);
     put(object, id_text(id).c_str(), std::move(entry));
+  }
+  return object;
+}
+
+JsonPtr ReportDocument::leaves() const {
+  JsonPtr object = own(json_object());
+  for (const auto& [id, spell] : leaves_) {
+    put(object, id_text(id).c_str(), entry_of(spell));
   }
   return object;
 }
 
 std::string ReportDocument::json(const Heading& heading) const {
   kova_page::SweepState state;
-  state.number = last_.number;
+  kova_page::Snapshot last;
+  last.list = list_;
+  last.readings = readings_;
+  state.number = sweeps_;
   state.list = list_->number;
-  state.time = last_.time;
+  state.time = last_time_;
   state.age = 0;
   state.interval = heading.interval;
   state.up = true;
@@ -66,12 +110,13 @@ std::string ReportDocument::json(const Heading& heading) const {
   put(head, "made", own(json_real(heading.made)));
   put(head, "source", json_text(heading.source));
   put(head, "failures", failures());
+  put(head, "outside", leaves());
   std::string text = json_document(head.get(), JsonLayout::one_line);
   text.resize(text.rfind('}'));
   return text + R"(,"items":)" +
-         kova_page::items_document(heading.machine, kova_page::items_text(last_, list_->items),
+         kova_page::items_document(heading.machine, kova_page::items_text(last, list_->items),
                                    state) +
-         R"(,"history":)" + kova_page::history_document(extract_, state) + "}";
+         R"(,"history":)" + kova_page::history_document(samples_.extract(), state) + "}";
 }
 
 }  // namespace kovactl

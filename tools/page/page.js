@@ -56,7 +56,7 @@ class Page {
 
   // Nobody is there to choose: what went wrong is plotted, or else what moved.
   takeReport(recent) {
-    this.attention.recall(this.source.report, recent, this.list.items);
+    this.attention.recall(this.source.report, this.list.items);
     if (this.chart.items.size === 0) {
       const wrong = [...this.attention.past.keys()].filter(
         ({id}) => recent.series[id]?.some((value) => value !== null));
@@ -274,19 +274,21 @@ class Attention {
     this.past = new Map();     // item -> what was wrong with it in the course of a report
   }
 
-  recall(report, {times, series}, items) {
+  // Lines may be thinned out; what was wrong is counted over all sweeps.
+  recall(report, items) {
     this.past.clear();
+    const sweeps = report.items.sweep.number;
     for (const item of items.values()) {
       const failures = report.failures[item.id];
-      const outside = (series[item.id] ?? []).filter(
-        (value) => value !== null && (value < item.min || value > item.max)).length;
+      const outside = report.outside[item.id];
       const texts = [];
       if (failures !== undefined) {
-        texts.push(`failed in ${failures.count} of ${times.length} sweeps, last at ` +
+        texts.push(`failed in ${failures.count} of ${sweeps} sweeps, last at ` +
                    `${clock(failures.last)}: ${failureText(failures)}`);
       }
-      if (outside > 0) {
-        texts.push(`outside its range in ${outside} of ${times.length} sweeps`);
+      if (outside !== undefined) {
+        texts.push(`outside its range in ${outside.count} of ${sweeps} sweeps, last at ` +
+                   `${clock(outside.last)}`);
       }
       if (texts.length > 0) {
         this.past.set(item, texts.join("; "));

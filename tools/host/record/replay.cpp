@@ -5,6 +5,9 @@
 #include <fmt/format.h>
 
 #include <ctime>
+#include <map>
+#include <string_view>
+#include <utility>
 
 #include "tools/host/session/locations.h"
 #include "tools/host/system/errors.h"
@@ -15,11 +18,22 @@
 namespace kova_host {
 namespace {
 
-std::string note_of(const std::string& file) {
-  json_error_t error;
-  const JsonPtr description(json_load_file(file.c_str(), 0, &error));
-  const char* note = json_string_value(json_object_get(description.get(), "note"));
+std::string note_of(const json_t* description) {
+  const char* note = json_string_value(json_object_get(description, "note"));
   return note == nullptr ? "" : note;
+}
+
+// As the recorder writes it, with nothing put to it.
+bool has_only_a_trace(json_t* description) {
+  const char* key = nullptr;
+  json_t* value = nullptr;
+  json_object_foreach(description, key, value) {
+    const std::string_view name = key;
+    if (name != "note" && name != "trace") {
+      return false;
+    }
+  }
+  return true;
 }
 
 // The recorder's note begins so.
@@ -46,9 +60,35 @@ Replay::Replay(const HostOptions& options) {
         fmt::format("'{}' is no recording; --simulate reads from other machine descriptions",
                     file));
   }
-  note_ = note_of(file);
+  tell_moments_ =
+      simulator.entry<void(void (*)(void*, uint32_t, uint64_t), void*)>("KovaSimulatorTellMoments");
+  json_error_t error;
+  const JsonPtr description(json_load_file(file.c_str(), 0, &error));
+  note_ = note_of(description.get());
+  is_pure_ = has_only_a_trace(description.get());
   begin_ = recorded_at(note_);
   set_time_(0);
+}
+
+std::vector<Replay::Moment> Replay::moments() const {
+  struct Collected {
+    const int64_t length;
+    std::map<int64_t, std::vector<uint32_t>> codes;
+  } collected{length_.count(), {}};
+  tell_moments_(
+      [](void* context, uint32_t code, uint64_t milliseconds) {
+        auto& [length, codes] = *static_cast<Collected*>(context);
+        // What is answered from the very end on is no part of it.
+        if (const auto time = static_cast<int64_t>(milliseconds); time >= 0 && time < length) {
+          codes[time].push_back(code);
+        }
+      },
+      &collected);
+  std::vector<Moment> result;
+  for (auto& [time, codes] : collected.codes) {
+    result.push_back({std::chrono::milliseconds(time), std::move(codes)});
+  }
+  return result;
 }
 
 void Replay::set_time(std::chrono::milliseconds time) const {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tools/host/session/session.h"
 
@@ -27,10 +28,24 @@ class Replay {
 
   void set_time(std::chrono::milliseconds time) const;
 
+  // A time at which codes are answered anew.
+  struct Moment {
+    std::chrono::milliseconds time{0};
+    std::vector<uint32_t> codes;
+  };
+
+  // Within the recording, in order of time.
+  std::vector<Moment> moments() const;
+
+  // True if nothing moves but at those moments: the file holds what was recorded, and no more.
+  bool is_pure() const { return is_pure_; }
+
  private:
   void (*set_time_)(uint64_t) = nullptr;
+  void (*tell_moments_)(void (*)(void*, uint32_t, uint64_t), void*) = nullptr;
   std::chrono::milliseconds length_{0};
   std::string note_;
+  bool is_pure_ = false;
   double begin_ = 0;
 };
 
