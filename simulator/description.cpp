@@ -1,11 +1,8 @@
 // Reads machine descriptions: the file as a whole, what it builds on, and its checks.
 #include "simulator/description.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <set>
+#include <iterator>
 
 #include "simulator/item_parser.h"
 #include "simulator/json_node.h"
@@ -46,26 +43,27 @@ void check_size(const Items& items, const Node& node) {
 
 // Codes inside a copied run that the copied item refers to move with the run.
 Item moved_item(Item item, const CodeRun& source, std::uint32_t target) {
-  const auto move = [&](std::uint32_t& code) {
-    if (source.contains(code)) {
-      code = target + (code - source.first);
-    }
-  };
   if (item.write) {
-    for (std::uint32_t& code : item.write->changes) {
-      move(code);
-    }
-    for (auto* limit : {&item.write->min, &item.write->max}) {
-      if (*limit && std::holds_alternative<CodeReference>(**limit)) {
-        move(std::get<CodeReference>(**limit).code);
+    move_codes(*item.write, [&](std::uint32_t& code) {
+      if (source.contains(code)) {
+        code = target + (code - source.first);
       }
-    }
+    });
   }
   return item;
 }
 
+std::size_t memory_of(const Item& item) {
+  return CODE_MEMORY + (item.write ? item.write->changes.size() * sizeof(std::uint32_t) : 0);
+}
+
 // All copies are taken from the machine as it was before the first of them.
 void read_copies(Items& items, const Node& copies) {
+  std::size_t taken = 0;
+  for (const auto& [code, item] : items) {
+    taken += memory_of(item);
+  }
+  copies.charge(taken);
   const Items before = items;
   copies.each_member([&](const std::string& key, const Node& node) {
     const auto target = parse_hex(key);
@@ -79,19 +77,59 @@ void read_copies(Items& items, const Node& copies) {
       node.refuse("none of these codes is described by the base");
     }
     for (; at != end; ++at) {
+      node.charge(memory_of(at->second));
       items[*target + (at->first - source.first)] = moved_item(at->second, source, *target);
     }
     check_size(items, copies);
   });
+  copies.budget().give_back(taken);
 }
 
-// The entry at each place of a run: one for all, or one array element each.
-void read_run(Items& items, std::set<std::uint32_t>& seen, const std::string& key,
-              const Node& node) {
+// The runs that a file describes: however long they are, each takes the same room.
+class SeenCodes {
+ public:
+  // The first code of the run that was in one before.
+  std::optional<std::uint32_t> add(const CodeRun& run) {
+    const auto after = last_by_first_.upper_bound(run.first);
+    if (after != last_by_first_.begin() && std::prev(after)->second >= run.first) {
+      return run.first;
+    }
+    if (after != last_by_first_.end() && after->first <= run.last) {
+      return after->first;
+    }
+    last_by_first_.emplace(run.first, run.last);
+    return std::nullopt;
+  }
+
+ private:
+  std::map<std::uint32_t, std::uint32_t> last_by_first_;
+};
+
+void apply(Items& items, std::uint32_t code, const Entry& entry, std::uint32_t index,
+           const Node& node) {
+  const auto [place, is_new] = items.try_emplace(code);
+  node.charge((is_new ? CODE_MEMORY : 0) + entry.memory());
+  entry.apply(place->second, index);
+}
+
+// A run whose codes have an array element each.
+void read_each(Items& items, const CodeRun& run, const Node& node) {
+  for (std::uint32_t i = 0; i < run.size(); ++i) {
+    const std::uint32_t code = run.first + i;
+    const Node element = node.element(i);
+    if (element.is_null()) {
+      items.erase(code);
+    } else {
+      apply(items, code, read_entry(element, {code, code}), 0, element);
+    }
+  }
+}
+
+void read_run(Items& items, SeenCodes& seen, const std::string& key, const Node& node) {
+  constexpr std::size_t RUN_MEMORY = 48;
   CodeRun run = parse_run(key, node);
-  const std::vector<Node> elements = node.elements();
   if (node.is_array()) {
-    const std::size_t count = elements.size();
+    const std::size_t count = node.size();
     if (run.size() == 1 && count > 0 && count <= MAX_RUN && run.first <= UINT32_MAX - (count - 1)) {
       run.last = run.first + static_cast<std::uint32_t>(count - 1);
     }
@@ -99,51 +137,51 @@ void read_run(Items& items, std::set<std::uint32_t>& seen, const std::string& ke
       node.refuse(std::to_string(run.size()) + " codes, but " + std::to_string(count) + " entries");
     }
   }
-  for (std::uint32_t i = 0; i < run.size(); ++i) {
-    const std::uint32_t code = run.first + i;
-    const Node& entry = node.is_array() ? elements[i] : node;
-    if (!seen.insert(code).second) {
-      node.refuse(format_hex(code) + " is described twice in this file");
-    }
-    if (entry.is_null()) {
-      items.erase(code);
-    } else if (node.is_array()) {
-      apply_entry(items[code], entry, {.code = code});
-    } else {
-      apply_entry(items[code], entry, {.code = code, .index = i, .count = run.size()});
+  node.charge(RUN_MEMORY);
+  if (const auto twice = seen.add(run)) {
+    node.refuse(format_hex(*twice) + " is described twice in this file");
+  }
+  if (node.is_array()) {
+    read_each(items, run, node);
+  } else if (node.is_null()) {
+    items.erase(items.lower_bound(run.first), items.upper_bound(run.last));
+  } else {
+    const Entry entry = read_entry(node, run);
+    for (std::uint32_t i = 0; i < run.size(); ++i) {
+      apply(items, run.first + i, entry, i, node);
     }
   }
   check_size(items, node);
 }
 
 void read_codes(Items& items, const Node& codes) {
-  std::set<std::uint32_t> seen;
+  SeenCodes seen;
   codes.each_member(
       [&](const std::string& key, const Node& node) { read_run(items, seen, key, node); });
 }
 
-MachineDescription read_machine(const std::string& text, const std::string& file,
-                                const FileReader& reader, int depth);
+MachineDescription read_machine(std::string text, const std::string& file, const FileReader& reader,
+                                Budget& budget, int depth);
 
 MachineDescription read_base(const Node& node, const std::string& file, const FileReader& reader,
                              int depth) {
   const std::string name = node.text();
   if (name == BUILTIN_NAME) {
-    return read_machine(builtin_machine_text(), BUILTIN_NAME, reader, depth + 1);
+    return read_machine(builtin_machine_text(), BUILTIN_NAME, reader, node.budget(), depth + 1);
   }
   if (depth >= MAX_DEPTH) {
     node.refuse("more than " + std::to_string(MAX_DEPTH) + " descriptions build on each other");
   }
   // Relative to the file that names it, so that a folder of descriptions can be moved.
   const std::string path = std::filesystem::path(file).parent_path() / name;
-  return read_machine(reader(path), path, reader, depth + 1);
+  return read_machine(reader(path), path, reader, node.budget(), depth + 1);
 }
 
 // Base, copies, recording, codes: each step may change what the ones before have described,
 // whatever the order of the keys in the file.
-MachineDescription read_machine(const std::string& text, const std::string& file,
-                                const FileReader& reader, int depth) {
-  const JsonSource source = JsonSource::parse(text, file);
+MachineDescription read_machine(std::string text, const std::string& file, const FileReader& reader,
+                                Budget& budget, int depth) {
+  const JsonSource source(std::move(text), file, budget);
   std::optional<Node> base;
   std::optional<Node> clock;
   std::optional<Node> bus;
@@ -223,7 +261,8 @@ std::string one_line(std::string text) {
 ParseResult parse_checked(const std::function<std::string()>& text, const std::string& file,
                           const FileReader& reader) {
   try {
-    MachineDescription machine = read_machine(text(), file, reader, 0);
+    Budget budget;
+    MachineDescription machine = read_machine(text(), file, reader, budget, 0);
     check_references(machine.items, file);
     return {std::move(machine), {}};
   } catch (const DescriptionError& error) {
@@ -232,30 +271,6 @@ ParseResult parse_checked(const std::function<std::string()>& text, const std::s
 }
 
 }  // namespace
-
-std::string read_file(const std::string& path) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
-                                                             std::fclose);
-  // The errno names are the same in every language.
-  const auto fail = [&path](const std::string& reason) {
-    throw DescriptionError(path + ": cannot be read (" + reason + ")");
-  };
-  if (!file) {
-    fail(strerrorname_np(errno));
-  }
-  std::string text;
-  char buffer[65536];
-  while (const std::size_t size = std::fread(buffer, 1, sizeof buffer, file.get())) {
-    text.append(buffer, size);
-    if (text.size() > MAX_FILE_SIZE) {
-      fail("larger than 16 MiB");
-    }
-  }
-  if (std::ferror(file.get()) != 0) {
-    fail(strerrorname_np(errno));
-  }
-  return text;
-}
 
 ParseResult parse_description(const std::string& text, const std::string& file,
                               const FileReader& reader) {

@@ -25,6 +25,14 @@ inline constexpr std::uint64_t MAX_RUN = 4096;
 inline constexpr std::uint64_t MAX_CODES = 65536;
 inline constexpr std::size_t MAX_FILE_SIZE = std::size_t{16} << 20;
 
+/// What reading a description may take in all, in bytes: its text and the texts that it builds on,
+/// their values, and what the machine keeps, by these counts. The recording stand-in ends a
+/// recording that would not fit.
+inline constexpr std::size_t MAX_MEMORY = std::size_t{64} << 20;
+inline constexpr std::size_t CODE_MEMORY = 384;   // a code, and the calls for it
+inline constexpr std::size_t TRACE_MEMORY = 320;  // the traces of a code
+inline constexpr std::size_t ANSWER_MEMORY = 40;  // an answer in them, at a moment of its own
+
 /// "0x" and one to eight hexadecimal digits.
 std::optional<std::uint32_t> parse_hex(std::string_view text);
 

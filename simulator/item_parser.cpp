@@ -89,63 +89,61 @@ Noise read_noise(const Node& node) {
 }
 
 // The four characters that stand at one place of a text, the first in the top byte.
-Stored text_word(const std::string& text, char pad, const Place& place) {
+Stored text_word(const Entry::Text& text, std::uint32_t index) {
   Stored stored;
   for (std::size_t i = 0; i < 4; ++i) {
-    const std::size_t at = std::size_t{place.index} * 4 + i;
-    const char character = at < text.size() ? text[at] : pad;
+    const std::size_t at = std::size_t{index} * 4 + i;
+    const char character = at < text.text.size() ? text.text[at] : text.pad;
     stored.word = stored.word << 8 | static_cast<unsigned char>(character);
   }
   return stored;
 }
 
-Stored read_text(const Node& node, char pad, const Place& place) {
-  const std::string text = node.text();
-  if (text.size() > place.count * 4) {
-    node.refuse(std::to_string(text.size()) + " bytes do not fit " + std::to_string(place.count) +
+std::string read_text(const Node& node, const CodeRun& run) {
+  std::string text = node.text();
+  if (text.size() > run.size() * 4) {
+    node.refuse(std::to_string(text.size()) + " bytes do not fit " + std::to_string(run.size()) +
                 " codes of four");
   }
-  return text_word(text, pad, place);
+  return text;
 }
 
-// A code that an entry names moves on with the place in the run.
-std::uint32_t moved_code(const Node& node, const Place& place) {
+// A code that an entry names for the first place of its run; it moves on with the place.
+std::uint32_t first_code(const Node& node, const CodeRun& run) {
   const std::uint32_t code = node.code();
-  if (code > UINT32_MAX - place.index) {
+  if (code > UINT32_MAX - (run.size() - 1)) {
     node.refuse("the run leaves the range of device codes");
   }
-  return code + place.index;
+  return code;
 }
 
-std::vector<std::uint32_t> read_changes(const Node& node, const Place& place) {
+std::vector<std::uint32_t> read_changes(const Node& node, const CodeRun& run) {
   if (!node.is_array()) {
-    return {moved_code(node, place)};
+    return {first_code(node, run)};
   }
   constexpr std::size_t MAX_CHANGES = 64;
   std::vector<std::uint32_t> codes;
-  if (node.elements().size() > MAX_CHANGES) {
+  if (node.size() > MAX_CHANGES) {
     node.refuse("a write changes at most " + std::to_string(MAX_CHANGES) + " codes");
   }
-  for (const Node& element : node.elements()) {
-    codes.push_back(moved_code(element, place));
-  }
+  node.each_element([&](const Node& element) { codes.push_back(first_code(element, run)); });
   return codes;
 }
 
-Limit read_limit(const Node& node, const Place& place) {
+Limit read_limit(const Node& node, const CodeRun& run) {
   if (!node.is_object()) {
     return node.word();
   }
   std::optional<std::uint32_t> code;
-  node.members({{"code", [&](const Node& n) { code = moved_code(n, place); }}});
+  node.members({{"code", [&](const Node& n) { code = first_code(n, run); }}});
   return CodeReference{required(code, "code", node)};
 }
 
-std::optional<WriteRule> read_write(const Node& node, const Place& place) {
+std::optional<WriteRule> read_write(const Node& node, const CodeRun& run) {
   if (node.is_null()) {
     return std::nullopt;
   }
-  WriteRule rule{.changes = {place.code},
+  WriteRule rule{.changes = {run.first},
                  .min = std::nullopt,
                  .max = std::nullopt,
                  .refused = SIM_STATUS_OUT_OF_LIMITS};
@@ -155,9 +153,9 @@ std::optional<WriteRule> read_write(const Node& node, const Place& place) {
   if (!node.is_object()) {
     node.refuse("expected true, an object or null");
   }
-  node.members({{"changes", [&](const Node& n) { rule.changes = read_changes(n, place); }},
-                {"min", [&](const Node& n) { rule.min = read_limit(n, place); }},
-                {"max", [&](const Node& n) { rule.max = read_limit(n, place); }},
+  node.members({{"changes", [&](const Node& n) { rule.changes = read_changes(n, run); }},
+                {"min", [&](const Node& n) { rule.min = read_limit(n, run); }},
+                {"max", [&](const Node& n) { rule.max = read_limit(n, run); }},
                 {"refused", [&](const Node& n) { rule.refused = n.status(); }}});
   const auto* min = rule.min ? std::get_if<std::int64_t>(&*rule.min) : nullptr;
   const auto* max = rule.max ? std::get_if<std::int64_t>(&*rule.max) : nullptr;
@@ -167,35 +165,37 @@ std::optional<WriteRule> read_write(const Node& node, const Place& place) {
   return rule;
 }
 
-void apply_object(Item& item, const Node& entry, const Place& place) {
+Entry read_object(const Node& node, const CodeRun& run) {
+  Entry entry;
   std::vector<ValueSource> sources;
   std::optional<Node> text;
   std::optional<Node> pad;
-  entry.members({{"note", [](const Node& n) { n.text(); }},
-                 {"value", [&](const Node& n) { sources.emplace_back(Stored{to_word(n.word())}); }},
-                 {"text", [&](const Node& n) { text = n; }},
-                 {"pad", [&](const Node& n) { pad = n; }},
-                 {"ramp", [&](const Node& n) { sources.emplace_back(read_ramp(n)); }},
-                 {"sine", [&](const Node& n) { sources.emplace_back(read_sine(n)); }},
-                 {"noise", [&](const Node& n) { sources.emplace_back(read_noise(n)); }},
-                 {"trace", [&](const Node& n) { sources.emplace_back(read_trace(n)); }},
-                 {"write", [&](const Node& n) { item.write = read_write(n, place); }},
-                 {"fail_read", [&](const Node& n) { item.fail_read = read_failure(n, true); }},
-                 {"fail_write", [&](const Node& n) { item.fail_write = read_failure(n, false); }},
-                 {"delay_us", [&](const Node& n) { item.delay_us = read_delay_us(n); }}});
+  node.members({{"note", [](const Node& n) { n.text(); }},
+                {"value", [&](const Node& n) { sources.emplace_back(Stored{to_word(n.word())}); }},
+                {"text", [&](const Node& n) { text = n; }},
+                {"pad", [&](const Node& n) { pad = n; }},
+                {"ramp", [&](const Node& n) { sources.emplace_back(read_ramp(n)); }},
+                {"sine", [&](const Node& n) { sources.emplace_back(read_sine(n)); }},
+                {"noise", [&](const Node& n) { sources.emplace_back(read_noise(n)); }},
+                {"trace", [&](const Node& n) { sources.emplace_back(read_trace(n)); }},
+                {"write", [&](const Node& n) { entry.write = read_write(n, run); }},
+                {"fail_read", [&](const Node& n) { entry.fail_read = read_failure(n, true); }},
+                {"fail_write", [&](const Node& n) { entry.fail_write = read_failure(n, false); }},
+                {"delay_us", [&](const Node& n) { entry.delay_us = read_delay_us(n); }}});
   if (pad && !text) {
     pad->refuse("there is no \"text\" to pad");
   }
   if (text) {
     const bool nul = pad && pad->choice({"space", "nul"}) == 1;
-    sources.emplace_back(read_text(*text, nul ? '\0' : ' ', place));
+    entry.text = Entry::Text{.text = read_text(*text, run), .pad = nul ? '\0' : ' '};
   }
-  if (sources.size() > 1) {
-    entry.refuse("more than one of value, text, ramp, sine, noise and trace");
+  if (sources.size() + (text ? 1 : 0) > 1) {
+    node.refuse("more than one of value, text, ramp, sine, noise and trace");
   }
   if (!sources.empty()) {
-    item.value = sources.front();
+    entry.value = sources.front();
   }
+  return entry;
 }
 
 }  // namespace
@@ -211,14 +211,37 @@ CodeRun parse_run(const std::string& text, const Node& node) {
   return *run;
 }
 
-void apply_entry(Item& item, const Node& entry, const Place& place) {
-  if (entry.is_word()) {
-    item.value = Stored{to_word(entry.word())};
-  } else if (entry.is_object()) {
-    apply_object(item, entry, place);
-  } else {
-    entry.refuse("expected a number, a \"0x...\" string, an object, null, or one array for a run");
+Entry read_entry(const Node& node, const CodeRun& run) {
+  if (node.is_object()) {
+    return read_object(node, run);
   }
+  if (!node.is_word()) {
+    node.refuse("expected a number, a \"0x...\" string, an object, null, or one array for a run");
+  }
+  Entry entry;
+  entry.value = Stored{to_word(node.word())};
+  return entry;
+}
+
+void Entry::apply(Item& item, std::uint32_t index) const {
+  if (text) {
+    item.value = text_word(*text, index);
+  } else if (value) {
+    item.value = value;
+  }
+  if (write) {
+    item.write = *write;
+    if (item.write) {
+      move_codes(*item.write, [index](std::uint32_t& code) { code += index; });
+    }
+  }
+  item.fail_read = fail_read.value_or(item.fail_read);
+  item.fail_write = fail_write.value_or(item.fail_write);
+  item.delay_us = delay_us.value_or(item.delay_us);
+}
+
+std::size_t Entry::memory() const {
+  return write && *write ? (*write)->changes.size() * sizeof(std::uint32_t) : 0;
 }
 
 std::optional<Failure> read_failure(const Node& node, bool may_store) {

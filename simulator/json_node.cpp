@@ -6,8 +6,10 @@
 #include "simulator/value_source.h"
 
 namespace kova_sim {
-
 namespace {
+
+const std::string TOO_LARGE = "with this the description takes more than " +
+                              std::to_string(MAX_MEMORY >> 20U) + " MiB of memory";
 
 // The way from the whole file to a value: its keys as the user is shown them, and how many keys
 // and values begin before it in the text.
@@ -82,25 +84,105 @@ std::size_t line_of_token(const std::string& text, std::size_t tokens_before) {
 
 }  // namespace
 
-JsonSource JsonSource::parse(std::string text, std::string file) {
-  json_error_t error;
-  JsonOwner json(
-      json_loadb(text.data(), text.size(), JSON_REJECT_DUPLICATES | JSON_ALLOW_NUL, &error));
-  if (!json) {
-    throw DescriptionError(file + ":" + std::to_string(error.line) + ":" +
-                           std::to_string(error.column) + ": " + error.text);
+JsonSource::JsonSource(std::string text, std::string file, Budget& budget)
+    : file_(std::move(file)), text_(std::move(text)), budget_(budget) {
+  cut_moments();
+  parse(0);
+  const json_t* trace = cut_.exists() ? json_object_get(json_.get(), "trace") : nullptr;
+  moments_ = json_is_array(trace) ? trace : json_object_get(trace, "moments");
+}
+
+JsonSource::JsonSource(std::string text, const JsonSource& whole, Origin origin)
+    : file_(whole.file_),
+      text_(std::move(text)),
+      budget_(whole.budget_),
+      origin_(std::move(origin)) {
+  parse(JSON_DECODE_ANY);
+}
+
+// Of the moments only the line breaks stay, so that what follows is found in its line.
+void JsonSource::cut_moments() {
+  cut_ = find_moments(text_);
+  if (!cut_.exists()) {
+    return;
   }
-  return {std::move(file), std::move(text), std::move(json)};
+  whole_ = std::move(text_);
+  text_ = whole_.substr(0, cut_.begin);
+  text_.append(static_cast<std::size_t>(
+                   std::count(whole_.begin() + static_cast<std::ptrdiff_t>(cut_.begin),
+                              whole_.begin() + static_cast<std::ptrdiff_t>(cut_.end), '\n')),
+               '\n');
+  text_.append(whole_, cut_.end);
+}
+
+void JsonSource::parse(std::size_t more_flags) {
+  const std::size_t texts = text_.size() + whole_.size();
+  const ValueCost cost = cost_of_values(text_, budget_.room() - std::min(texts, budget_.room()));
+  if (!budget_.take(texts + cost.bytes)) {
+    refuse_size(cost.looked_at);
+  }
+  taken_ = texts + cost.bytes;
+  json_error_t error;
+  json_.reset(json_loadb(text_.data(), text_.size(),
+                         JSON_REJECT_DUPLICATES | JSON_ALLOW_NUL | more_flags, &error));
+  if (!json_) {
+    const auto line = static_cast<std::size_t>(error.line);
+    throw DescriptionError(
+        file_ + ":" + std::to_string(origin_.line + line - 1) + ":" +
+        std::to_string(error.column + (line == 1 ? static_cast<int>(origin_.column) : 0)) + ": " +
+        error.text);
+  }
+}
+
+// The line in which the text, or all that was taken before it, is too much.
+void JsonSource::refuse_size(std::size_t at) const {
+  const auto end = text_.begin() + static_cast<std::ptrdiff_t>(at);
+  const auto lines = static_cast<std::size_t>(std::count(text_.begin(), end, '\n'));
+  throw DescriptionError(file_ + ":" + std::to_string(origin_.line + lines) + ": " + TOO_LARGE);
+}
+
+template <typename Read>
+void JsonSource::each_moment(Read read) const {
+  const std::string_view text = std::string_view(whole_).substr(0, cut_.end);
+  if (text.find_first_not_of(" \t\r\n", cut_.begin) == std::string_view::npos) {
+    return;
+  }
+  Origin origin;
+  const auto advance = [&origin](std::string_view passed) {
+    const std::size_t last_break = passed.rfind('\n');
+    origin.line += static_cast<std::size_t>(std::count(passed.begin(), passed.end(), '\n'));
+    origin.column = last_break == std::string_view::npos ? origin.column + passed.size()
+                                                         : passed.size() - last_break - 1;
+  };
+  advance(text.substr(0, cut_.begin));
+  const std::string array =
+      json_is_object(json_object_get(json_.get(), "trace")) ? "trace.moments[" : "trace[";
+  std::size_t begin = cut_.begin;
+  for (std::size_t index = 0; begin <= text.size(); ++index) {
+    const std::size_t end = end_of_element(text, begin);
+    const std::string_view element = text.substr(begin, end - begin);
+    origin.path = array + std::to_string(index) + "]";
+    const JsonSource source(std::string(element), *this, origin);
+    read(Node(source));
+    advance(text.substr(begin, end + 1 - begin));
+    begin = end + 1;
+  }
 }
 
 void Node::refuse(const std::string& reason) const {
-  ValuePlace place;
+  ValuePlace place{.path = source_->origin_.path};
   if (container_ != nullptr) {
-    find_value(source_->json.get(), container_, index_, place);
+    find_value(source_->json_.get(), container_, index_, place);
   }
-  throw DescriptionError(source_->file + ":" +
-                         std::to_string(line_of_token(source_->text, place.tokens)) + ": " +
+  const std::size_t line = source_->origin_.line + line_of_token(source_->text_, place.tokens) - 1;
+  throw DescriptionError(source_->file_ + ":" + std::to_string(line) + ": " +
                          (place.path.empty() ? "" : place.path + ": ") + reason);
+}
+
+void Node::charge(std::size_t bytes) const {
+  if (!source_->budget_.take(bytes)) {
+    refuse(TOO_LARGE);
+  }
 }
 
 std::int64_t Node::integer(std::int64_t min, std::int64_t max) const {
@@ -188,12 +270,14 @@ void Node::members(const std::vector<Member>& known) const {
   });
 }
 
-std::vector<Node> Node::elements() const {
-  std::vector<Node> elements;
-  for (std::size_t i = 0; i < json_array_size(json_); ++i) {
-    elements.push_back(Node(json_array_get(json_, i), source_, json_, i));
+void Node::each_element(const std::function<void(const Node&)>& read) const {
+  if (json_ != nullptr && json_ == source_->moments_) {
+    source_->each_moment(read);
+    return;
   }
-  return elements;
+  for (std::size_t i = 0; i < size(); ++i) {
+    read(element(i));
+  }
 }
 
 }  // namespace kova_sim

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "simulator/device_code.h"
+#include "simulator/json_outline.h"
 
 namespace kova_sim {
 
@@ -28,14 +29,61 @@ struct JsonRelease {
 };
 using JsonOwner = std::unique_ptr<json_t, JsonRelease>;
 
-/// A parsed file and its text, in which faults are looked up.
-struct JsonSource {
-  std::string file;
-  std::string text;
-  JsonOwner json;
+/// What the reading of a description may still take: its texts, their values, the machine that they
+/// make. One for all files that build on each other.
+class Budget {
+ public:
+  std::size_t room() const { return room_; }
+  bool take(std::size_t bytes) {
+    const bool fits = bytes <= room_;
+    room_ -= fits ? bytes : 0;
+    return fits;
+  }
+  void give_back(std::size_t bytes) { room_ += bytes; }
 
-  /// Throws DescriptionError, with line and column, if the text is no JSON.
-  static JsonSource parse(std::string text, std::string file);
+ private:
+  std::size_t room_ = MAX_MEMORY;
+};
+
+/// A parsed file and its text, in which faults are looked up; or an element of its moments, which
+/// are parsed one at a time, since a long recording's values would take twenty times its text.
+class JsonSource {
+ public:
+  /// Throws DescriptionError, with line and column, if the text is no JSON, or more of it than
+  /// the budget has room for. What it takes is given back in the end.
+  JsonSource(std::string text, std::string file, Budget& budget);
+  ~JsonSource() { budget_.give_back(taken_); }
+  JsonSource(const JsonSource&) = delete;
+  JsonSource& operator=(const JsonSource&) = delete;
+
+ private:
+  friend class Node;
+
+  // Where a text begins: in its file, and below which keys.
+  struct Origin {
+    std::string path;
+    std::size_t line = 1;
+    std::size_t column = 0;
+  };
+
+  JsonSource(std::string text, const JsonSource& whole, Origin origin);
+  void parse(std::size_t more_flags);
+  void cut_moments();
+  [[noreturn]] void refuse_size(std::size_t at) const;
+  template <typename Read>
+  void each_moment(Read read) const;
+
+  std::string file_;
+  std::string text_;
+  Budget& budget_;
+  std::size_t taken_ = 0;
+  Origin origin_;
+  JsonOwner json_;
+
+  // The text as it came, if it has moments, where they are in it, and the array without them.
+  std::string whole_;
+  TextRange cut_;
+  const json_t* moments_ = nullptr;
 };
 
 /// A value of a source, which must outlive it.
@@ -46,9 +94,13 @@ class Node {
     std::function<void(const Node&)> read;
   };
 
-  explicit Node(const JsonSource& source) : json_(source.json.get()), source_(&source) {}
+  explicit Node(const JsonSource& source) : json_(source.json_.get()), source_(&source) {}
 
   [[noreturn]] void refuse(const std::string& reason) const;
+
+  /// Takes so much of the budget for what the machine keeps of this value, or refuses it.
+  void charge(std::size_t bytes) const;
+  Budget& budget() const { return source_->budget_; }
 
   bool is_null() const { return json_is_null(json_); }
   bool is_true() const { return json_is_true(json_); }
@@ -70,7 +122,10 @@ class Node {
   void members(const std::vector<Member>& known) const;
   /// Hands every member over, whatever its key.
   void each_member(const std::function<void(const std::string&, const Node&)>& read) const;
-  std::vector<Node> elements() const;
+  /// Hands every element of an array over; none of them outlives its turn.
+  void each_element(const std::function<void(const Node&)>& read) const;
+  std::size_t size() const { return json_array_size(json_); }
+  Node element(std::size_t i) const { return {json_array_get(json_, i), source_, json_, i}; }
 
  private:
   Node(json_t* json, const JsonSource* source, const json_t* container, std::size_t index)

@@ -4,14 +4,26 @@
 #include <algorithm>
 
 namespace kova_sim {
+namespace {
+
+// Room for a quarter more at a time: a long recording nearly fills what a description may take.
+template <typename T>
+void append(std::vector<T>& all, const T& one) {
+  if (all.size() == all.capacity()) {
+    all.reserve(all.size() + all.size() / 4 + 1);
+  }
+  all.push_back(one);
+}
+
+}  // namespace
 
 bool Trace::add(std::uint64_t ms, const Answer& answer) {
   if (moments_.empty() || moments_.back().ms < ms) {
-    moments_.push_back({ms, answers_.size()});
+    append(moments_, {ms, answers_.size()});
   } else if (moments_.back().ms > ms || answers_.back().from_call >= answer.from_call) {
     return false;
   }
-  answers_.push_back(answer);
+  append(answers_, answer);
   return true;
 }
 

@@ -68,6 +68,6 @@ class Trace {
 };
 
 /// Shared, since runs and copies of codes have the same one.
-using SharedTrace = std::shared_ptr<const Trace>;
+using SharedTrace = std::shared_ptr<Trace>;
 
 }  // namespace kova_sim

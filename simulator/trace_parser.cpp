@@ -94,40 +94,48 @@ class MomentReader {
     if (!frame.moments->is_array()) {
       frame.moments->refuse("expected an array of moments");
     }
-    for (const Node& moment : frame.moments->elements()) {
-      read_moment(moment, frame);
-    }
+    frame.moments->each_element([&](const Node& moment) { read_moment(moment, frame); });
     return std::move(traces_);
   }
 
  private:
   void read_moment(const Node& moment, const Frame& frame) {
-    const std::vector<Node> parts = moment.elements();
-    if (parts.size() < 2) {
+    if (moment.size() < 2) {
       moment.refuse("a moment is an array of a time in milliseconds and what was answered");
     }
-    const auto ms = static_cast<std::uint64_t>(parts[0].integer(0, LONGEST_MS));
+    const Node time = moment.element(0);
+    const auto ms = static_cast<std::uint64_t>(time.integer(0, LONGEST_MS));
     if (ms < last_ms_) {
-      parts[0].refuse("time runs backwards: " + std::to_string(ms) + " ms after " +
-                      std::to_string(last_ms_) + " ms");
+      time.refuse("time runs backwards: " + std::to_string(ms) + " ms after " +
+                  std::to_string(last_ms_) + " ms");
     }
     if (frame.length_ms && ms >= *frame.length_ms) {
-      parts[0].refuse("at or after the end, which \"seconds\" gives");
+      time.refuse("at or after the end, which \"seconds\" gives");
     }
     last_ms_ = ms;
-    CodeTraces* traces = only_code_ ? &traces_[*only_code_] : nullptr;
-    for (std::size_t i = 1; i < parts.size(); ++i) {
-      if (!only_code_ && parts[i].is_string()) {
-        traces = &traces_[parts[i].code()];
+    CodeTraces* traces = only_code_ ? &traces_of(*only_code_, moment) : nullptr;
+    for (std::size_t i = 1; i < moment.size(); ++i) {
+      const Node part = moment.element(i);
+      if (!only_code_ && part.is_string()) {
+        traces = &traces_of(part.code(), part);
       } else if (traces == nullptr) {
-        parts[i].refuse("expected the device code that answered, such as \"0x690000\"");
+        part.refuse("expected the device code that answered, such as \"0x690000\"");
       } else {
-        add(*traces, ms, parts[i]);
+        add(*traces, ms, part);
       }
     }
   }
 
+  CodeTraces& traces_of(std::uint32_t code, const Node& node) {
+    const auto [place, is_new] = traces_.try_emplace(code);
+    if (is_new) {
+      node.charge(CODE_MEMORY + TRACE_MEMORY);
+    }
+    return place->second;
+  }
+
   void add(CodeTraces& traces, std::uint64_t ms, const Node& node) const {
+    node.charge(ANSWER_MEMORY);
     SpokenAnswer spoken = read_answer(node, !only_code_);
     Trace& trace = spoken.is_write ? traces.writes : traces.reads;
     spoken.answer.from_call = spoken.from_call.value_or(trace.next_call(ms));
@@ -141,9 +149,13 @@ class MomentReader {
   Traces traces_;
 };
 
-SharedTrace finish(Trace trace, const Frame& frame) {
+void set_end(Trace& trace, const Frame& frame) {
   trace.repeat_every(frame.wrap.value_or(false) ? *frame.length_ms : 0);
-  return std::make_shared<const Trace>(std::move(trace));
+}
+
+SharedTrace finish(Trace trace, const Frame& frame) {
+  set_end(trace, frame);
+  return std::make_shared<Trace>(std::move(trace));
 }
 
 // The traces that a base has may end in another way.
@@ -158,10 +170,10 @@ void change_ends(MachineDescription& machine, Frame frame, const Node& node) {
   for (auto& [code, item] : machine.items) {
     auto* trace = item.value ? std::get_if<SharedTrace>(&*item.value) : nullptr;
     if (trace != nullptr) {
-      *trace = finish(**trace, frame);
+      set_end(**trace, frame);
     }
     if (item.recorded_writes) {
-      item.recorded_writes = finish(*item.recorded_writes, frame);
+      set_end(*item.recorded_writes, frame);
     }
   }
 }

@@ -2,6 +2,8 @@
 // what it does with a bad description.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -116,6 +118,15 @@ TEST(SimulatorLibrary, FindsShippedMachinesByTheirNames) {
 TEST(SimulatorLibrary, AnUnreadableFileIsRefused) {
   EXPECT_STREQ(Loaded("/nowhere/m.json").error(), "/nowhere/m.json: cannot be read (ENOENT)");
   EXPECT_STREQ(Loaded("/tmp").error(), "/tmp: cannot be read (EISDIR)");
+  // Nothing is waited for, and nothing sees that it is opened.
+  const std::string fifo = testing::TempDir() + "fifo." + std::to_string(getpid());
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& file : {fifo, std::string("/dev/zero"), std::string("/proc/kmsg"),
+                                  std::string("/proc/self/status")}) {
+    const std::string reason = file + ": cannot be read (no regular file)";
+    EXPECT_EQ(Loaded(file.c_str()).error(), reason);
+  }
+  unlink(fifo.c_str());
   const std::string path = testing::TempDir() + "large_machine.json";
   std::ofstream(path).close();
   std::filesystem::resize_file(path, (16U << 20U) + 1);
