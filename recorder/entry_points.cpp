@@ -31,9 +31,24 @@ class Inside {
   Inside& operator=(const Inside&) = delete;
 };
 
+// Held while the recorder is made, by the thread that makes it.
+std::mutex making;
+thread_local bool is_making = false;
+
+// A child has only the thread that forked: whatever another one holds is waited for before. The
+// device library may fork while it is opened, by the thread that makes the recorder.
 void before_fork() {
+  if (!is_making) {
+    making.lock();
+  }
   if (Recorder* recorder = instance) {
     recorder->before_fork();
+  }
+}
+
+void end_fork() {
+  if (!is_making) {
+    making.unlock();
   }
 }
 
@@ -41,6 +56,7 @@ void after_fork_in_parent() {
   if (Recorder* recorder = instance) {
     recorder->after_fork();
   }
+  end_fork();
 }
 
 void after_fork_in_child() {
@@ -51,19 +67,21 @@ void after_fork_in_child() {
       instance = nullptr;
     }
   }
+  end_fork();
+}
+
+// When this library is loaded, since a fork may come in the middle of the first call.
+__attribute__((constructor)) void watch_forks() {
+  static_cast<void>(pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child));
 }
 
 Recorder* make_recorder() noexcept {
-  static std::mutex mutex;
-  static bool forks_are_watched = false;
-  const std::lock_guard lock(mutex);
+  const std::lock_guard lock(making);
   if (instance == nullptr) {
     const Inside inside;
-    if (!forks_are_watched) {
-      forks_are_watched =
-          pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child) == 0;
-    }
+    is_making = true;
     instance = new (std::nothrow) Recorder;
+    is_making = false;
   }
   return instance;
 }

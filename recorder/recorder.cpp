@@ -6,8 +6,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+
+#include "simulator/agent_stderr.h"
 
 namespace kova_recorder {
 namespace {
@@ -113,7 +114,7 @@ void Recorder::tell() noexcept {
 void Recorder::tell_once() {
   if (has_failed_ && !is_told_) {
     is_told_ = true;
-    std::fprintf(stderr, "libKOVADeviceRecorder: %s\n", reason());
+    kova_sim::tell_on_stderr("libKOVADeviceRecorder", reason());
   }
 }
 
@@ -217,8 +218,9 @@ bool Recorder::finish() noexcept {
     if (!lock) {
       return false;
     }
-    end("the recording is finished", false);
-    if (owner_ == getpid()) {
+    note_end("the recording is finished", false);
+    if (owner_ == getpid()) {  // or else there is nobody to wake, but what the parent's thread left
+      wake_.notify_all();
       thread.swap(thread_);
     }
   }

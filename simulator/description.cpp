@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "simulator/agent_stderr.h"
 #include "simulator/item_parser.h"
 #include "simulator/json_node.h"
 #include "simulator/trace_parser.h"
@@ -247,16 +248,6 @@ void check_references(const Items& items, const std::string& file) {
   }
 }
 
-// Keys and file names come from outside; the reason stays one printable line.
-std::string one_line(std::string text) {
-  for (char& character : text) {
-    if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F) {
-      character = ' ';
-    }
-  }
-  return text;
-}
-
 // Parses what `text` gives; an unreadable file is refused like a bad one.
 ParseResult parse_checked(const std::function<std::string()>& text, const std::string& file,
                           const FileReader& reader) {
@@ -266,7 +257,7 @@ ParseResult parse_checked(const std::function<std::string()>& text, const std::s
     check_references(machine.items, file);
     return {std::move(machine), {}};
   } catch (const DescriptionError& error) {
-    return {std::nullopt, one_line(error.what())};
+    return {std::nullopt, one_line(error.what())};  // keys and file names come from outside
   }
 }
 

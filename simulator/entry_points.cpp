@@ -1,10 +1,12 @@
 // The exported functions: the description is loaded once, calls are answered one after the other,
 // and no exception gets out.
-#include <cstdio>
+#include <pthread.h>
+
 #include <cstdlib>
 #include <mutex>
 #include <new>
 
+#include "simulator/agent_stderr.h"
 #include "simulator/description.h"
 #include "simulator/kova_device_sim.h"
 #include "simulator/shipped_machine.h"
@@ -41,6 +43,16 @@ Library& library() {
   return instance;
 }
 
+// Held by whoever loads the machine or calls it.
+std::mutex one_at_a_time;
+
+// A child that is forked while another thread has the lock would wait for ever for that thread,
+// which it has not got. The handlers go when this library is unloaded.
+__attribute__((constructor)) void watch_forks() {
+  const auto unlock = [] { one_at_a_time.unlock(); };
+  static_cast<void>(pthread_atfork([] { one_at_a_time.lock(); }, unlock, unlock));
+}
+
 // One call's hold on the machine.
 class Call {
  public:
@@ -51,7 +63,7 @@ class Call {
   Machine* machine_or_complaint() {
     if (machine() == nullptr && !library_.error_is_told) {
       library_.error_is_told = true;
-      std::fprintf(stderr, "libKOVADeviceSim: %s\n", library_.error.c_str());
+      tell_on_stderr("libKOVADeviceSim", library_.error.c_str());
     }
     return machine();
   }
@@ -63,12 +75,7 @@ class Call {
   }
 
  private:
-  static std::mutex& one_at_a_time() {
-    static std::mutex mutex;
-    return mutex;
-  }
-
-  const std::lock_guard<std::mutex> lock_{one_at_a_time()};
+  const std::lock_guard<std::mutex> lock_{one_at_a_time};
   Library& library_ = library();
 };
 

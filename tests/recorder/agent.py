@@ -1,13 +1,15 @@
 """An agent without a module: calls whatever device library is preloaded, and prints the answers.
 
 Usage: agent.py session SEED COUNT | hour | polls | fork | full | no_room | codes COUNT |
-silent | backwards | careful
+silent | backwards | careful | forks_meanwhile | stderr OWN_FILE
 """
 import ctypes
 import os
 import random
 import resource
+import signal
 import sys
+import threading
 import time
 
 DEVICE = ctypes.CDLL("/usr/lib/libKOVADevice.so", use_errno=True)  # by its SONAME
@@ -106,6 +108,28 @@ def careful():
         ctypes.set_errno(77)
         print(read(0x820000)[0], DEVICE.KovaDeviceSetValue(0x680000, 11), ctypes.get_errno())
     print(hex(DEVICE.KovaDeviceGetValue(0x820000, None) & 0xFFFFFFFF))
+
+
+def forks_meanwhile():
+    """The child calls as well, of which another thread was in the middle."""
+    caller = threading.Thread(target=read, args=(0x820000,))
+    caller.start()
+    time.sleep(0.2)
+    child = os.fork()
+    if child == 0:
+        signal.alarm(10)
+        os._exit(read(0x820001)[0] != 0)
+    print(os.waitpid(child, 0)[1])
+    caller.join()
+
+
+def stderr(own_file=None):
+    """A broken pipe ends it, as it does any agent in C."""
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)
+    if own_file:
+        os.dup2(os.open(own_file, os.O_WRONLY | os.O_CREAT), 2)
+    read(0x820000)
+    DEVICE.KovaDeviceSetValue(0x820000, 0)
 
 
 globals()[sys.argv[1]](*sys.argv[2:])

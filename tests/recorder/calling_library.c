@@ -1,6 +1,10 @@
 /* A device library that calls its own entry points: while it is loaded, and to answer code 1. It
-   leaves errno alone. */
+   leaves errno alone. With KOVA_SLOW_START it takes half a second to load, and forks then. */
+#define _DEFAULT_SOURCE
 #include <stdint.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 uint32_t KovaDeviceGetValue(uint32_t code, uint32_t* value);
 uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value);
@@ -22,4 +26,12 @@ uint32_t KovaDeviceSetValue(uint32_t code, uint32_t value) {
 
 __attribute__((constructor)) static void probe(void) {
   KovaDeviceSetValue(1, 0);
+  if (getenv("KOVA_SLOW_START") != 0) {
+    usleep(500000);
+    const pid_t child = fork();
+    if (child == 0) {
+      _exit(0);
+    }
+    waitpid(child, 0, 0);
+  }
 }

@@ -183,6 +183,43 @@ class Lasting(TestCase):
         for process, reads in zip(out.split(), (3, 5)):
             self.assertIn(f" {reads} reads, ", self.note(self.folder / f"{process}.json"))
 
+    def test_a_fork_in_the_middle_of_a_call(self):
+        slow = self.machine(bus={"delay_us": 500000})
+        opening = {"KOVA_RECORD_LIBRARY": os.environ["KOVA_CALLING_LIBRARY"],
+                   "KOVA_SLOW_START": "1"}
+        for why, preload, settings in (
+            ("the simulator's", SIMULATOR, slow),
+            ("the recorder's", RECORDER, self.recording(slow)),
+            ("the first, which opens the library", RECORDER, self.recording({}, **opening)),
+            ("a child that records too", RECORDER,
+             self.recording({}, KOVA_RECORD_FILE=f"{self.folder}/%p", **opening)),
+        ):
+            with self.subTest(why):
+                self.assertEqual(run([*AGENT, "forks_meanwhile"], preload, **settings),
+                                 (0, "0\n", ""))
+
+    def test_the_line_on_stderr_does_no_harm(self):
+        reading, broken = os.pipe()
+        os.close(reading)
+        self.addCleanup(os.close, broken)
+        own_file = self.folder / "own"
+        for preload, settings in (
+            (SIMULATOR, {"KOVA_SIM_MACHINE": "/nonexistent"}),
+            (RECORDER, self.recording(self.machine(), KOVA_RECORD_FILE="/nonexistent/r"))):
+            preload = ":".join(filter(None, (os.environ["KOVA_RUNTIMES"], preload)))
+            for command, stderr in (
+                (["exec", *AGENT, "stderr"], broken),
+                (["exec", *AGENT, "stderr", str(own_file)], subprocess.DEVNULL),
+                (["exec", *AGENT, "stderr", str(own_file), "2>&-"], None),
+            ):
+                with self.subTest(preload=preload, command=command[-2:]):
+                    done = subprocess.run(
+                        ["sh", "-c", " ".join(command)], stderr=stderr, timeout=60, check=False,
+                        env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0", **settings,
+                             "LD_PRELOAD": preload})
+                    self.assertEqual(done.returncode, 0)
+                    self.assertEqual(own_file.read_text() if own_file.exists() else "", "")
+
     def test_what_cannot_be_recorded_is_told_once(self):
         machine = self.machine()
         os.mkfifo(self.folder / "pipe")  # no device, which a fault here would replace for everybody

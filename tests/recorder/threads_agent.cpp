@@ -1,5 +1,8 @@
-// An agent whose four threads call the device library at once, 500 times each.
+// An agent whose four threads call the device library at once, 500 times each, and whose children,
+// forked meanwhile, call it too.
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdint>
@@ -35,4 +38,17 @@ int main() {
       }
     });
   }
+  int failed = 0;
+  for (int i = 0; i < 20; ++i) {
+    uint32_t word = 0;
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20);
+      _exit(read(0x200000, &word) == 0 ? 0 : 1);
+    }
+    int status = 1;
+    waitpid(child, &status, 0);
+    failed += status == 0 ? 0 : 1;
+  }
+  return failed;
 }

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -87,9 +88,9 @@ TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
   std::ofstream(path) << R"({"base": "builtin", "codes": {"0x1": {"valeu": 1}}})";
   const std::string reason = path + ":1: codes.0x1.valeu: unknown key";
   {
+    testing::internal::CaptureStderr();  // which is stderr for a library loaded from here on
     const Loaded library(path.c_str());
     std::uint32_t word = 77;
-    testing::internal::CaptureStderr();
     EXPECT_EQ(library.get(0xA00000, &word), 0xE0000005U);
     EXPECT_EQ(library.set(0x270000, 0), 0xE0000005U);
     EXPECT_EQ(word, 77U);
@@ -97,13 +98,25 @@ TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
     EXPECT_EQ(told.find("libKOVADeviceSim: " + reason), 0U) << told;
     EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
   }
-  const Loaded asked(path.c_str());
   testing::internal::CaptureStderr();
+  const Loaded asked(path.c_str());
   EXPECT_EQ(asked.recorded_time(), 0U);
   ASSERT_NE(asked.error(), nullptr);
   EXPECT_EQ(std::string(asked.error()).find(reason), 0U) << asked.error();
   EXPECT_EQ(asked.get(0xA00000, nullptr), 0xE0000005U);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(SimulatorLibrary, LeavesNothingBehindThatAForkWouldCall) {
+  std::uint32_t word = 0;
+  EXPECT_EQ(Loaded("").get(0xA00000, &word), 0U);
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(0);
+  }
+  int status = 1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 TEST(SimulatorLibrary, FindsShippedMachinesByTheirNames) {
