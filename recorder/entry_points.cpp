@@ -170,6 +170,11 @@ KOVA_RECORDER_EXPORT const char* KovaRecorderError(void) {
   return recorder == nullptr ? "out of memory" : recorder->error();
 }
 
+KOVA_RECORDER_EXPORT const char* KovaRecorderFile(void) {
+  Recorder* recorder = kova_recorder::recorder();
+  return recorder == nullptr ? nullptr : recorder->file();
+}
+
 KOVA_RECORDER_EXPORT uint32_t KovaRecorderHasLibrary(void) {
   Recorder* recorder = kova_recorder::recorder();
   return recorder != nullptr && recorder->library().get != nullptr ? 1 : 0;

@@ -2,8 +2,10 @@
  * Entry points of the recording stand-in, libKOVADeviceRecorder.so: a device library that opens
  * the real one, forwards every call to it unchanged, and writes down what it answered.
  *
- * 1. KOVA_RECORD_FILE names the file to record into; "%p" in it is the process ID, "%%" a percent
- *    sign. Without it, or when it is empty, calls are forwarded and nothing is recorded.
+ * 1. KOVA_RECORD_FILE names the file to record into. "%d" in it is the date, "%t" the time, both in
+ *    UTC and of the recording's beginning ("2026-11-21", "144328"), "%h" the name of the host, "%p"
+ *    the process ID, "%%" a percent sign. Without it, or when it is empty, calls are forwarded and
+ *    nothing is recorded.
  *    KOVA_RECORD_LIBRARY names the device library to open, with its folder; without it that is
  *    /usr/lib/libKOVADevice.so or else /usr/lib64/libKOVADevice.so.
  *    KOVA_RECORD_REDACT lists codes and runs of codes, "0xA00011..0xA00015,0xB0001C", whose words
@@ -40,6 +42,10 @@ uint32_t KovaRecorderHasLibrary(void);
  * stays until the process ends. */
 const char* KovaRecorderError(void);
 
+/* The name that the recording gets, with its folder and without percent signs; null if nothing was
+ * to be recorded. The text stays until the process ends. */
+const char* KovaRecorderFile(void);
+
 /* From now on calls are recorded at this time, in milliseconds after the start of the recording,
  * until the next call of this function. For hosts that take samples: a replay answers a sample as
  * a whole then, however long it took. Time does not run backwards: an earlier one is ignored. */
@@ -48,7 +54,7 @@ void KovaRecorderSetTime(uint64_t milliseconds);
 /* Writes what is missing, and replaces the file. Calls are forwarded on, and recorded no more. 0,
  * or 1 if there was something wrong with the recording, which KovaRecorderError() tells. Without
  * this call the file is finished when the process exits, or when a file of the same name with
- * ".stop" behind it appears. */
+ * ".stop" behind it appears that is the process's user's, root's or the folder owner's. */
 uint32_t KovaRecorderFinish(void);
 
 /* Ends the recording and leaves the file of that name as it was. */

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "recorder/file_owner.h"
 #include "simulator/agent_stderr.h"
 
 namespace kova_recorder {
@@ -25,6 +26,11 @@ constexpr std::size_t MAX_PENDING = std::size_t{1} << 19;
 
 // Room in the largest description that can be read for what closes it.
 constexpr std::uint64_t CLOSING_ROOM = 1024;
+
+// What reading the description takes beside its text and its answers.
+std::uint64_t memory_of_codes(std::size_t codes) {
+  return codes * (kova_sim::CODE_MEMORY + kova_sim::TRACE_MEMORY) + 16 * CLOSING_ROOM;
+}
 
 // Starts a thread that gets none of the host's signals.
 template <typename Work>
@@ -116,6 +122,10 @@ void Recorder::tell_once() {
     is_told_ = true;
     kova_sim::tell_on_stderr("libKOVADeviceRecorder", reason());
   }
+}
+
+const char* Recorder::file() const noexcept {
+  return settings_.file.empty() ? nullptr : settings_.file.c_str();
 }
 
 const char* Recorder::error() noexcept {
@@ -273,7 +283,7 @@ void Recorder::write_down() noexcept {
 
 void Recorder::look_for_stop_request() {
   const std::string request = settings_.file + ".stop";
-  if (access(request.c_str(), F_OK) == 0) {
+  if (is_request(request)) {
     unlink(request.c_str());
     end("the recording is finished", false);
   }
@@ -285,10 +295,16 @@ void Recorder::write_pending(Lock& lock) {
   const std::uint64_t length = length_ms();
   summary_.seconds = (settings_.step_ms ? elapsed_ms() : length) / 1000;
   const Summary summary = summary_;
+  const std::uint64_t memory = memory_of_codes(filter_.codes());
+  answers_ += calls.size();
   lock.unlock();
   const std::string moments = kova_sim::moments_text(calls);
   if (file_->size() + moments.size() + CLOSING_ROOM > kova_sim::MAX_FILE_SIZE) {
     throw RecordingError(settings_.file + ": has grown to 16 MiB");
+  }
+  if (file_->size() + moments.size() + memory + answers_ * kova_sim::ANSWER_MEMORY >
+      kova_sim::MAX_MEMORY) {
+    throw RecordingError(settings_.file + ": has as many answers as can be replayed");
   }
   file_->append(moments, length);
   written_ = summary;

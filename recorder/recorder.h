@@ -47,6 +47,9 @@ class Recorder {
   /// here, and stderr is no longer.
   const char* error() noexcept;
 
+  /// The name that the recording gets, with its folder; null if none is recorded.
+  const char* file() const noexcept;
+
   /// One line on stderr, if there is something to tell that nobody has been told.
   void tell() noexcept;
 
@@ -100,7 +103,8 @@ class Recorder {
   bool host_sets_time_ = false;
 
   std::unique_ptr<RecordingFile> file_;
-  Summary written_;  // what is in the file
+  std::uint64_t answers_ = 0;  // in the file
+  Summary written_;            // what is in the file
   Clock::time_point synced_;
   std::thread thread_;
   pid_t owner_ = -1;  // the process that has the thread

@@ -11,12 +11,16 @@
 #include <cstdio>
 #include <cstring>
 
+#include "recorder/file_owner.h"
 #include "simulator/moment_writer.h"
 
 namespace kova_recorder {
 namespace {
 
 constexpr std::size_t NOTE_ROOM = 400;
+
+// Anybody may have put anything there: no link is followed, no pipe waited for.
+constexpr int PART_FLAGS = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 std::string duration_text(std::uint64_t seconds) {
   const std::string hours = seconds < 3600 ? "" : std::to_string(seconds / 3600) + " h ";
@@ -66,32 +70,81 @@ void RecordingFile::fail(const char* what) const {
   throw RecordingError(file_ + ": " + what + " (" + strerrorname_np(errno) + ")");
 }
 
-RecordingFile::RecordingFile(std::string file, std::optional<std::uint32_t> step_ms)
-    : file_(std::move(file)), part_(file_ + ".part") {
-  struct stat status = {};
-  if (stat(file_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    throw RecordingError(file_ + ": is no ordinary file to replace");
-  }
-  const int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
-  descriptor_ = open(part_.c_str(), flags, 0666);
+void RecordingFile::create_part() {
+  descriptor_ = open(part_.c_str(), PART_FLAGS | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
   if (descriptor_ < 0) {
     fail("cannot be written");
   }
+}
+
+void RecordingFile::lock_part() {
   if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
     close(descriptor_);
     throw RecordingError(file_ +
                          ": is being recorded by another process; %p in the name makes "
                          "it one file a process");
   }
-  // What a crash has left is worth the most: it is put aside.
-  if (fstat(descriptor_, &status) == 0 && status.st_size > 0) {
-    std::rename(part_.c_str(), (file_ + ".crashed").c_str());
-    close(descriptor_);
-    descriptor_ = open(part_.c_str(), flags | O_EXCL, 0666);
-    if (descriptor_ < 0 || flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
-      fail("cannot be written");
+}
+
+// What a crash has left is worth the most: it is put aside, and none takes the place of another.
+void RecordingFile::keep_crashed() const {
+  constexpr int MAX_KEPT = 9;
+  for (int i = 1; i <= MAX_KEPT; ++i) {
+    const std::string kept = file_ + ".crashed" + (i == 1 ? "" : "-" + std::to_string(i));
+    if (renameat2(AT_FDCWD, part_.c_str(), AT_FDCWD, kept.c_str(), RENAME_NOREPLACE) == 0) {
+      return;
+    }
+    const bool is_able = errno != EINVAL && errno != ENOSYS;
+    if (!is_able && link(part_.c_str(), kept.c_str()) == 0) {
+      unlink(part_.c_str());
+      return;
+    }
+    if (errno != EEXIST) {
+      fail("what a crash has left cannot be put aside");
     }
   }
+  throw RecordingError(file_ + ": .crashed to .crashed-9 are kept already; move them away");
+}
+
+// The file under its passing name: a new one, or the caller's own that a crash has left empty.
+void RecordingFile::open_part() {
+  descriptor_ = open(part_.c_str(), PART_FLAGS);
+  if (descriptor_ < 0 && errno == ENOENT) {
+    create_part();
+    lock_part();
+    return;
+  }
+  struct stat status = {};
+  if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
+    fail("cannot be written");
+  }
+  if (!S_ISREG(status.st_mode) || status.st_uid != geteuid() || status.st_nlink > 1 ||
+      fchmod(descriptor_, S_IRUSR | S_IWUSR) != 0) {
+    close(descriptor_);
+    throw RecordingError(part_ + ": is no file of this user's own");
+  }
+  lock_part();
+  if (status.st_size > 0) {
+    const int crashed = descriptor_;
+    try {
+      keep_crashed();
+      create_part();
+    } catch (...) {
+      close(crashed);
+      throw;
+    }
+    close(crashed);
+    lock_part();
+  }
+}
+
+RecordingFile::RecordingFile(const std::string& file, std::optional<std::uint32_t> step_ms)
+    : file_(without_links(file)), part_(file_ + ".part"), mask_(current_umask()) {
+  struct stat status = {};
+  if (lstat(file_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    throw RecordingError(file_ + ": is no ordinary file to replace");
+  }
+  open_part();
   const std::string clock =
       step_ms ? "\"clock\": {\"step_ms\": " + std::to_string(*step_ms) + "},\n" : "";
   const std::string head = note_member("") + clock + "\"trace\": {\"moments\": [\n";
@@ -169,6 +222,7 @@ void RecordingFile::remove() {
 }
 
 void RecordingFile::finish() {
+  take_over_mode(descriptor_, file_, mask_);
   if (std::rename(part_.c_str(), file_.c_str()) != 0) {
     fail("cannot be replaced");
   }

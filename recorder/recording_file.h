@@ -2,6 +2,8 @@
 // and is a whole machine description at any time: a crash loses only what has not been added yet.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <ctime>
 #include <optional>
@@ -25,9 +27,10 @@ struct Summary {
 
 class RecordingFile {
  public:
-  /// Begins the file. `file` is the name that it gets in the end. Throws RecordingError if it
-  /// cannot be written there, or is being recorded by another process.
-  RecordingFile(std::string file, std::optional<std::uint32_t> step_ms);
+  /// Begins the file. `file` is the name that it gets in the end, or a link to it. Until then only
+  /// the caller can read it. Throws RecordingError if it cannot be written there, is being recorded
+  /// by another process, or a stranger has been there before.
+  RecordingFile(const std::string& file, std::optional<std::uint32_t> step_ms);
   ~RecordingFile();
   RecordingFile(const RecordingFile&) = delete;
   RecordingFile& operator=(const RecordingFile&) = delete;
@@ -42,7 +45,7 @@ class RecordingFile {
   /// On the disk, for a machine that stops dead.
   void sync();
 
-  /// Moves the file to its own name, in place of what was there.
+  /// Moves the file to its own name, in place of what was there, with that one's owner and mode.
   void finish();
 
   /// Takes it away again, and leaves alone what it was to replace.
@@ -55,12 +58,17 @@ class RecordingFile {
   void abandon();
 
  private:
+  void open_part();
+  void create_part();
+  void lock_part();
+  void keep_crashed() const;
   void write_at(std::uint64_t offset, const std::string& text);
   [[noreturn]] void fail(const char* what) const;
 
   std::string file_;
   std::string part_;
   int descriptor_ = -1;
+  mode_t mask_;  // the process's umask when the recording began
   std::uint64_t size_ = 0;
   std::string tail_;  // closes what the file has opened
   bool is_empty_ = true;

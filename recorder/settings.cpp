@@ -1,11 +1,13 @@
 // What the environment says about a recording.
 #include "recorder/settings.h"
 
+#include <limits.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <string_view>
 
@@ -17,23 +19,55 @@ std::string_view environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+std::string host_name() {
+  char name[HOST_NAME_MAX + 1] = {};
+  static_cast<void>(gethostname(name, sizeof name - 1) == 0);
+  std::string host(name);
+  for (char& character : host) {
+    if (static_cast<unsigned char>(character) <= ' ' || character == '/') {
+      character = '_';
+    }
+  }
+  return host;
+}
+
+std::string time_text(const std::tm& time, const char* format) {
+  char text[32];  // of numbers only, in whatever language
+  return {text, std::strftime(text, sizeof text, format, &time)};
+}
+
+// What a percent sign and the character behind it stand for in a name.
+std::string expanded(char kind, const std::tm& now) {
+  switch (kind) {
+    case 'd':
+      return time_text(now, "%Y-%m-%d");
+    case 't':
+      return time_text(now, "%H%M%S");
+    case 'h':
+      return host_name();
+    case 'p':
+      return std::to_string(getpid());
+    case '%':
+      return "%";
+    default:
+      throw RecordingError(
+          "KOVA_RECORD_FILE: after a percent sign comes d, the date, t, the time, h, the host, "
+          "p, the process ID, or another percent sign");
+  }
+}
+
 void set_file(Settings& settings, std::string_view pattern) {
+  const std::time_t now = std::time(nullptr);
+  std::tm time = {};
+  gmtime_r(&now, &time);
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     if (pattern[i] != '%') {
       settings.file += pattern[i];
       continue;
     }
     const char kind = ++i < pattern.size() ? pattern[i] : '\0';
-    if (kind == 'p') {
-      settings.file += std::to_string(getpid());
-      settings.file_is_by_process = true;
-    } else if (kind == '%') {
-      settings.file += '%';
-    } else {
-      throw RecordingError(
-          "KOVA_RECORD_FILE: after a percent sign comes p, the process ID, or "
-          "another percent sign");
-    }
+    settings.file += expanded(kind, time);
+    settings.file_is_by_process = settings.file_is_by_process || kind == 'p';
   }
 }
 

@@ -1,7 +1,8 @@
 """An agent without a module: calls whatever device library is preloaded, and prints the answers.
 
 Usage: agent.py session SEED COUNT | hour | polls | fork | full | no_room | codes COUNT |
-silent | backwards | careful | forks_meanwhile | stderr OWN_FILE
+silent | backwards | careful | forks_meanwhile | stderr OWN_FILE |
+file | writes COUNT
 """
 import ctypes
 import os
@@ -92,6 +93,21 @@ def codes(count):
 
 def silent():
     DEVICE.KovaRecorderError()
+
+
+def file():
+    read(0x820000)
+    DEVICE.KovaRecorderFile.restype = ctypes.c_char_p
+    print(DEVICE.KovaRecorderFile().decode())
+
+
+def writes(count):
+    """At many codes already; slow enough for the disk."""
+    codes(60000)
+    for i in range(int(count)):
+        DEVICE.KovaDeviceSetValue(0x270000, i & 1)
+        if i % 100000 == 0:
+            time.sleep(1.1)
 
 
 def backwards():

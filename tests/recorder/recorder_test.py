@@ -134,6 +134,75 @@ class Lasting(TestCase):
         self.assertEqual((self.folder / "recorded.json.crashed").read_text(), crashed)
         self.assertRegex(self.note(), r"for \d s: \d reads.*, \d writes?")
 
+    def test_each_crash_is_kept(self):
+        part = self.file.with_name("recorded.json.part")
+        names = [f"recorded.json.crashed{'' if i == 1 else f'-{i}'}" for i in range(1, 10)]
+        for name in [*names, None]:
+            part.write_text(str(name))
+            err = run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))[2]
+            if name:
+                self.assertEqual((err, (self.folder / name).read_text()), ("", name))
+        self.assertIn("are kept already; move them away", err)
+        self.assertEqual(part.read_text(), "None")
+        self.assertEqual([(self.folder / name).read_text() for name in names], names)
+
+    def test_names_hold_what_the_percent_signs_say(self):
+        host = re.escape(os.uname().nodename)
+        for pattern, name in (("%h-%d.json", host + r"-20\d\d-[01]\d-[0-3]\d\.json"),
+                              ("%t%%", r"[0-2]\d[0-5]\d[0-5]\d%"),
+                              ("%p-%p", r"(\d+)-\1"), ("plain", "plain")):
+            with self.subTest(pattern):
+                out = run([*AGENT, "file"], RECORDER, **self.recording(
+                    self.machine(), KOVA_RECORD_FILE=f"{self.folder}/{pattern}"))[1]
+                self.assertRegex(out, rf"\A{re.escape(str(self.folder))}/{name}\n\Z")
+                self.note(pathlib.Path(out[:-1]))
+
+    def test_mode_and_links_stay(self):
+        real = self.folder / "real.json"
+        self.addCleanup(os.umask, os.umask(0o027))
+        self.file.symlink_to("real.json")
+        for mode in (0o640, 0o604, 0o660):  # by the umask, then what it was
+            if real.exists():
+                real.chmod(mode)
+            run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))
+            self.assertTrue(self.file.is_symlink())
+            self.assertEqual(real.stat().st_mode & 0o777, mode)
+        self.polling()
+        self.assertEqual((self.folder / "real.json.part").stat().st_mode & 0o777, 0o600)
+
+    @unittest.skipUnless(os.geteuid() == 0, "makes files of another user's")
+    def test_a_strangers_files_count_for_nothing_in_a_shared_folder(self):
+        self.folder.chmod(0o1777)
+        part, stop, target = (self.folder / name for name in
+                              ("recorded.json.part", "recorded.json.stop", "target"))
+
+        def plant(file, make):
+            make()
+            os.chown(file, 65534, 65534, follow_symlinks=False)
+
+        for file, make, reason in (
+            (part, part.touch, "recorded.json.part: is no file of this user's own"),
+            (part, lambda: part.symlink_to(target), "cannot be written (ELOOP)"),
+            (part, lambda: os.mkfifo(part), "recorded.json.part: is no file of this user's own"),
+            (self.file, lambda: self.file.symlink_to(target), "is a link of another user's"),
+        ):
+            with self.subTest(reason):
+                plant(file, make)
+                err = run([*AGENT, "session", "1", "9"], RECORDER,
+                          **self.recording(self.machine()))[2]
+                self.assertIn(reason, err)
+                self.assertFalse(target.exists())
+            file.unlink()
+        plant(self.file, lambda: self.file.touch())
+        self.file.chmod(0o666)
+        self.polling()
+        plant(stop, stop.touch)
+        time.sleep(2.5)
+        self.assertTrue(part.exists())
+        os.chown(stop, 0, 0)
+        self.until(lambda: not stop.exists() and not part.exists())
+        self.assertEqual((self.file.stat().st_uid, self.file.stat().st_mode & 0o002), (0, 0))
+
     def test_a_file_beside_it_ends_the_recording(self):
         agent = self.polling()
         stop = self.folder / "recorded.json.stop"
@@ -228,10 +297,10 @@ class Lasting(TestCase):
         for changes, reason in (
             ({"KOVA_RECORD_FILE": "/nonexistent/r.json"}, "/nonexistent/r.json: cannot be written"),
             ({"KOVA_RECORD_FILE": str(self.folder / "pipe")}, "no ordinary file"),
-            ({"KOVA_RECORD_FILE": f"{self.folder}/%d"}, "after a percent sign comes p"),
+            ({"KOVA_RECORD_FILE": f"{self.folder}/%x"}, "after a percent sign comes d"),
             ({"KOVA_RECORD_REDACT": "0x1..x"}, "'0x1..x' is no device code"),
             ({"KOVA_RECORD_STEP_MS": "0"}, "expected 1 to 86400000"),
-            ({"KOVA_RECORD_FILE": f"{self.folder}/r%"}, "after a percent sign comes p"),
+            ({"KOVA_RECORD_FILE": f"{self.folder}/r%"}, "after a percent sign comes d"),
             ({"KOVA_RECORD_FILE": str(self.folder / "linked")}, "cannot be written (ELOOP)"),
             ({"KOVA_RECORD_REDACT": "0x1,0x3..0x2"}, "'0x3..0x2' is no device code"),
             ({"KOVA_RECORD_STEP_MS": "86400001"}, "expected 1 to 86400000"),
@@ -283,6 +352,13 @@ class Lasting(TestCase):
             self.assertIn(ending, err)
             self.assertEqual(err == "", ending == "")
             self.assertEqual("it stopped early" in self.note(), ending != "")
+
+    def test_what_is_recorded_can_be_replayed(self):
+        """Also at the end of what a description may take: 60001 codes and half a million answers."""
+        err = run([*AGENT, "writes", "600000"], RECORDER, **self.recording(self.machine()))[2]
+        self.assertIn("has as many answers as can be replayed\n", err)
+        self.assertEqual(run([*AGENT, "codes", "1"], SIMULATOR, KOVA_SIM_MACHINE=str(self.file))[2],
+                         "")
 
     def test_an_agent_notices_nothing(self):
         machine = self.machine()
