@@ -4,8 +4,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <mutex>
 #include <new>
+#include <thread>
+#include <utility>
 
 #include "recorder/kova_device_recorder.h"
 #include "recorder/recorder.h"
@@ -18,7 +21,6 @@ namespace {
 // Made by the first call, since this library is loaded into every program that the environment is
 // handed on to; and never destroyed, since calls may come when all else is.
 std::atomic<Recorder*> instance = nullptr;
-Recorder* parents_instance = nullptr;
 
 // True while the device library is at work: what it calls itself is not the host's call.
 thread_local bool is_inside = false;
@@ -34,40 +36,44 @@ class Inside {
 // Held while the recorder is made, by the thread that makes it.
 std::mutex making;
 thread_local bool is_making = false;
+Recorder* made = nullptr;  // before it is the instance
+Recorder* parents_recorder = nullptr;
+std::atomic<int> forks_under_way = 0;
 
 // A child has only the thread that forked: whatever another one holds is waited for before. The
 // device library may fork while it is opened, by the thread that makes the recorder.
 void before_fork() {
   if (!is_making) {
+    ++forks_under_way;
     making.lock();
   }
-  if (Recorder* recorder = instance) {
-    recorder->before_fork();
-  }
-}
-
-void end_fork() {
-  if (!is_making) {
-    making.unlock();
+  if (made != nullptr) {
+    made->before_fork();
   }
 }
 
 void after_fork_in_parent() {
-  if (Recorder* recorder = instance) {
-    recorder->after_fork();
+  if (made != nullptr) {
+    made->after_fork();
   }
-  end_fork();
+  if (!is_making) {
+    making.unlock();
+    --forks_under_way;
+  }
 }
 
 void after_fork_in_child() {
-  if (Recorder* recorder = instance) {
-    recorder->after_fork_in_child();
-    if (recorder->is_by_process()) {
-      parents_instance = recorder;
+  if (made != nullptr) {
+    made->after_fork_in_child();
+    if (made->is_by_process()) {
+      parents_recorder = std::exchange(made, nullptr);
       instance = nullptr;
     }
   }
-  end_fork();
+  forks_under_way = 0;
+  if (!is_making) {
+    making.unlock();
+  }
 }
 
 // When this library is loaded, since a fork may come in the middle of the first call.
@@ -75,21 +81,35 @@ __attribute__((constructor)) void watch_forks() {
   static_cast<void>(pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child));
 }
 
+// A fork that has waited for the device library to be opened passes over the handlers which that
+// has just registered for its own locks. It goes first, while nobody has called the library yet.
+void let_forks_go_first(std::unique_lock<std::mutex>& lock) {
+  while (forks_under_way > 0) {
+    lock.unlock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    lock.lock();
+  }
+}
+
 Recorder* make_recorder() noexcept {
-  const std::lock_guard lock(making);
-  if (instance == nullptr) {
+  std::unique_lock lock(making);
+  if (made == nullptr) {
     const Inside inside;
     is_making = true;
-    instance = new (std::nothrow) Recorder;
+    made = new (std::nothrow) Recorder;
     is_making = false;
+  }
+  if (instance == nullptr) {
+    let_forks_go_first(lock);
+    instance = made;
   }
   return instance;
 }
 
 // Null without memory, and for what the device library calls while it is being opened.
 Recorder* recorder() noexcept {
-  Recorder* made = instance.load(std::memory_order_acquire);
-  return made != nullptr || is_inside ? made : make_recorder();
+  Recorder* const found = instance.load(std::memory_order_acquire);
+  return found != nullptr || is_inside ? found : make_recorder();
 }
 
 // As above for a call of the agent's, in whose errno the making leaves no trace.

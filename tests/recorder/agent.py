@@ -133,7 +133,7 @@ def forks_meanwhile():
     time.sleep(0.2)
     child = os.fork()
     if child == 0:
-        signal.alarm(10)
+        signal.alarm(5)
         os._exit(read(0x820001)[0] != 0)
     print(os.waitpid(child, 0)[1])
     caller.join()

@@ -238,7 +238,7 @@ class Lasting(TestCase):
         code, _, err = run([THREADS_AGENT], RECORDER, **self.recording(self.machine()))
         self.assertEqual((code, err), (0, ""))
         counts = re.findall(r"(\d+) (?:reads|writes)", self.note())
-        self.assertEqual(sum(map(int, counts)), 2000)
+        self.assertEqual(sum(map(int, counts)), 2001)
 
     def test_children(self):
         relative = os.path.relpath(self.file)

@@ -23,6 +23,8 @@ int main() {
       reinterpret_cast<uint32_t (*)(uint32_t, uint32_t)>(dlsym(library, "KovaDeviceSetValue"));
   static constexpr std::array<uint32_t, 8> kCodes = {0x200000, 0x240001, 0x250002, 0x410000,
                                                      0x680003, 0x820001, 0xA00005, 0x1};
+  uint32_t first = 0;
+  read(0x200000, &first);  // from here on the recording is this process's
   std::vector<std::jthread> threads;
   for (unsigned int seed = 0; seed < 4; ++seed) {
     threads.emplace_back([=] {
