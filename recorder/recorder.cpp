@@ -82,7 +82,7 @@ void Recorder::begin() {
   filter_ = ChangeFilter(settings_.redacted);
   summary_.is_redacted = !settings_.redacted.empty();
   summary_.begin = std::time(nullptr);
-  file_ = std::make_unique<RecordingFile>(settings_.file, settings_.step_ms);
+  file_ = std::make_unique<RecordingFile>(settings_);
   start_ = synced_ = Clock::now();
   is_recording_ = true;
   thread_ = start_thread([this] { write_down(); });

@@ -54,6 +54,23 @@ std::string note_member(const std::string& note) {
   return text + "\n";
 }
 
+// All that stands before the first moment.
+std::string head_text(const Settings& settings) {
+  std::string text = note_member("");
+  if (settings.step_ms) {
+    text += "\"clock\": {\"step_ms\": " + std::to_string(*settings.step_ms) + "},\n";
+  }
+  std::string runs;
+  for (const kova_sim::CodeRun& run : settings.redacted) {
+    runs += (runs.empty() ? "\"" : ", \"") + kova_sim::format_hex(run.first) +
+            (run.size() == 1 ? "" : ".." + kova_sim::format_hex(run.last)) + "\"";
+  }
+  if (!runs.empty()) {
+    text += "\"redacted\": [" + runs + "],\n";
+  }
+  return text + "\"trace\": {\"moments\": [\n";
+}
+
 void sync_folder(const std::string& file) {
   const std::size_t slash = file.rfind('/');
   const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
@@ -138,16 +155,14 @@ void RecordingFile::open_part() {
   }
 }
 
-RecordingFile::RecordingFile(const std::string& file, std::optional<std::uint32_t> step_ms)
-    : file_(without_links(file)), part_(file_ + ".part"), mask_(current_umask()) {
+RecordingFile::RecordingFile(const Settings& settings)
+    : file_(without_links(settings.file)), part_(file_ + ".part"), mask_(current_umask()) {
   struct stat status = {};
   if (lstat(file_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
     throw RecordingError(file_ + ": is no ordinary file to replace");
   }
   open_part();
-  const std::string clock =
-      step_ms ? "\"clock\": {\"step_ms\": " + std::to_string(*step_ms) + "},\n" : "";
-  const std::string head = note_member("") + clock + "\"trace\": {\"moments\": [\n";
+  const std::string head = head_text(settings);
   try {
     write_at(0, head);
     size_ = head.size();

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <ctime>
-#include <optional>
 #include <string>
 
 #include "recorder/settings.h"
@@ -27,10 +26,10 @@ struct Summary {
 
 class RecordingFile {
  public:
-  /// Begins the file. `file` is the name that it gets in the end, or a link to it. Until then only
-  /// the caller can read it. Throws RecordingError if it cannot be written there, is being recorded
-  /// by another process, or a stranger has been there before.
-  RecordingFile(const std::string& file, std::optional<std::uint32_t> step_ms);
+  /// Begins the file. The settings' name is what it gets in the end, or a link to it. Until then
+  /// only the caller can read it. Throws RecordingError if it cannot be written there, is being
+  /// recorded by another process, or a stranger has been there before.
+  explicit RecordingFile(const Settings& settings);
   ~RecordingFile();
   RecordingFile(const RecordingFile&) = delete;
   RecordingFile& operator=(const RecordingFile&) = delete;

@@ -1,6 +1,7 @@
 // Reads machine descriptions: the file as a whole, what it builds on, and its checks.
 #include "simulator/description.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iterator>
 
@@ -84,6 +85,31 @@ void read_copies(Items& items, const Node& copies) {
     check_size(items, copies);
   });
   copies.budget().give_back(taken);
+}
+
+// However many runs there are, and however long, the items are gone through once.
+void read_redacted(Items& items, const Node& node) {
+  if (!node.is_array()) {
+    node.refuse("expected an array of device codes, or runs of them, whose words were blanked");
+  }
+  std::vector<CodeRun> runs;
+  node.each_element([&](const Node& element) {
+    const auto run = parse_code_run(element.text());
+    if (!run || run->last < run->first) {
+      element.refuse("expected a device code or an upward run, \"0xA00011..0xA00015\"");
+    }
+    runs.push_back(*run);
+  });
+  std::sort(runs.begin(), runs.end(),
+            [](const CodeRun& a, const CodeRun& b) { return a.first < b.first; });
+  auto next = runs.begin();
+  std::uint64_t end = 0;  // of the runs that have begun
+  for (auto& [code, item] : items) {
+    for (; next != runs.end() && next->first <= code; ++next) {
+      end = std::max(end, std::uint64_t{next->last} + 1);
+    }
+    item.is_redacted = item.is_redacted || code < end;
+  }
 }
 
 // The runs that a file describes: however long they are, each takes the same room.
@@ -178,8 +204,8 @@ MachineDescription read_base(const Node& node, const std::string& file, const Fi
   return read_machine(reader(path), path, reader, node.budget(), depth + 1);
 }
 
-// Base, copies, recording, codes: each step may change what the ones before have described,
-// whatever the order of the keys in the file.
+// Base, copies, recording, what of it is redacted, codes: each step may change what the ones before
+// have described, whatever the order of the keys in the file.
 MachineDescription read_machine(std::string text, const std::string& file, const FileReader& reader,
                                 Budget& budget, int depth) {
   const JsonSource source(std::move(text), file, budget);
@@ -188,6 +214,7 @@ MachineDescription read_machine(std::string text, const std::string& file, const
   std::optional<Node> bus;
   std::optional<Node> copies;
   std::optional<Node> trace;
+  std::optional<Node> redacted;
   std::optional<Node> codes;
   const auto keep = [](std::optional<Node>& place) {
     return [&place](const Node& node) { place = node; };
@@ -198,6 +225,7 @@ MachineDescription read_machine(std::string text, const std::string& file, const
                         {"bus", keep(bus)},
                         {"copy", keep(copies)},
                         {"trace", keep(trace)},
+                        {"redacted", keep(redacted)},
                         {"codes", keep(codes)}});
   MachineDescription machine;
   if (base) {
@@ -215,6 +243,9 @@ MachineDescription read_machine(std::string text, const std::string& file, const
   if (trace) {
     read_recording(machine, *trace);
     check_size(machine.items, *trace);
+  }
+  if (redacted) {
+    read_redacted(machine.items, *redacted);
   }
   if (codes) {
     read_codes(machine.items, *codes);

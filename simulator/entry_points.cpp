@@ -126,3 +126,9 @@ KOVA_SIM_EXPORT void KovaSimulatorTellMoments(void (*tell)(void*, uint32_t, uint
         [&](uint32_t code, uint64_t milliseconds) { tell(context, code, milliseconds); });
   }
 }
+
+KOVA_SIM_EXPORT uint32_t KovaSimulatorIsRedacted(uint32_t code) {
+  kova_sim::Call call;
+  const kova_sim::Machine* machine = call.machine();
+  return machine != nullptr && machine->is_redacted(code) ? 1 : 0;
+}

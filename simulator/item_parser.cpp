@@ -229,6 +229,7 @@ void Entry::apply(Item& item, std::uint32_t index) const {
   } else if (value) {
     item.value = value;
   }
+  item.is_redacted = item.is_redacted && !text && !value;
   if (write) {
     item.write = *write;
     if (item.write) {

@@ -54,6 +54,10 @@ uint64_t KovaSimulatorRecordedTime(void);
 void KovaSimulatorTellMoments(void (*tell)(void* context, uint32_t code, uint64_t milliseconds),
                               void* context);
 
+/* 1 if the words of this code were blanked when the machine was recorded: a successful read stores
+ * 0, which the device never said. Otherwise, and for a refused description, 0. */
+uint32_t KovaSimulatorIsRedacted(uint32_t code);
+
 #ifdef __cplusplus
 }
 #endif

@@ -113,9 +113,16 @@ std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
     return item->write->refused;
   }
   for (const std::uint32_t changed : item->write->changes) {
-    description_.items[changed].value = Stored{value};
+    Item& target = description_.items[changed];
+    target.value = Stored{value};
+    target.is_redacted = false;
   }
   return 0;
+}
+
+bool Machine::is_redacted(std::uint32_t code) const {
+  const auto found = description_.items.find(code);
+  return found != description_.items.end() && found->second.is_redacted;
 }
 
 // What a code holds now: the checks of the description have seen to it that a limit's code holds

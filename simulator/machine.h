@@ -44,6 +44,8 @@ struct Item {
   /// a rule of its own the code answers so again.
   SharedTrace recorded_writes;
   std::uint32_t delay_us = 0;
+  /// The recorded words were blanked: the value is none of the device's.
+  bool is_redacted = false;
 };
 
 /// What holds for every call, whatever the code.
@@ -73,6 +75,9 @@ class Machine {
 
   /// From now on calls come at this time after the start, and no delay is waited for.
   void set_time(std::uint64_t ms) { set_time_ = std::chrono::milliseconds(ms); }
+
+  /// Whether what a read of the code gives was blanked when it was recorded.
+  bool is_redacted(std::uint32_t code) const;
 
   /// How long the recording lasts that this is; 0 if it is none.
   std::uint64_t recorded_ms() const { return description_.recorded_ms.value_or(0); }

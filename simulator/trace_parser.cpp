@@ -203,6 +203,7 @@ void read_recording(MachineDescription& machine, const Node& node) {
     Item& item = machine.items[code];
     if (!traces.reads.empty()) {
       item.value = finish(std::move(traces.reads), frame);
+      item.is_redacted = false;
     }
     if (!traces.writes.empty()) {
       item.recorded_writes = finish(std::move(traces.writes), frame);

@@ -389,7 +389,9 @@ class Lasting(TestCase):
         run([KOVACTL, "list"], RECORDER,
             **self.recording(self.machine(), KOVA_RECORD_REDACT="0xB0001C,0xA00011..0xA00015"))
         self.assertIn(", private words blanked", self.note())
-        moments = json.loads(self.file.read_text())["trace"]["moments"]
+        recording = json.loads(self.file.read_text())
+        self.assertEqual(recording["redacted"], ["0x00B0001C", "0x00A00011..0x00A00015"])
+        moments = recording["trace"]["moments"]
         words = {moment[i]: moment[i + 1] for moment in moments
                  for i in range(1, len(moment), 2)}
         self.assertEqual([words[code] for code in ("0xb0001c", "0xa00011", "0xa00015")], [0] * 3)

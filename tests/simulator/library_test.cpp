@@ -83,6 +83,28 @@ TEST(SimulatorLibrary, StandsAtTheTimeThatTheHostSets) {
   }
 }
 
+// What is known of a code after the recording is known again, by whatever it comes to be known.
+TEST(SimulatorLibrary, TellsWhichWordsWereBlanked) {
+  const std::string base = testing::TempDir() + "blanked.json";
+  const std::string path = testing::TempDir() + "unblanked.json";
+  std::ofstream(base) << R"({"redacted": ["0x10..0xFFFFFFFF", "0x3", "0x2..0x3"],
+    "trace": [[0, "0x1", 1, "0x2", 0, "0x3", 0, "0x5", 0, "0x10", 0, "0xFFFFFFFF", 0]]})";
+  std::ofstream(path) << R"({"base": "blanked.json", "copy": {"0x20": "0x2"},
+    "trace": [[0, "0x5", 7]], "redacted": ["0x4..0x4"],
+    "codes": {"0x3": 1, "0x4": 1, "0x10": {"delay_us": 1}, "0x2": {"write": true}}})";
+  const Loaded library(path.c_str());
+  const auto is_redacted = reinterpret_cast<std::uint32_t (*)(std::uint32_t)>(
+      dlsym(library.handle.get(), "KovaSimulatorIsRedacted"));
+  ASSERT_EQ(library.error(), nullptr);
+  const std::pair<std::uint32_t, std::uint32_t> cases[] = {
+      {1, 0}, {2, 1}, {3, 0}, {4, 0}, {5, 0}, {6, 0}, {0x10, 1}, {0x20, 1}, {0xFFFFFFFF, 1}};
+  for (const auto& [code, expected] : cases) {
+    EXPECT_EQ(is_redacted(code), expected) << code;
+  }
+  EXPECT_EQ(library.set(2, 5), 0U);
+  EXPECT_EQ(is_redacted(2), 0U);
+}
+
 TEST(SimulatorLibrary, ABadDescriptionAnswersNothingAndIsToldOnce) {
   const std::string path = testing::TempDir() + "bad_machine.json";
   std::ofstream(path) << R"({"base": "builtin", "codes": {"0x1": {"valeu": 1}}})";
