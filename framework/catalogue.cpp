@@ -33,7 +33,7 @@ void visit_readable(const ReadEntry& get_func, RawMap& codes, unsigned int first
 // The same for the items' texts. A family's texts are read together, one for any of them, after its
 // presence; an empty one counts as none.
 template <typename Visit>
-Status visit_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+Status visit_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table,
                    const Visit& visit) {
   if (get_func == nullptr) {
     return IOT_STATUS_NOT_READY;
@@ -42,12 +42,13 @@ Status visit_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& tab
     return IOT_STATUS_READ_FAILED;
   }
   Status status = IOT_STATUS_READ_FAILED;
-  visit_readable(get_func, codes, texts.first, texts.end, [&](unsigned int id, unsigned int raw) {
-    if (std::string text = table.find(id)->text(raw); !text.empty()) {
-      status = IOT_STATUS_SUCCESS;
-      visit(id, std::move(text));
-    }
-  });
+  visit_readable(get_func, codes, table.texts().first, table.texts().end,
+                 [&](unsigned int id, unsigned int raw) {
+                   if (std::string text = table.find(id)->text(raw); !text.empty()) {
+                     status = IOT_STATUS_SUCCESS;
+                     visit(id, std::move(text));
+                   }
+                 });
   return status;
 }
 
@@ -128,11 +129,10 @@ void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int prese
                  [out](unsigned int id, unsigned int raw) { (*out)[id] = raw; });
 }
 
-Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
-                  StringMap* out) {
+Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, StringMap* out) {
   StringMap made;
   const Status status =
-      visit_texts(get_func, codes, table, texts,
+      visit_texts(get_func, codes, table,
                   [&](unsigned int id, std::string&& text) { made.emplace(id, std::move(text)); });
   if (status == IOT_STATUS_SUCCESS) {
     *out = std::move(made);
@@ -140,11 +140,11 @@ Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& tabl
   return status;
 }
 
-Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table,
                     unsigned int id, json_t* value) {
   std::string wanted;
   const Status status =
-      visit_texts(get_func, codes, table, texts, [&](unsigned int read, std::string&& text) {
+      visit_texts(get_func, codes, table, [&](unsigned int read, std::string&& text) {
         if (read == id) {
           wanted = std::move(text);
         }

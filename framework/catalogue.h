@@ -80,15 +80,14 @@ void update_range(RangeMap& map, unsigned int id, double min, double max);
 void read_raw_range(const ReadEntry& get_func, RawMap& codes, unsigned int presence_id,
                     unsigned int first, unsigned int end, RawMap* out);
 
-/// Reads the text items `texts` and refills `*out`; an empty text is not stored.
+/// Reads the table's texts and refills `*out`; an empty text is not stored.
 /// IOT_STATUS_NOT_READY without a read entry; IOT_STATUS_READ_FAILED, and `*out` as it was, when no
 /// item could be read.
-Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
-                  StringMap* out);
+Status read_texts(const ReadEntry& get_func, RawMap& codes, const RowTable& table, StringMap* out);
 
 /// As above, and sets the caller's JSON string to the text of `id`, up to its first NUL; text that
 /// is not UTF-8 leaves it as it was. IOT_STATUS_NOT_FOUND when `id` has no text.
-Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table, Ids texts,
+Status publish_text(const ReadEntry& get_func, RawMap& codes, const RowTable& table,
                     unsigned int id, json_t* value);
 
 }  // namespace catalogue

@@ -1,54 +1,10 @@
-// Raw words to published values and elements, and back.
+// Elements and writes by the row.
 #include "framework/item.h"
 
 #include "framework/element.h"
 #include "framework/iot_json_utility.h"
-#include "framework/written_value.h"
 
 namespace catalogue {
-namespace {
-
-// The part of the word that an element shows.
-unsigned int shown_part(const Shape& as, unsigned int raw) {
-  return as.word == Word::kLowByteInDocument ? raw & 0xFFU : raw;
-}
-
-}  // namespace
-
-Status create_first_keys(const Row& row, const std::string& name, unsigned int id, unsigned int raw,
-                         json_t** out) {
-  const auto create = [&](auto value) {
-    return IoTJsonUtility::create_json_element(name, id, value, access(row.as), ui_hint(row), out);
-  };
-  const unsigned int shown = shown_part(row.as, raw);
-  switch (row.as.kind) {
-    case Kind::kReal:
-      return create(real_of(row.as, raw));
-    case Kind::kInteger:
-      return create(row.as.truncated ? truncated_of(row.as, raw) : static_cast<int>(shown));
-    case Kind::kSwitch:
-      return create(shown != 0);
-    case Kind::kText:
-    case Kind::kNone:
-      break;
-  }
-  return IOT_STATUS_JSON_ERROR;
-}
-
-std::uint32_t word_of(const Shape& as, const json_t* value) {
-  switch (as.kind) {
-    case Kind::kReal:
-      return scaled_word(value, steps_per_unit(as));
-    case Kind::kInteger:
-      return integer_word(value);
-    case Kind::kSwitch:
-      return switch_word(value);
-    case Kind::kText:
-    case Kind::kNone:
-      break;
-  }
-  return 0;
-}
 
 Status create_element(const ElementMaps& maps, const Row* row, unsigned int id, const void* data,
                       json_t** out) {
@@ -67,19 +23,23 @@ Status create_element(const ElementMaps& maps, const Row* row, unsigned int id, 
   });
 }
 
-Status write_item(WriteEntry set_func, RawMap& codes, bool writable, unsigned int target,
-                  const Shape& as, const json_t* value) {
+Status write_item(WriteEntry set_func, RawMap& codes, const Row* row, unsigned int id,
+                  unsigned int settings, const json_t* value) {
   if (set_func == nullptr) {
     return IOT_STATUS_NOT_READY;
   }
   if (!json_is_number(value)) {
     return IOT_STATUS_INVALID_PARAMETER;
   }
-  if (!writable) {
+  if (item_id::group(id) != settings && (row == nullptr || !takes_writes(*row))) {
     return IOT_STATUS_UNSUPPORTED;
   }
-  return set_func(codes[target], word_of(as, value)) == 0 ? IOT_STATUS_SUCCESS
-                                                          : IOT_STATUS_WRITE_FAILED;
+  const bool elsewhere = row != nullptr && row->written_at != 0;
+  const unsigned int target =
+      elsewhere ? row->written_at + item_id::index(id) - item_id::index(row->id) : id;
+  return set_func(codes[target], row != nullptr ? word_of(row->as, value) : 0) == 0
+             ? IOT_STATUS_SUCCESS
+             : IOT_STATUS_WRITE_FAILED;
 }
 
 }  // namespace catalogue

@@ -16,7 +16,6 @@ namespace catalogue {
 /// kova_id_map, bound_map and get_func, and:
 ///   table()           its rows
 ///   kPresence         the ID of its presence item
-///   kTexts            the IDs of the items that are texts, which are read together
 template <typename Device>
 class MapFamily {
  public:
@@ -65,8 +64,7 @@ class MapFamily {
       return IOT_STATUS_UNSUPPORTED;
     }
     if (row->as.kind == Kind::kText) {
-      return publish_text(Device::get_func, Device::kova_id_map, Device::table(), Device::kTexts,
-                          id, value);
+      return publish_text(Device::get_func, Device::kova_id_map, Device::table(), id, value);
     }
     return read_number(row, id, value);
   }
@@ -81,8 +79,7 @@ class MapFamily {
   }
 
   static Status read_texts(StringMap* out) {
-    return catalogue::read_texts(Device::get_func, Device::kova_id_map, Device::table(),
-                                 Device::kTexts, out);
+    return catalogue::read_texts(Device::get_func, Device::kova_id_map, Device::table(), out);
   }
 
   static Status create_element(const Row* row, unsigned int id, const void* data, json_t** out) {

@@ -49,8 +49,9 @@ struct Shape {
   double scale = 1;          ///< value = word * scale / divisor + offset
   unsigned int divisor = 1;  ///< 10, 100, ..., where the product would round otherwise
   double offset = 0;
-  bool truncated = false;   ///< the value is cut to a whole number, toward zero
-  bool normalised = false;  ///< a single read of a switch answers 0 or 1, not the word
+  bool truncated = false;     ///< the value is cut to a whole number, toward zero
+  bool normalised = false;    ///< a single read of a switch answers 0 or 1, not the word
+  bool through_text = false;  ///< a number is what its text reads as: six digits, or 32 bits
 };
 
 consteval Shape with_role(Shape shape, Role role) {
@@ -78,7 +79,8 @@ struct Row {
   Shape as{};
   std::string (*text)(unsigned int word) = nullptr;  ///< of an item that is one word's text
   Decoder decode = nullptr;                          ///< of a text that takes more than its word
-  unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own
+  unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own; a heading's
+                                ///< IDs are written at those that follow this one
   unsigned int default_of = 0;  ///< of a factory default: the setting's ID
   bool is_private = false;      ///< tells one machine or its user from others: serial numbers
   std::string_view note{};      ///< for docs/items.md, what no column says
@@ -97,23 +99,9 @@ constexpr const char* ui_hint(const Row& row) {
   return row.as.kind == Kind::kSwitch ? "checkbox" : row.offered.empty() ? "textbox" : "combobox";
 }
 
-/// What one step of the raw word is in the value's unit.
-constexpr double step_of(const Shape& as) {
-  return as.scale / as.divisor;
-}
-
-/// The raw word in the item's unit.
-constexpr double real_of(const Shape& as, std::uint32_t raw) {
-  const double word = as.word == Word::kSigned ? static_cast<std::int32_t>(raw) : double{0} + raw;
-  const double scaled = word * as.scale;
-  return (as.divisor == 1 ? scaled : scaled / as.divisor) + as.offset;
-}
-
-/// How many steps of the raw word are one unit of the value: 10 for a scale of 0.1.
-constexpr std::uint32_t steps_per_unit(const Shape& as) {
-  const double steps = 1 / step_of(as);
-  const auto whole = static_cast<std::uint32_t>(steps);
-  return steps - whole < 0.5 ? whole : whole + 1;
+/// True of what can be written.
+constexpr bool takes_writes(const Row& row) {
+  return row.as.role == Role::kSetting || row.as.role == Role::kDefault;
 }
 
 constexpr bool is_published(const Row& row) {

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "framework/conversion.h"
 #include "framework/element.h"
 #include "framework/iot_json_utility.h"
 #include "framework/item_id.h"
@@ -13,30 +14,11 @@ namespace {
 
 using catalogue::Kind;
 using catalogue::Row;
-using catalogue::Word;
 
 const Row* find_row(const Family& family, unsigned int field_id) {
   const std::size_t place = family.places[(field_id >> 8) & 0xFFU];
   const bool listed = place < family.sheet.rows.size() && family.sheet.rows[place].id == field_id;
   return listed ? &family.sheet.rows[place] : nullptr;
-}
-
-short signed_part(unsigned int word) {
-  return static_cast<std::int16_t>(static_cast<std::uint16_t>(word));
-}
-
-int integer_of(const Row& row, unsigned int word) {
-  return row.as.word == Word::kLow16Signed ? signed_part(word) : static_cast<int>(word);
-}
-
-std::string text_of(const Row& row, unsigned int word) {
-  if (row.text != nullptr) {
-    return row.text(word);
-  }
-  if (row.as.kind == Kind::kReal) {
-    return To_String(real_of(row.as, word));
-  }
-  return row.as.word == Word::kLow16Signed ? To_String(signed_part(word)) : To_String(word);
 }
 
 Status decode_row(const Row& row, const WordReader& device, std::string& out) {
@@ -54,13 +36,8 @@ Status decode_row(const Row& row, const WordReader& device, std::string& out) {
 Status read_number(const Row& row, const WordReader& device, json_t* value) {
   unsigned int word = 0;
   const Status status = device.read(*row.code, &word);
-  if (status != IOT_STATUS_SUCCESS) {
-    return status;
-  }
-  if (row.as.kind == Kind::kReal) {
-    json_real_set(value, to_six_digits(real_of(row.as, word)));
-  } else {
-    json_integer_set(value, integer_of(row, word));
+  if (status == IOT_STATUS_SUCCESS) {
+    publish(row.as, word, value);
   }
   return status;
 }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "framework/catalogue.h"
+#include "framework/row_check.h"
 #include "framework/status.h"
 #include "framework/word_reader.h"
 
@@ -32,9 +33,11 @@ struct Family {
   const RangeMap& bounds;
 };
 
-/// Refuses a row that does not tell how it is read. What it throws ends the compilation.
+/// Refuses a row that does not tell how it is read, or that tells what no field can do. What it
+/// throws ends the compilation.
 consteval void check_field(const catalogue::Row& row) {
   using catalogue::Kind;
+  catalogue::check_row(row);
   if (!row.code) {
     throw "a field without a code";
   }
@@ -46,6 +49,15 @@ consteval void check_field(const catalogue::Row& row) {
   }
   if (row.as.kind != Kind::kText && (row.text != nullptr || row.decode != nullptr)) {
     throw "a number with a function for its text";
+  }
+  if (row.text != nullptr && row.decode != nullptr) {
+    throw "a field with two functions for its text";
+  }
+  if (row.as.through_text != (row.as.kind != Kind::kText)) {
+    throw "a field's number is read through its text (column `as`)";
+  }
+  if (takes_writes(row) || !row.options.empty()) {
+    throw "a field that takes writes or has options";
   }
 }
 

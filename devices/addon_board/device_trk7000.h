@@ -14,7 +14,6 @@ class Device_TRK7000 : public catalogue::MapFamily<Device_TRK7000> {
  public:
   static constexpr unsigned int kFamily = trk7000::kFamily;
   static constexpr unsigned int kPresence = trk7000::kPresence;
-  static constexpr const catalogue::Ids& kTexts = trk7000::kTexts;
   static const catalogue::RowTable& table() { return trk7000::kTable; }
   static const catalogue::Sheet& sheet() { return trk7000::kSheet; }
 

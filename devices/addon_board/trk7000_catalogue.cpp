@@ -34,7 +34,7 @@ constexpr Row temperature(unsigned int id, std::string_view name, unsigned int c
           .code = code,
           .range = Bounds{0, 100},
           .as = kTemperature,
-          .note = "raw is tenths of a kelvin; whole degrees"};
+          .note = "raw is tenths of a kelvin"};
 }
 
 constexpr Row fan_speed(unsigned int id, std::string_view name, unsigned int code) {
@@ -117,11 +117,10 @@ constexpr std::array kPackages{
 
 }  // namespace
 
-constinit const catalogue::RowTable trk7000::kTable(kRows);
+constinit const catalogue::RowTable trk7000::kTable(kRows, {.texts = kInformation});
 constinit const catalogue::Ids trk7000::kVtin = items_under(kRows, kVtinSensors);
 constinit const catalogue::Ids trk7000::kBt = items_under(kRows, kBtSensors);
 constinit const catalogue::Ids trk7000::kFans = items_under(kRows, kOnboardFans);
-constinit const catalogue::Ids trk7000::kTexts = items_under(kRows, kInformation);
 
 constinit const catalogue::Sheet trk7000::kSheet{.name = "TRK-7000",
                                                  .title = "Add-on board",

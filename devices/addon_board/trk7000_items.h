@@ -19,6 +19,5 @@ extern const catalogue::Sheet kSheet;
 extern const catalogue::Ids kVtin;
 extern const catalogue::Ids kBt;
 extern const catalogue::Ids kFans;
-extern const catalogue::Ids kTexts;
 
 }  // namespace trk7000

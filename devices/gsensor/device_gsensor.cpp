@@ -1,8 +1,6 @@
 // Reads, writes and elements of the accelerometer.
 #include "devices/gsensor/device_gsensor.h"
 
-#include "framework/item_id.h"
-
 Status Device_GSensor::get_value_by_id(unsigned int id, json_t* value) {
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
@@ -13,9 +11,8 @@ Status Device_GSensor::get_value_by_id(unsigned int id, json_t* value) {
 }
 
 Status Device_GSensor::set_value_by_id(unsigned int id, json_t* value) {
-  const catalogue::Row* row = gsensor::kTable.find(id);
-  return catalogue::write_item(set_func, kova_id_map, item_id::group(id) == gsensor::kSettings, id,
-                               row != nullptr ? row->as : catalogue::Shape{}, value);
+  return catalogue::write_item(set_func, kova_id_map, gsensor::kTable.find(id), id,
+                               gsensor::kSettings, value);
 }
 
 Status Device_GSensor::create_json_element(unsigned int id, void* raw, json_t** out) {

@@ -104,7 +104,7 @@ constexpr std::array kPackages{
 
 }  // namespace
 
-constinit const catalogue::RowTable gsensor::kTable(kRows);
+constinit const catalogue::RowTable gsensor::kTable(kRows, {.takes_writes = true});
 constinit const catalogue::Ids gsensor::kModes = items_under(kRows, kModeBlock);
 constinit const catalogue::Ids gsensor::kOffsets = items_under(kRows, kOffsetBlock);
 constinit const catalogue::Ids gsensor::kRates = items_under(kRows, kRateBlock);

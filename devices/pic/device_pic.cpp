@@ -5,7 +5,6 @@
 
 namespace {
 
-using catalogue::Kind;
 using catalogue::Row;
 
 // All views of a setting have the shape of its current value; so has what the device knows no
@@ -37,7 +36,7 @@ void Device_PIC::update_bound_map_by_id(unsigned int id, double min, double max)
 
 bool Device_PIC::is_transfer_volt(unsigned int id) {
   const Row* row = row_read(id);
-  return row != nullptr && row->as.kind == Kind::kReal;
+  return row != nullptr && pic::is_in_tenths_of_a_volt(*row);
 }
 
 void Device_PIC::update_bound_map() {
@@ -59,9 +58,9 @@ void Device_PIC::update_bounds_of(unsigned int setting) {
   if (minimum_status != IOT_STATUS_SUCCESS || maximum_status != IOT_STATUS_SUCCESS) {
     return;
   }
-  const double unit = setting_row(setting).as.scale;
+  const catalogue::Shape& as = setting_row(setting).as;
   for (const unsigned int view : {pic::kDefaultView, pic::kCurrentView, pic::kWriteView}) {
-    update_bound_map_by_id(view + setting, minimum * unit, maximum * unit);
+    update_bound_map_by_id(view + setting, real_of(as, minimum), real_of(as, maximum));
   }
 }
 
@@ -74,8 +73,7 @@ Status Device_PIC::get_value_by_id(unsigned int id, json_t* value) {
 }
 
 Status Device_PIC::set_value_by_id(unsigned int id, json_t* value) {
-  return catalogue::write_item(set_func, kova_id_map, item_id::group(id) == pic::kSettings,
-                               pic::kWriteView + item_id::index(id), setting_row(id).as, value);
+  return catalogue::write_item(set_func, kova_id_map, row_read(id), id, pic::kSettings, value);
 }
 
 Status Device_PIC::create_json_element(unsigned int id, void* value, json_t** out) {

@@ -17,7 +17,6 @@ class Device_PIC : public catalogue::MapFamily<Device_PIC> {
  public:
   static constexpr unsigned int kFamily = pic::kFamily;
   static constexpr unsigned int kPresence = pic::kPresence;
-  static constexpr const catalogue::Ids& kTexts = pic::kTexts;
   static const catalogue::RowTable& table() { return pic::kTable; }
   static const catalogue::Sheet& sheet() { return pic::kSheet; }
 

@@ -19,11 +19,16 @@ inline constexpr unsigned int kWriteView = 0x14160730;
 inline constexpr unsigned int kMinimumView = 0x14160740;
 inline constexpr unsigned int kMaximumView = 0x14160750;
 
+/// True of a row whose raw word is in tenths of a volt.
+constexpr bool is_in_tenths_of_a_volt(const catalogue::Row& row) {
+  return row.as.kind == catalogue::Kind::kReal && row.unit == "V" && step_of(row.as) == 0.1 &&
+         row.as.offset == 0;
+}
+
 extern const catalogue::RowTable kTable;
 extern const catalogue::Sheet kSheet;
 
 // The groups that are read in one go.
-extern const catalogue::Ids kTexts;
 extern const catalogue::Ids kCurrentValues;
 extern const catalogue::Ids kDefaults;
 extern const catalogue::Ids kStatusItems;

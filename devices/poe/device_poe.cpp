@@ -4,6 +4,7 @@
 #include <array>
 
 #include "devices/poe/poe_items.h"
+#include "framework/conversion.h"
 #include "framework/element.h"
 #include "framework/item_id.h"
 
@@ -66,14 +67,16 @@ constexpr unsigned int place_of(unsigned int id) {
   return (id >> 8) & 0xFU;
 }
 
-constexpr auto kKinds = [] {
+constexpr auto kKinds = []() consteval {
   std::array<Row, 16> kinds{};
   kinds.fill({.id = 1});  // no group's: these have bits 7..0 clear
   for (const Row& row : kRows) {
+    poe::check_kind(row);
     kinds[place_of(row.id)] = row;
   }
   return kinds;
-}();
+}
+();
 
 const Row* kind_of(unsigned int id) {
   const Row& kind = kKinds[place_of(id)];
@@ -100,22 +103,9 @@ void make_element(unsigned int id, const void* data, json_t** out) {
   if (kind == nullptr) {
     return;
   }
-  const auto byte = [data] { return *static_cast<const unsigned char*>(data); };
-  const auto create = [&](auto value) {
-    IoTJsonUtility::create_json_element(Device_PoE::get_name_by_id(id), id, value, access(kind->as),
-                                        ui_hint(*kind), out);
-  };
-  switch (kind->as.kind) {
-    case Kind::kReal:
-      return create(*static_cast<const unsigned int*>(data) * kind->as.scale);
-    case Kind::kInteger:
-      return create(int{byte()});
-    case Kind::kSwitch:
-      return create(byte() != 0);
-    case Kind::kText:
-    case Kind::kNone:
-      return;
-  }
+  const unsigned int raw = kind->as.kind == Kind::kReal ? *static_cast<const unsigned int*>(data)
+                                                        : *static_cast<const unsigned char*>(data);
+  create_first_keys(*kind, Device_PoE::get_name_by_id(id), id, raw, out);
 }
 
 }  // namespace
@@ -197,7 +187,8 @@ std::string Device_PoE::get_desc_by_id(unsigned int id) {
 
 Range Device_PoE::get_range_by_id(unsigned int id) {
   const Row* kind = port_kind_of(id);
-  return kind != nullptr ? Range{{MIN, kind->range->min}, {MAX, kind->range->max}} : Range{};
+  const bool has_range = kind != nullptr && kind->range.has_value();
+  return has_range ? Range{{MIN, kind->range->min}, {MAX, kind->range->max}} : Range{};
 }
 
 Status Device_PoE::create_json_element(unsigned int id, void* data, json_t** out) {
@@ -224,11 +215,7 @@ Status Device_PoE::get_value_by_id(unsigned int id, json_t* value) {
   if (const Status status = get_func(code_of(*kind, id), &raw); status != IOT_STATUS_SUCCESS) {
     return status;
   }
-  if (kind->as.kind == Kind::kReal) {
-    json_real_set(value, raw * FACTOR);
-  } else {
-    json_integer_set(value, raw);
-  }
+  publish(kind->as, raw, value);
   return IOT_STATUS_SUCCESS;
 }
 
@@ -243,7 +230,7 @@ Status Device_PoE::set_value_by_id(unsigned int id, json_t* value) {
   if (!json_is_integer(value)) {
     return IOT_STATUS_INVALID_PARAMETER;
   }
-  const unsigned int wanted = json_integer_value(value) >= 1 ? 1 : 0;
+  const unsigned int wanted = word_of(kind->as, value);
   unsigned int current = 0;
   if (const Status status = get_func(code_of(*kind, id), &current); status != IOT_STATUS_SUCCESS) {
     return status;

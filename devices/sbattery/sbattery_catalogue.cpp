@@ -86,12 +86,17 @@ Status average_time(const Row& row, const WordReader& device, std::string& out) 
 constexpr Shape kIdentityText{.role = Role::kIdentity, .kind = Kind::kText};
 constexpr Shape kStateText{.role = Role::kState, .kind = Kind::kText};
 constexpr Shape kReadingText{.role = Role::kReading, .kind = Kind::kText};
-constexpr Shape kDesign{.role = Role::kIdentity, .kind = Kind::kInteger};
-constexpr Shape kReading{.role = Role::kReading, .kind = Kind::kInteger};
-constexpr Shape kSignedReading{
-    .role = Role::kReading, .kind = Kind::kInteger, .word = Word::kLow16Signed};
-constexpr Shape kCelsius{
-    .role = Role::kReading, .kind = Kind::kReal, .scale = 0.1, .offset = -273.15};
+constexpr Shape kDesign{.role = Role::kIdentity, .kind = Kind::kInteger, .through_text = true};
+constexpr Shape kReading{.role = Role::kReading, .kind = Kind::kInteger, .through_text = true};
+constexpr Shape kSignedReading{.role = Role::kReading,
+                               .kind = Kind::kInteger,
+                               .word = Word::kLow16Signed,
+                               .through_text = true};
+constexpr Shape kCelsius{.role = Role::kReading,
+                         .kind = Kind::kReal,
+                         .scale = 0.1,
+                         .offset = -273.15,
+                         .through_text = true};
 
 constexpr Bounds kWord{0, 65535};
 constexpr Bounds kSignedWord{-32768, 32767};

@@ -106,10 +106,14 @@ Status module_type(const Row& row, const WordReader& device, std::string& out) {
 
 constexpr Shape kText{.role = Role::kIdentity, .kind = Kind::kText};
 constexpr Shape kStateText{.role = Role::kState, .kind = Kind::kText};
-constexpr Shape kInteger{.role = Role::kIdentity, .kind = Kind::kInteger};
-constexpr Shape kVolts{.role = Role::kIdentity, .kind = Kind::kReal, .divisor = 1000};
-constexpr Shape kCelsius{
-    .role = Role::kReading, .kind = Kind::kReal, .divisor = 100, .offset = -273.15};
+constexpr Shape kInteger{.role = Role::kIdentity, .kind = Kind::kInteger, .through_text = true};
+constexpr Shape kVolts{
+    .role = Role::kIdentity, .kind = Kind::kReal, .divisor = 1000, .through_text = true};
+constexpr Shape kCelsius{.role = Role::kReading,
+                         .kind = Kind::kReal,
+                         .divisor = 100,
+                         .offset = -273.15,
+                         .through_text = true};
 
 // In the order in which a module's fields are read; codes are the first module's. Hosts match on
 // the names and units, the spelling of "Celsuis" and the kinds (speed and bank are strings)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <stdexcept>
 
 namespace item_list {
@@ -90,18 +91,52 @@ void check(const Sheet& sheet, const std::vector<Package>& packages) {
   }
 }
 
+// The part of the word that counts; "" for all of it. A text's integer has 32 bits.
+std::string part_text(const catalogue::Shape& as) {
+  switch (as.word) {
+    case Word::kSigned:
+      return "raw, signed";
+    case Word::kLow16Signed:
+      return "low 16 bits of raw, signed";
+    case Word::kLowByteInDocument:
+      return "low byte of raw in the document, all of raw in a single read";
+    case Word::kWhole:
+      break;
+  }
+  return as.through_text && as.kind == Kind::kInteger ? "raw, signed" : "";
+}
+
+std::string scaling_text(const catalogue::Shape& as) {
+  std::string text = step_of(as) != 1 ? fmt::format(" × {}", step_of(as)) : "";
+  if (as.offset != 0) {
+    text += fmt::format(" {} {}", as.offset < 0 ? "-" : "+", std::abs(as.offset));
+  }
+  return text + (as.truncated ? ", cut to a whole number toward zero" : "");
+}
+
+std::string switch_text(const catalogue::Shape& as) {
+  const bool is_byte = as.word == Word::kLowByteInDocument;
+  const std::string text =
+      fmt::format("1 unless {} is 0", is_byte                         ? "the low byte of raw"
+                                      : as.word == Word::kLow16Signed ? "the low half of raw"
+                                                                      : "raw");
+  if (as.normalised) {
+    return text + (is_byte ? ", in a single read all of raw" : "");
+  }
+  return fmt::format("{}; {} in a single read", text,
+                     is_byte || part_text(as).empty() ? "raw" : part_text(as));
+}
+
 std::string conversion_of(const Row& row) {
   const catalogue::Shape& as = row.as;
-  if (as.kind == Kind::kReal && as.offset == 0) {
-    return fmt::format("raw{} × {}", as.word == Word::kSigned ? ", signed," : "", step_of(as));
+  if (as.kind == Kind::kSwitch) {
+    return switch_text(as);
   }
-  if (as.word == Word::kLow16Signed) {
-    return "low 16 bits of raw, signed";
-  }
-  if (as.word == Word::kLowByteInDocument && as.kind == Kind::kInteger) {
-    return "low byte of raw in the document, all of raw in a single read";
-  }
-  return "";
+  const std::string part = part_text(as);
+  const std::string scaling = scaling_text(as);
+  return scaling.empty() ? part
+                         : (part.empty() ? "raw" : part + ",") + scaling +
+                               (as.through_text && as.kind == Kind::kReal ? ", to six digits" : "");
 }
 
 std::string writing_of(const Row& row) {

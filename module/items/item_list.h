@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "framework/conversion.h"
 #include "framework/row.h"
 
 namespace item_list {

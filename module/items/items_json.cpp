@@ -88,13 +88,14 @@ const char* kind_of(Kind kind) {
   throw std::logic_error("an item without a kind");
 }
 
-const char* word_of(Word word) {
-  switch (word) {
+const char* word_of(const catalogue::Shape& as) {
+  switch (as.word) {
     case Word::kSigned:
       return "signed";
     case Word::kLow16Signed:
       return "low 16 signed";
     case Word::kWhole:
+      return as.through_text && as.kind == Kind::kInteger ? "signed" : "";
     case Word::kLowByteInDocument:
       return "";  // whole, in a single read
   }
@@ -130,7 +131,7 @@ void add_conversion(json_t* item, const Row& row) {
   if (row.as.offset != 0) {
     add_number(item, "offset", row.as.offset);
   }
-  add(item, "word", word_of(row.as.word));
+  add(item, "word", word_of(row.as));
   if (row.as.truncated) {
     add(item, "truncated", json_true());
   }

@@ -34,6 +34,8 @@ programs.
   read.
 - **Code**: the code under which the device library knows the value, for reads and writes unless a
   second code is given. The word it answers, unsigned and of 32 bits, is *raw* in a note.
+- **Note**: an integer without one is raw. In the document it has 32 bits in two's complement, so
+  that raw `0xFFFFFFFF` is -1 there and 4294967295 in a single read.
 )";
 
 std::string code_text(unsigned int code) {

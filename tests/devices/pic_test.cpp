@@ -22,6 +22,16 @@ TEST(DevicePIC, VoltageItemsAreTheThresholdsInAllViewsAndThePowerInput) {
   for (const unsigned int id : {0x14160715U, 0x14160806U, 0x14160606U, 0x14150716U}) {
     EXPECT_FALSE(Device_PIC::is_transfer_volt(id)) << std::hex << id;
   }
+  using catalogue::Kind;
+  EXPECT_TRUE(pic::is_in_tenths_of_a_volt(
+      {.id = 1, .unit = "V", .as = {.kind = Kind::kReal, .divisor = 10}}));
+  for (const catalogue::Row& other :
+       {catalogue::Row{.id = 1, .unit = "A", .as = {.kind = Kind::kReal, .scale = 0.1}},
+        {.id = 1, .unit = "V", .as = {.kind = Kind::kReal, .scale = 0.001}},
+        {.id = 1, .unit = "V", .as = {.kind = Kind::kReal, .scale = 0.1, .offset = 1}},
+        {.id = 1, .unit = "V", .as = {.kind = Kind::kInteger}}}) {
+    EXPECT_FALSE(pic::is_in_tenths_of_a_volt(other)) << other.unit << other.as.scale;
+  }
 }
 
 TEST(DevicePIC, RangesBecomeTheDevicesOwnWhereItReportsBothEnds) {

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr unsigned int kPresence = 0x14160001;
+constexpr unsigned int kTexts = 0x14160600;
 
 TEST(Catalogue, LookupsOfUnknownIdsGiveNothingAndChangeNothing) {
   const StringMap names{{1, "one"}};
@@ -88,17 +89,16 @@ TEST(Catalogue, TextsOfInformationItems) {
   static constexpr catalogue::Shape kText{.role = catalogue::Role::kIdentity,
                                           .kind = catalogue::Kind::kText};
   static constexpr std::array kRows{
-      Row{.id = kPresence, .code = 0x600008},
-      Row{.id = kPresence + 1, .code = 0x10, .as = kText, .text = text_unless_zero},
-      Row{.id = kPresence + 2, .code = 0x11, .as = kText, .text = text_unless_zero}};
-  static constexpr catalogue::RowTable kTable(kRows);
-  constexpr catalogue::Ids kTexts{.first = kPresence + 1, .end = kPresence + 3};
+      Row{.id = kPresence, .code = 0x600008}, Row{.id = kTexts},
+      Row{.id = kTexts + 1, .code = 0x10, .as = kText, .text = text_unless_zero},
+      Row{.id = kTexts + 2, .code = 0x11, .as = kText, .text = text_unless_zero}};
+  static constexpr catalogue::RowTable kTable(kRows, {.texts = kTexts});
   DeviceDouble device;
   device.values = {{0x600008, 1}, {0x10, 1}, {0x11, 0}};
   RawMap codes = catalogue::code_map(kRows);
   StringMap out{{9, "kept"}};
   const auto read = [&](ReadEntry entry) {
-    return catalogue::read_texts(entry, codes, kTable, kTexts, &out);
+    return catalogue::read_texts(entry, codes, kTable, &out);
   };
   EXPECT_EQ(read(nullptr), IOT_STATUS_NOT_READY);
   device.values[0x600008] = 0;
@@ -106,7 +106,7 @@ TEST(Catalogue, TextsOfInformationItems) {
   EXPECT_EQ(out, (StringMap{{9, "kept"}}));
   device.values[0x600008] = 1;
   EXPECT_EQ(read(&DeviceDouble::get), IOT_STATUS_SUCCESS);
-  EXPECT_EQ(out, (StringMap{{kPresence + 1, "text"}}));  // an empty text is not stored
+  EXPECT_EQ(out, (StringMap{{kTexts + 1, "text"}}));  // an empty text is not stored
 }
 
 }  // namespace
