@@ -135,13 +135,13 @@ struct Count {
 };
 
 /// A family whose items repeat by rule, in one package an instance, numbered from 1. Its rows have
-/// the IDs of instance 0 and the codes of instance 1. In names, {n} is the number and {i} one less.
+/// the IDs of instance 0 and the codes of instance 1. In names {n} is the number, {i} one less.
 struct Instances {
   std::string_view word;  ///< what an instance is called
   unsigned int max;
   unsigned int code_step;
-  std::string_view package_name;
-  std::string_view item_prefix{};
+  std::string_view package_suffix;    ///< after the family's name, in a package's
+  bool in_item_names = false;         ///< which begin with the package's name and a blank
   bool in_row_order = false;          ///< how a package's elements stand; else in that of their IDs
   std::span<const Count> counted_by;  ///< the first that holds
 };

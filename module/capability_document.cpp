@@ -46,14 +46,14 @@ Status append_elements_if_any(std::vector<json_t*>* list, JsonList* elements, co
              : append_elements_to_IPSO_pkgs(list, elements, bn, bu, id, kPackageVersion);
 }
 
-void append_function_package(JsonList* families, JsonList* packages, std::string_view name,
+void append_function_package(JsonList* families, JsonList* packages, const std::string& name,
                              unsigned int id) {
   if (packages->empty()) {
     return;
   }
   append_built(families->get(), [&](json_t** family) {
     const Status status =
-        IoTJsonUtility::create_json_func_package(packages->values(), std::string(name), id, family);
+        IoTJsonUtility::create_json_func_package(packages->values(), name, id, family);
     packages->release();
     return status;
   });
@@ -66,6 +66,21 @@ const catalogue::Package& package_of(const catalogue::Sheet& sheet, unsigned int
   return found == sheet.packages.end() ? kPlain : *found;
 }
 
+// The package's "bu". A package without one asks for none: what IDs are units of is the families'.
+template <typename Device>
+std::string base_unit_of(const catalogue::Package& package) {
+  return package.unit_id != 0 ? Device::get_unit_by_id(package.unit_id) : "";
+}
+
+template <typename Device>
+std::string family_name() {
+  if constexpr (requires { Device::NAME_DEVICE; }) {
+    return Device::NAME_DEVICE;
+  } else {
+    return std::string(Device::sheet().name);
+  }
+}
+
 JsonList shared_copy(const JsonList& list) {
   std::vector<json_t*> copy = list.values();
   for (json_t* value : copy) {
@@ -76,103 +91,48 @@ JsonList shared_copy(const JsonList& list) {
 
 }  // namespace
 
-Status KovaDevice::update_capability() {
-  try {
-    JsonList list;
-    families::visit_all([&](const auto& family) {
-      add_family<typename std::decay_t<decltype(family)>::Adapter>(&list);
-    });
-    if (list.empty()) {
-      return IOT_STATUS_JSON_ERROR;
-    }
-    json_t* document = nullptr;
-    const Status status = IoTJsonUtility::create_json_capability_package(list.values(), &document);
-    capability_.reset(document);
-    return status;
-  } catch (...) {
-    return IOT_STATUS_NOT_READY;
-  }
+template <typename Device, typename Values>
+Status KovaDevice::update_group(unsigned int heading, Values values, PackageList* list) {
+  return update_IPSO_pkgs(std::move(values), list, heading, Device::get_name_by_id(heading),
+                          base_unit_of<Device>(package_of(Device::sheet(), heading)));
 }
 
-template <typename Device>
-void KovaDevice::add_family(JsonList* families) {
-  Device& device = adapter<Device>();
-  if (!device.is_available()) {
-    return;
-  }
-  const catalogue::Sheet& sheet = Device::sheet();
-  JsonList packages;
-  JsonList second_packages;
-  update_packages(device, packages.get(), second_packages.get());
-  append_function_package(families, &packages, sheet.name, sheet.id);
-  append_function_package(families, &second_packages, sheet.second_family, sheet.second_family_id);
-}
-
-template <typename Device>
-void KovaDevice::update_packages(Device& device, PackageList* list, PackageList* second_list) {
-  device.visit_packages([&](unsigned int heading, auto items) {
-    update_package<Device>(heading, std::move(items), list, second_list);
-  });
-}
-
-void KovaDevice::update_packages(Device_SDRAM& device, PackageList* list,
-                                 PackageList* /*second_list*/) {
-  // The count is asked before every module; a garbled one must not hang the agent's start.
-  for (unsigned int i = 0; i < device.GetSDRAMCount() && i < Device_SDRAM::sheet().instances->max;
-       ++i) {
-    update_sdram_info_IPSO_pkgs(list, i);
-  }
-}
-
-void KovaDevice::update_packages(Device_PoE& /*device*/, PackageList* list,
-                                 PackageList* /*second_list*/) {
-  update_poe_IPSO_pkgs(list);
-}
-
-template <typename Device>
-Status KovaDevice::update_package(unsigned int heading, RawMap values, PackageList* list,
-                                  PackageList* second_list) {
-  const catalogue::Package& package = package_of(Device::sheet(), heading);
-  const std::string unit = Device::get_unit_by_id(package.unit_id);
-  return update_IPSO_pkgs(std::move(values), list, heading, Device::get_name_by_id(heading), unit,
-                          package.second_id != 0 ? second_list : nullptr, package.second_id,
-                          std::string(package.second_name), unit);
-}
-
-template <typename Device>
-Status KovaDevice::update_package(unsigned int heading, StringMap texts, PackageList* list,
-                                  PackageList* /*second_list*/) {
-  const std::string name = Device::get_name_by_id(heading);
-  return update_IPSO_pkgs(std::move(texts), list, heading,
-                          name.empty() ? std::string(Device::sheet().name) : name,
-                          Device::get_unit_by_id(package_of(Device::sheet(), heading).unit_id));
+Status KovaDevice::update_board_group(unsigned int heading, RawMap values, PackageList* trk_list,
+                                      PackageList* hwm_list, const std::string& hwm_name) {
+  const catalogue::Package& package = package_of(trk7000::kSheet, heading);
+  const std::string unit = base_unit_of<Device_TRK7000>(package);
+  return update_IPSO_pkgs(std::move(values), trk_list, heading,
+                          Device_TRK7000::get_name_by_id(heading), unit, hwm_list,
+                          package.second_id, hwm_name, unit);
 }
 
 Status KovaDevice::update_sdram_info_IPSO_pkgs(PackageList* list, unsigned int module_index) {
   const unsigned int module_number = module_index + 1;
   return update_IPSO_pkgs(module_number, adapter<Device_SDRAM>().get_info_map(module_index), list,
-                          sdram::kFamily + module_number, "SDRAM" + std::to_string(module_index),
+                          sdram::kFamily + module_number,
+                          family_name<Device_SDRAM>() + std::to_string(module_index),
                           Device_SDRAM::get_unit_by_id(sdram::kFamily));
 }
 
 Status KovaDevice::update_sbaterry_info_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_SBATTERY>(sbattery::kFamily,
-                                         adapter<Device_SBATTERY>().get_info_map(), list);
+  return update_IPSO_pkgs(adapter<Device_SBATTERY>().get_info_map(), list, sbattery::kFamily,
+                          family_name<Device_SBATTERY>(),
+                          Device_SBATTERY::get_unit_by_id(sbattery::kFamily));
 }
 
 Status KovaDevice::update_trk7k_info_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_TRK7000>(trk7000::kInformation,
-                                        adapter<Device_TRK7000>().get_info_map(), list);
+  return update_group<Device_TRK7000>(trk7000::kInformation,
+                                      adapter<Device_TRK7000>().get_info_map(), list);
 }
 
 Status KovaDevice::update_trk7k_fans_IPSO_pkgs(PackageList* trk_list, PackageList* hwm_list) {
-  return update_package<Device_TRK7000>(
-      trk7000::kOnboardFans, adapter<Device_TRK7000>().get_ob_fans(), trk_list, hwm_list);
+  return update_board_group(trk7000::kOnboardFans, adapter<Device_TRK7000>().get_ob_fans(),
+                            trk_list, hwm_list, CONST_FAN);
 }
 
 Status KovaDevice::update_trk7k_temp_IPSO_pkgs(PackageList* trk_list, PackageList* hwm_list) {
-  return update_package<Device_TRK7000>(trk7000::kTemperatures,
-                                        adapter<Device_TRK7000>().get_temps(), trk_list, hwm_list);
+  return update_board_group(trk7000::kTemperatures, adapter<Device_TRK7000>().get_temps(), trk_list,
+                            hwm_list, CONST_TEMP);
 }
 
 Status KovaDevice::update_poe_IPSO_pkgs(PackageList* list) {
@@ -213,31 +173,107 @@ Status KovaDevice::update_poe_IPSO_pkgs(PackageList* list) {
 }
 
 Status KovaDevice::update_pic_info_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_PIC>(pic::kInformation, adapter<Device_PIC>().get_info_map(), list);
+  return update_group<Device_PIC>(pic::kInformation, adapter<Device_PIC>().get_info_map(), list);
 }
 
 Status KovaDevice::update_pic_defaults_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_PIC>(pic::kDefaultView, adapter<Device_PIC>().get_defaults_map(),
-                                    list);
+  return update_group<Device_PIC>(pic::kDefaultView, adapter<Device_PIC>().get_defaults_map(),
+                                  list);
 }
 
 Status KovaDevice::update_pic_settings_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_PIC>(pic::kCurrentView, adapter<Device_PIC>().get_settings_map(),
-                                    list);
+  return update_group<Device_PIC>(pic::kCurrentView, adapter<Device_PIC>().get_settings_map(),
+                                  list);
 }
 
 Status KovaDevice::update_pic_real_status_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_PIC>(pic::kStatus, adapter<Device_PIC>().get_status_map(), list);
+  return update_group<Device_PIC>(pic::kStatus, adapter<Device_PIC>().get_status_map(), list);
 }
 
 Status KovaDevice::update_gsensor_data_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_GSensor>(gsensor::kData, adapter<Device_GSensor>().get_data_map(),
-                                        list);
+  return update_group<Device_GSensor>(gsensor::kData, adapter<Device_GSensor>().get_data_map(),
+                                      list);
 }
 
 Status KovaDevice::update_gsensor_settings_IPSO_pkgs(PackageList* list) {
-  return update_package<Device_GSensor>(gsensor::kSettings,
-                                        adapter<Device_GSensor>().get_settings_map(), list);
+  return update_group<Device_GSensor>(gsensor::kSettings,
+                                      adapter<Device_GSensor>().get_settings_map(), list);
+}
+
+template <typename Device>
+void KovaDevice::update_packages(PackageList* /*list*/, PackageList* /*hwm_list*/) {
+  static_assert(sizeof(Device) == 0, "a family whose packages are not told below");
+}
+
+template <>
+void KovaDevice::update_packages<Device_SDRAM>(PackageList* list, PackageList* /*hwm_list*/) {
+  // The count is asked before every module; a garbled one must not hang the agent's start.
+  const Device_SDRAM& modules = adapter<Device_SDRAM>();
+  for (unsigned int i = 0; i < modules.GetSDRAMCount() && i < sdram::kSheet.instances->max; ++i) {
+    update_sdram_info_IPSO_pkgs(list, i);
+  }
+}
+
+template <>
+void KovaDevice::update_packages<Device_SBATTERY>(PackageList* list, PackageList* /*hwm_list*/) {
+  update_sbaterry_info_IPSO_pkgs(list);
+}
+
+template <>
+void KovaDevice::update_packages<Device_TRK7000>(PackageList* list, PackageList* hwm_list) {
+  update_trk7k_info_IPSO_pkgs(list);
+  update_trk7k_fans_IPSO_pkgs(list, hwm_list);
+  update_trk7k_temp_IPSO_pkgs(list, hwm_list);
+}
+
+template <>
+void KovaDevice::update_packages<Device_PoE>(PackageList* list, PackageList* /*hwm_list*/) {
+  update_poe_IPSO_pkgs(list);
+}
+
+template <>
+void KovaDevice::update_packages<Device_PIC>(PackageList* list, PackageList* /*hwm_list*/) {
+  update_pic_info_IPSO_pkgs(list);
+  update_pic_defaults_IPSO_pkgs(list);
+  update_pic_settings_IPSO_pkgs(list);
+  update_pic_real_status_IPSO_pkgs(list);
+}
+
+template <>
+void KovaDevice::update_packages<Device_GSensor>(PackageList* list, PackageList* /*hwm_list*/) {
+  update_gsensor_data_IPSO_pkgs(list);
+  update_gsensor_settings_IPSO_pkgs(list);
+}
+
+template <typename Device>
+void KovaDevice::add_family(JsonList* families) {
+  if (!adapter<Device>().is_available()) {
+    return;
+  }
+  const catalogue::Sheet& sheet = Device::sheet();
+  JsonList packages;
+  JsonList hwm_packages;
+  update_packages<Device>(packages.get(), hwm_packages.get());
+  append_function_package(families, &packages, family_name<Device>(), sheet.id);
+  append_function_package(families, &hwm_packages, CONST_HWM, sheet.second_family_id);
+}
+
+Status KovaDevice::update_capability() {
+  try {
+    JsonList list;
+    families::visit_all([&](const auto& family) {
+      add_family<typename std::decay_t<decltype(family)>::Adapter>(&list);
+    });
+    if (list.empty()) {
+      return IOT_STATUS_JSON_ERROR;
+    }
+    json_t* document = nullptr;
+    const Status status = IoTJsonUtility::create_json_capability_package(list.values(), &document);
+    capability_.reset(document);
+    return status;
+  } catch (...) {
+    return IOT_STATUS_NOT_READY;
+  }
 }
 
 Status KovaDevice::append_json_to_vector(std::vector<json_t*>* list, unsigned int id, void* data) {

@@ -1,7 +1,10 @@
 // The manager's start, its routing and the creation of single elements.
 #include "module/kova_device.h"
 
+#include <algorithm>
+
 #include "framework/device_library.h"
+#include "framework/iot_json_utility.h"
 #include "framework/item_id.h"
 #include "framework/load_time.h"
 
@@ -10,12 +13,21 @@ namespace {
 template <typename Known>
 using AdapterOf = typename std::decay_t<Known>::Adapter;
 
+// What the board's sheet calls a group in the second family.
+std::string second_name_of(unsigned int heading) {
+  const auto package =
+      std::ranges::find(trk7000::kSheet.packages, heading, &catalogue::Package::id);
+  return std::string(package->second_name);
+}
+
 }  // namespace
 
 const std::string KovaDevice::CONST_HWM =
     load_time::build(+[] { return std::string(trk7000::kSheet.second_family); });
-const std::string KovaDevice::CONST_TEMP = "Temperature";
-const std::string KovaDevice::CONST_FAN = "Fan Speed";
+const std::string KovaDevice::CONST_TEMP =
+    load_time::build(+[] { return second_name_of(trk7000::kTemperatures); });
+const std::string KovaDevice::CONST_FAN =
+    load_time::build(+[] { return second_name_of(trk7000::kOnboardFans); });
 
 KovaDevice::KovaDevice() : library_(LibLoad("libKOVADevice")) {
   if (library_ != nullptr) {
@@ -32,6 +44,11 @@ KovaDevice::KovaDevice() : library_(LibLoad("libKOVADevice")) {
     using Device = AdapterOf<decltype(family)>;
     std::get<std::unique_ptr<Device>>(adapters_) = std::make_unique<Device>();
   });
+}
+
+KovaDevice::~KovaDevice() {
+  json_t* document = capability_.release();
+  IoTJsonUtility::free_json_obj(&document);
 }
 
 bool KovaDevice::is_available() {

@@ -23,7 +23,8 @@ class KovaDevice {
   /// Loads the device library, hands its entries to the families and creates the adapters, some of
   /// which read the device. Without a library the adapters report themselves absent.
   KovaDevice();
-  ~KovaDevice() = default;
+  /// Empties and releases the document, whoever else holds it.
+  ~KovaDevice();
   KovaDevice(const KovaDevice&) = delete;
   KovaDevice& operator=(const KovaDevice&) = delete;
 
@@ -107,18 +108,16 @@ class KovaDevice {
   template <typename Device>
   void add_family(JsonList* families);
 
-  // The IPSO packages of a family, by its sheet.
+  // The IPSO packages of a family, in the document's order; the second list is the Hardware
+  // Monitor's. There is one specialisation a family, in capability_document.cpp.
   template <typename Device>
-  void update_packages(Device& device, PackageList* list, PackageList* second_list);
-  void update_packages(Device_SDRAM& device, PackageList* list, PackageList* second_list);
-  void update_packages(Device_PoE& device, PackageList* list, PackageList* second_list);
+  void update_packages(PackageList* list, PackageList* hwm_list);
 
-  template <typename Device>
-  Status update_package(unsigned int heading, RawMap values, PackageList* list,
-                        PackageList* second_list = nullptr);
-  template <typename Device>
-  Status update_package(unsigned int heading, StringMap texts, PackageList* list,
-                        PackageList* second_list = nullptr);
+  // A group under its heading's name and its sheet's unit.
+  template <typename Device, typename Values>
+  Status update_group(unsigned int heading, Values values, PackageList* list);
+  Status update_board_group(unsigned int heading, RawMap values, PackageList* trk_list,
+                            PackageList* hwm_list, const std::string& hwm_name);
 
   template <typename Value>
   std::vector<json_t*> create_elements(unsigned int base, std::map<unsigned int, Value> values);

@@ -52,14 +52,6 @@ class Device_TRK7000 : public catalogue::MapFamily<Device_TRK7000> {
   void update_ob_fans();
   Status update_info();
 
-  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
-  template <typename Visit>
-  void visit_packages(const Visit& visit) {
-    visit(trk7000::kInformation, get_info_map());
-    visit(trk7000::kOnboardFans, get_ob_fans());
-    visit(trk7000::kTemperatures, get_temps());
-  }
-
  private:
   RawMap ob_fan_values_;
   RawMap vtin_values_;

@@ -133,7 +133,8 @@ constinit const catalogue::Sheet trk7000::kSheet{.name = "TRK-7000",
 
 ReadEntry Device_TRK7000::get_func = nullptr;
 
-const std::string Device_TRK7000::NAME_DEVICE = "TRK-7000";
+const std::string Device_TRK7000::NAME_DEVICE =
+    load_time::build(+[] { return std::string(trk7000::kSheet.name); });
 StringMap Device_TRK7000::device_name_map = load_time::build(init_device_name_map);
 StringMap Device_TRK7000::unit_map = load_time::build(init_unit_map);
 StringMap Device_TRK7000::desc_map = load_time::build(init_desc_map);

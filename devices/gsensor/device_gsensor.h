@@ -54,13 +54,6 @@ class Device_GSensor : public catalogue::MapFamily<Device_GSensor> {
   void update_settings();
   void update_data();
 
-  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
-  template <typename Visit>
-  void visit_packages(const Visit& visit) {
-    visit(gsensor::kData, get_data_map());
-    visit(gsensor::kSettings, get_settings_map());
-  }
-
  private:
   RawMap data_values_;
   RawMap mode_values_;

@@ -125,7 +125,8 @@ constinit const catalogue::Sheet gsensor::kSheet{
 ReadEntry Device_GSensor::get_func = nullptr;
 WriteEntry Device_GSensor::set_func = nullptr;
 
-const std::string Device_GSensor::NAME_DEVICE = "GSensor";
+const std::string Device_GSensor::NAME_DEVICE =
+    load_time::build(+[] { return std::string(gsensor::kSheet.name); });
 StringMap Device_GSensor::device_name_map = load_time::build(init_device_name_map);
 StringMap Device_GSensor::unit_map = load_time::build(init_unit_map);
 StringMap Device_GSensor::desc_map = load_time::build(init_desc_map);

@@ -77,15 +77,6 @@ class Device_PIC : public catalogue::MapFamily<Device_PIC> {
   void update_defaults();
   void update_settings();
 
-  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
-  template <typename Visit>
-  void visit_packages(const Visit& visit) {
-    visit(pic::kInformation, get_info_map());
-    visit(pic::kDefaultView, get_defaults_map());
-    visit(pic::kCurrentView, get_settings_map());
-    visit(pic::kStatus, get_status_map());
-  }
-
  private:
   static void update_bounds_of(unsigned int setting);
 

@@ -240,7 +240,8 @@ not. Factory defaults cannot be changed: a write to one sets the setting of that
 ReadEntry Device_PIC::get_func = nullptr;
 WriteEntry Device_PIC::set_func = nullptr;
 
-const std::string Device_PIC::NAME_DEVICE = "PIC";
+const std::string Device_PIC::NAME_DEVICE =
+    load_time::build(+[] { return std::string(pic::kSheet.name); });
 StringMap Device_PIC::device_name_map = load_time::build(init_device_name_map);
 StringMap Device_PIC::unit_map = load_time::build(init_unit_map);
 StringMap Device_PIC::desc_map = load_time::build(init_desc_map);

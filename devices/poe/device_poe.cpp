@@ -7,6 +7,7 @@
 #include "framework/conversion.h"
 #include "framework/element.h"
 #include "framework/item_id.h"
+#include "framework/load_time.h"
 
 namespace {
 
@@ -112,7 +113,8 @@ void make_element(unsigned int id, const void* data, json_t** out) {
 
 ReadEntry Device_PoE::get_func = nullptr;
 WriteEntry Device_PoE::set_func = nullptr;
-const std::string Device_PoE::NAME_DEVICE = "PoE";
+const std::string Device_PoE::NAME_DEVICE =
+    load_time::build(+[] { return std::string(poe::kSheet.name); });
 
 constinit const catalogue::Sheet poe::kSheet{
     .name = "PoE",
@@ -123,8 +125,8 @@ constinit const catalogue::Sheet poe::kSheet{
     .instances = catalogue::Instances{.word = "port",
                                       .max = 8,
                                       .code_step = 1,
-                                      .package_name = "PoE {n}",
-                                      .item_prefix = "PoE {n} ",
+                                      .package_suffix = " {n}",
+                                      .in_item_names = true,
                                       .in_row_order = true,
                                       .counted_by = kPortCounts}};
 
@@ -172,7 +174,8 @@ std::string Device_PoE::get_name_by_id(unsigned int id) {
     return "";
   }
   const unsigned int port = item_id::instance(id);
-  return "PoE " + (port != 0 ? std::to_string(port) + " " : "") + std::string(kind->name);
+  return NAME_DEVICE + " " + (port != 0 ? std::to_string(port) + " " : "") +
+         std::string(kind->name);
 }
 
 std::string Device_PoE::get_unit_by_id(unsigned int id) {

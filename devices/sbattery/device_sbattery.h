@@ -49,12 +49,6 @@ class Device_SBATTERY : public text_item::TextFamily<Device_SBATTERY, const unsi
   /// be read is "N/A".
   StringMap get_info_map();
 
-  /// Hands each package of the document, by its heading, to `visit(heading, items)`.
-  template <typename Visit>
-  void visit_packages(const Visit& visit) {
-    visit(kFamily, get_info_map());
-  }
-
   /// Adds one field to `*map`, "N/A" when it cannot be read; an entry already there stays. The
   /// decoder's status.
   Status get_info_to_map_single(StringMap* map, const unsigned int& id) const;

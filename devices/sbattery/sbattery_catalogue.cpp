@@ -232,7 +232,7 @@ constexpr std::array kRows{
         .note = "error bits 3..0 of BatteryStatus: 0x7"},
 };
 
-constexpr std::array kPackages{Package{.id = sbattery::kFamily}};
+constexpr std::array kPackages{Package{.id = sbattery::kFamily, .unit_id = sbattery::kFamily}};
 
 void assign_each(const StringMap& from, StringMap* to) {
   for (const auto& [id, text] : from) {

@@ -212,7 +212,7 @@ constinit const catalogue::Sheet sdram::kSheet{
     .instances = catalogue::Instances{.word = "module",
                                       .max = 255,
                                       .code_step = 0x100,
-                                      .package_name = "SDRAM{i}",
+                                      .package_suffix = "{i}",
                                       .counted_by = kModuleCounts},
     .note =
         R"(The library tells sixteen modules apart. A field that cannot be read is "N/A" in the document, or

@@ -54,8 +54,12 @@ Package package_of(const Sheet& sheet, const catalogue::Package& package) {
   return made;
 }
 
+std::string instance_name(const Sheet& sheet) {
+  return std::string(sheet.name) + std::string(sheet.instances->package_suffix);
+}
+
 Package instance_of(const Sheet& sheet) {
-  Package made{.name = std::string(sheet.instances->package_name),
+  Package made{.name = instance_name(sheet),
                .id = sheet.id + 1,  // the first one's
                .unit = {},
                .items = {}};
@@ -181,7 +185,8 @@ unsigned int id_of(const Sheet& sheet, const Row& row) {
 }
 
 std::string name_of(const Sheet& sheet, const Row& row) {
-  return std::string(sheet.instances ? sheet.instances->item_prefix : "") + std::string(row.name);
+  const bool is_numbered = sheet.instances && sheet.instances->in_item_names;
+  return (is_numbered ? instance_name(sheet) + " " : "") + std::string(row.name);
 }
 
 std::string_view unit_of(const Package& package, const Row& row) {

@@ -137,52 +137,68 @@ TEST_F(CapabilityDocument, APortThatCannotBeReadIsPublishedAsZero) {
   EXPECT_EQ(json_real_value(json_object_get(json_array_get(elements, 4), "v")), 0.0);
 }
 
-// Each group by itself is what it is in the whole document.
-TEST_F(CapabilityDocument, GroupsAreBuiltOneByOneToo) {
-  using List = KovaDevice::PackageList;
-  using One = Status (KovaDevice::*)(List*);
-  using Two = Status (KovaDevice::*)(List*, List*);
+// Gives a map an entry for as long as it lives.
+class Entry {
+ public:
+  Entry(StringMap& map, unsigned int id, const char* text) : map_(map), before_(map) {
+    map_[id] = text;
+  }
+  ~Entry() { map_ = before_; }
+  Entry(const Entry&) = delete;
+  Entry& operator=(const Entry&) = delete;
+
+ private:
+  StringMap& map_;
+  StringMap before_;
+};
+
+// Under which IDs a group's "bn" and "bu" are looked up, and which are looked up under none.
+TEST_F(CapabilityDocument, NamesAndUnitsOfGroupsAreAskedUnderTheirIds) {
+  using Update = Status (KovaDevice::*)(KovaDevice::PackageList*);
+  const struct {
+    Update update;
+    StringMap &names, &units;
+    unsigned int id;
+    const char *name, *unit;  // with these entries in the maps, for the ID and for 0
+  } cases[] = {
+      {&KovaDevice::update_sbaterry_info_IPSO_pkgs, Device_SBATTERY::device_name_map,
+       Device_SBATTERY::unit_map, 0x14190000, "SMART BATTERY", "a unit"},
+      {&KovaDevice::update_pic_info_IPSO_pkgs, Device_PIC::device_name_map, Device_PIC::unit_map,
+       0x14160600, "", ""},
+      {&KovaDevice::update_pic_settings_IPSO_pkgs, Device_PIC::device_name_map,
+       Device_PIC::unit_map, 0x14160710, "", ""},
+      {&KovaDevice::update_trk7k_info_IPSO_pkgs, Device_TRK7000::device_name_map,
+       Device_TRK7000::unit_map, 0x14170600, "", ""},
+      {&KovaDevice::update_gsensor_data_IPSO_pkgs, Device_GSensor::device_name_map,
+       Device_GSensor::unit_map, 0x14150900, "", "a unit"},
+  };
   load_reference_machine(&device);
   KovaDevice manager;
-  const JsonOwner whole = reference_document();
-  const auto expect = [&](List made, const char* family, const char* package) {
-    const JsonList owner(std::move(made));
-    ASSERT_EQ(owner.values().size(), 1U) << package;
-    json_object_set_new(owner.values()[0], "bt", json_integer(0));
-    EXPECT_EQ(first_difference(owner.values()[0],
-                               json_object_get(json_object_get(whole.get(), family), package)),
-              "");
-  };
-  const struct {
-    One update;
-    const char *family, *package;
-  } ones[] = {
-      {&KovaDevice::update_sbaterry_info_IPSO_pkgs, "SMART BATTERY", "SMART BATTERY"},
-      {&KovaDevice::update_trk7k_info_IPSO_pkgs, "TRK-7000", "Information"},
-      {&KovaDevice::update_pic_info_IPSO_pkgs, "PIC", "Information"},
-      {&KovaDevice::update_pic_defaults_IPSO_pkgs, "PIC", "Default settings"},
-      {&KovaDevice::update_pic_settings_IPSO_pkgs, "PIC", "Settings"},
-      {&KovaDevice::update_pic_real_status_IPSO_pkgs, "PIC", "Real-time status"},
-      {&KovaDevice::update_gsensor_data_IPSO_pkgs, "GSensor", "Data"},
-      {&KovaDevice::update_gsensor_settings_IPSO_pkgs, "GSensor", "Settings"},
-  };
-  for (const auto& [update, family, package] : ones) {
-    List list;
-    EXPECT_EQ((manager.*update)(&list), IOT_STATUS_SUCCESS) << package;
-    expect(list, family, package);
+  for (const auto& [update, names, units, id, name, unit] : cases) {
+    const Entry no_name(names, id, "");
+    const Entry of_id(units, id, "a unit");
+    const Entry of_none(units, 0, "of no group");
+    KovaDevice::PackageList list;
+    EXPECT_EQ((manager.*update)(&list), IOT_STATUS_SUCCESS) << std::hex << id;
+    const JsonList owner(std::move(list));
+    ASSERT_EQ(owner.values().size(), 1U) << std::hex << id;
+    EXPECT_STREQ(json_string_value(json_object_get(owner.values()[0], "bn")), name)
+        << std::hex << id;
+    EXPECT_STREQ(json_string_value(json_object_get(owner.values()[0], "bu")), unit)
+        << std::hex << id;
   }
-  const struct {
-    Two update;
-    const char *package, *second_package;
-  } twos[] = {{&KovaDevice::update_trk7k_fans_IPSO_pkgs, "Onboard fan speeds", "Fan Speed"},
-              {&KovaDevice::update_trk7k_temp_IPSO_pkgs, "Temperatures", "Temperature"}};
-  for (const auto& [update, package, second_package] : twos) {
-    List list;
-    List second_list;
-    EXPECT_EQ((manager.*update)(&list, &second_list), IOT_STATUS_SUCCESS) << package;
-    expect(list, "TRK-7000", package);
-    expect(second_list, "Hardware Monitor", second_package);
+}
+
+TEST_F(CapabilityDocument, EndsEmptyWithItsManager) {
+  load_reference_machine(&device);
+  JsonOwner held;
+  {
+    KovaDevice manager;
+    unsigned int status = 0;
+    held.reset(json_incref(manager.get_capability(&status)));
+    EXPECT_EQ(json_object_size(held.get()), json_object_size(reference_document().get()));
   }
+  EXPECT_EQ(json_object_size(held.get()), 0U);
 }
 
 TEST_F(CapabilityDocument, AGroupOfNothingIsNone) {
