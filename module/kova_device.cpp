@@ -20,13 +20,15 @@ std::string second_name_of(unsigned int heading) {
   return std::string(package->second_name);
 }
 
+constexpr int kPlace = load_time::place(1);
+
 }  // namespace
 
-const std::string KovaDevice::CONST_HWM =
+[[gnu::init_priority(kPlace)]] const std::string KovaDevice::CONST_HWM =
     load_time::build(+[] { return std::string(trk7000::kSheet.second_family); });
-const std::string KovaDevice::CONST_TEMP =
+[[gnu::init_priority(kPlace)]] const std::string KovaDevice::CONST_TEMP =
     load_time::build(+[] { return second_name_of(trk7000::kTemperatures); });
-const std::string KovaDevice::CONST_FAN =
+[[gnu::init_priority(kPlace)]] const std::string KovaDevice::CONST_FAN =
     load_time::build(+[] { return second_name_of(trk7000::kOnboardFans); });
 
 KovaDevice::KovaDevice() : library_(LibLoad("libKOVADevice")) {

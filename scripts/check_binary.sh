@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks the built plug-in: exported functions, hardening, what it links; and that the interface
-# header compiles alone. Usage: scripts/check_binary.sh BUILD_DIR
+# Checks the built plug-in: exported functions, hardening, what it links, in which order its objects
+# are made; and that the interface header compiles alone. Usage: scripts/check_binary.sh BUILD_DIR
 # Prints every finding and exits 1 when there is one; prints nothing otherwise.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -12,6 +12,30 @@ findings=0
 finding() {
   echo "$plugin: $*" >&2
   findings=1
+}
+
+# The names of the plug-in's objects in the order in which they are made: each then asks for its end.
+objects_made() {
+  local work
+  work=$(mktemp -d)
+  "${CC:-gcc}" -shared -fPIC -x c - -o "$work/ends.so" <<'C'
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <stdio.h>
+#include <string.h>
+int __cxa_atexit(void (*end)(void *), void *object, void *library) {
+  int (*next)(void (*)(void *), void *, void *) = dlsym(RTLD_NEXT, "__cxa_atexit");
+  Dl_info of;
+  if (object && dladdr(object, &of) && strstr(of.dli_fname, "libKovaIoT.so"))
+    dprintf(1, "%016lx\n", (unsigned long)((char *)object - (char *)of.dli_fbase));
+  return next(end, object, library);
+}
+C
+  nm -C "$plugin" | sed 's/\[abi:cxx11\]//; s/KovaDevice:://' >"$work/names"
+  LD_PRELOAD=$work/ends.so python3 -c 'import ctypes, sys; ctypes.CDLL(sys.argv[1])' "$plugin" |
+    awk 'NR == FNR { if ($2 ~ /[bBdDrR]/) name[$1] = $3; next }
+         { printf "%s%s", (FNR > 1 ? " " : ""), name[$1] }' "$work/names" -
+  rm -r "$work"
 }
 
 dynamic=$(readelf -dW "$plugin")
@@ -59,6 +83,20 @@ for library in libjansson.so.4 libstdc++.so.6; do
 done
 grep '(SONAME)' <<<"$dynamic" | grep -v '\[libKovaIoT.so\]' && finding "a versioned name"
 grep -q -E '\((RPATH|RUNPATH)\)' <<<"$dynamic" && finding "a library search path"
+
+# What is made while it is loaded is made in this order. A family that is not among these, and tells
+# no place, comes after them.
+wanted='CONST_HWM CONST_TEMP CONST_FAN Device_PoE::NAME_DEVICE'
+for family in PIC TRK7000 GSensor; do
+  for object in NAME_DEVICE device_name_map unit_map desc_map kova_id_map bound_map; do
+    wanted+=" Device_$family::$object"
+  done
+done
+for family in SDRAM SBATTERY; do
+  wanted+=" Device_$family::device_name_map Device_$family::unit_map Device_$family::bound_map"
+done
+made=$(objects_made)
+[[ $made == "$wanted"* ]] || finding "its objects are made in another order: $made"
 
 # The header needs nothing before it.
 strict="-fsyntax-only -Wall -Wextra -Wpedantic -Werror"

@@ -115,6 +115,8 @@ constexpr std::array kPackages{
             .second_id = 0x20100},
 };
 
+constexpr int kPlace = load_time::place(4);
+
 }  // namespace
 
 constinit const catalogue::RowTable trk7000::kTable(kRows, {.texts = kInformation});
@@ -133,10 +135,13 @@ constinit const catalogue::Sheet trk7000::kSheet{.name = "TRK-7000",
 
 ReadEntry Device_TRK7000::get_func = nullptr;
 
-const std::string Device_TRK7000::NAME_DEVICE =
+[[gnu::init_priority(kPlace)]] const std::string Device_TRK7000::NAME_DEVICE =
     load_time::build(+[] { return std::string(trk7000::kSheet.name); });
-StringMap Device_TRK7000::device_name_map = load_time::build(init_device_name_map);
-StringMap Device_TRK7000::unit_map = load_time::build(init_unit_map);
-StringMap Device_TRK7000::desc_map = load_time::build(init_desc_map);
-RawMap Device_TRK7000::kova_id_map = load_time::build(init_kova_id_map);
-RangeMap Device_TRK7000::bound_map = load_time::build(init_bound_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_TRK7000::device_name_map =
+    load_time::build(init_device_name_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_TRK7000::unit_map = load_time::build(init_unit_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_TRK7000::desc_map = load_time::build(init_desc_map);
+[[gnu::init_priority(kPlace)]] RawMap Device_TRK7000::kova_id_map =
+    load_time::build(init_kova_id_map);
+[[gnu::init_priority(kPlace)]] RangeMap Device_TRK7000::bound_map =
+    load_time::build(init_bound_map);

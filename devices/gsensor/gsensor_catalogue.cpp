@@ -102,6 +102,8 @@ constexpr std::array kPackages{
     Package{.id = gsensor::kSettings},
 };
 
+constexpr int kPlace = load_time::place(5);
+
 }  // namespace
 
 constinit const catalogue::RowTable gsensor::kTable(kRows, {.takes_writes = true});
@@ -125,10 +127,13 @@ constinit const catalogue::Sheet gsensor::kSheet{
 ReadEntry Device_GSensor::get_func = nullptr;
 WriteEntry Device_GSensor::set_func = nullptr;
 
-const std::string Device_GSensor::NAME_DEVICE =
+[[gnu::init_priority(kPlace)]] const std::string Device_GSensor::NAME_DEVICE =
     load_time::build(+[] { return std::string(gsensor::kSheet.name); });
-StringMap Device_GSensor::device_name_map = load_time::build(init_device_name_map);
-StringMap Device_GSensor::unit_map = load_time::build(init_unit_map);
-StringMap Device_GSensor::desc_map = load_time::build(init_desc_map);
-RawMap Device_GSensor::kova_id_map = load_time::build(init_kova_id_map);
-RangeMap Device_GSensor::bound_map = load_time::build(init_bound_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_GSensor::device_name_map =
+    load_time::build(init_device_name_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_GSensor::unit_map = load_time::build(init_unit_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_GSensor::desc_map = load_time::build(init_desc_map);
+[[gnu::init_priority(kPlace)]] RawMap Device_GSensor::kova_id_map =
+    load_time::build(init_kova_id_map);
+[[gnu::init_priority(kPlace)]] RangeMap Device_GSensor::bound_map =
+    load_time::build(init_bound_map);

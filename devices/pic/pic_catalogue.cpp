@@ -217,6 +217,8 @@ constexpr std::array kPackages{
     Package{.id = pic::kStatus},
 };
 
+constexpr int kPlace = load_time::place(3);
+
 }  // namespace
 
 constinit const catalogue::RowTable pic::kTable(kRows,
@@ -240,10 +242,11 @@ not. Factory defaults cannot be changed: a write to one sets the setting of that
 ReadEntry Device_PIC::get_func = nullptr;
 WriteEntry Device_PIC::set_func = nullptr;
 
-const std::string Device_PIC::NAME_DEVICE =
+[[gnu::init_priority(kPlace)]] const std::string Device_PIC::NAME_DEVICE =
     load_time::build(+[] { return std::string(pic::kSheet.name); });
-StringMap Device_PIC::device_name_map = load_time::build(init_device_name_map);
-StringMap Device_PIC::unit_map = load_time::build(init_unit_map);
-StringMap Device_PIC::desc_map = load_time::build(init_desc_map);
-RawMap Device_PIC::kova_id_map = load_time::build(init_kova_id_map);
-RangeMap Device_PIC::bound_map = load_time::build(init_bound_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_PIC::device_name_map =
+    load_time::build(init_device_name_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_PIC::unit_map = load_time::build(init_unit_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_PIC::desc_map = load_time::build(init_desc_map);
+[[gnu::init_priority(kPlace)]] RawMap Device_PIC::kova_id_map = load_time::build(init_kova_id_map);
+[[gnu::init_priority(kPlace)]] RangeMap Device_PIC::bound_map = load_time::build(init_bound_map);

@@ -109,11 +109,13 @@ void make_element(unsigned int id, const void* data, json_t** out) {
   create_first_keys(*kind, Device_PoE::get_name_by_id(id), id, raw, out);
 }
 
+constexpr int kPlace = load_time::place(2);
+
 }  // namespace
 
 ReadEntry Device_PoE::get_func = nullptr;
 WriteEntry Device_PoE::set_func = nullptr;
-const std::string Device_PoE::NAME_DEVICE =
+[[gnu::init_priority(kPlace)]] const std::string Device_PoE::NAME_DEVICE =
     load_time::build(+[] { return std::string(poe::kSheet.name); });
 
 constinit const catalogue::Sheet poe::kSheet{

@@ -243,7 +243,7 @@ void assign_each(const StringMap& from, StringMap* to) {
 }  // namespace
 
 ReadEntry Device_SBATTERY::get_func = nullptr;
-StringMap Device_SBATTERY::device_name_map;
+StringMap Device_SBATTERY::device_name_map;  // the last at load: they tell no place
 StringMap Device_SBATTERY::unit_map;
 RangeMap Device_SBATTERY::bound_map;
 

@@ -198,6 +198,8 @@ constexpr std::array kRows{
 
 constexpr std::array kModuleCounts{Count{.code = kModuleCount}};
 
+constexpr int kPlace = load_time::place(6);
+
 }  // namespace
 
 ReadEntry Device_SDRAM::get_func = nullptr;
@@ -235,6 +237,7 @@ RangeMap Device_SDRAM::init_bound_map() {
   return catalogue::bound_map(kRows);
 }
 
-StringMap Device_SDRAM::device_name_map = load_time::build(init_device_name_map);
-StringMap Device_SDRAM::unit_map = load_time::build(init_unit_map);
-RangeMap Device_SDRAM::bound_map = load_time::build(init_bound_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_SDRAM::device_name_map =
+    load_time::build(init_device_name_map);
+[[gnu::init_priority(kPlace)]] StringMap Device_SDRAM::unit_map = load_time::build(init_unit_map);
+[[gnu::init_priority(kPlace)]] RangeMap Device_SDRAM::bound_map = load_time::build(init_bound_map);
