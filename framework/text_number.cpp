@@ -1,12 +1,14 @@
 // Locale-independent conversions between numbers and texts.
 #include "framework/text_number.h"
 
+#include <langinfo.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <cstdlib>
 
 namespace {
 
@@ -20,13 +22,15 @@ std::string written(Format... format) {
   return {buffer.data(), result.ptr};
 }
 
-// Drops the blanks and the plus sign that std::from_chars does not take. A sign after the plus
-// makes the text no number.
-std::string_view without_blanks_and_plus(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-  if (text.starts_with('+')) {
-    text.remove_prefix(1);
-    return text.starts_with('-') ? std::string_view{} : text;
+// A number as the host's locale would write it, which strtod looks for: the locale is the host's
+// own and stays as it is. Where it writes a comma, a comma is no part of the number.
+std::string with_hosts_point(std::string text) {
+  const std::string point = nl_langinfo(RADIXCHAR);
+  if (point != ".") {
+    text.resize(std::min(text.find(point), text.size()));
+    if (const std::size_t at = text.find('.'); at != std::string::npos) {
+      text.replace(at, 1, point);
+    }
   }
   return text;
 }
@@ -75,20 +79,10 @@ double to_six_digits(double value) {
   return real_from_text(To_String(value));
 }
 
-double real_from_text(std::string_view text) {
-  text = without_blanks_and_plus(text);
-  double value = 0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
-  return std::isfinite(value) ? value : 0;  // "inf" and "nan" are numbers to from_chars only
+double real_from_text(const std::string& text) {
+  return std::strtod(with_hosts_point(text).c_str(), nullptr);
 }
 
-int integer_from_text(std::string_view text) {
-  text = without_blanks_and_plus(text);
-  std::int64_t value = 0;
-  if (std::from_chars(text.data(), text.data() + text.size(), value).ec ==
-      std::errc::result_out_of_range) {
-    using Limits = std::numeric_limits<std::int64_t>;
-    value = text.starts_with('-') ? Limits::min() : Limits::max();
-  }
-  return static_cast<int>(static_cast<std::uint32_t>(value));
+int integer_from_text(const std::string& text) {
+  return static_cast<int>(static_cast<std::uint32_t>(std::strtoll(text.c_str(), nullptr, 10)));
 }

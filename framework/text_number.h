@@ -3,7 +3,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 /// The text that a stream in its default format prints in the classic locale: integers in decimal,
 /// reals with six significant digits and no trailing zeros ("36.85", "1e-05").
@@ -19,12 +18,13 @@ std::string To_String(double value);
 /// Hexadecimal digits, at least so many: "05".
 std::string hexadecimal(unsigned int value, std::size_t least = 1);
 
-/// The decimal number at the start of `text`, after blanks and a sign; what follows it is ignored.
-/// 0 when there is none ("N/A"), or when it lies beyond the range of double.
-double real_from_text(std::string_view text);
+/// What strtod reads at the start of `text` in the "C" locale, decimal, hexadecimal, "inf" and
+/// "nan"; 0 when there is no number ("N/A"). JSON has no infinity and no NaN: no element is made of
+/// one, and a value keeps what it had.
+double real_from_text(const std::string& text);
 
-/// As above for integers: clamped to 64 bits, of which the low 32 are the result.
-int integer_from_text(std::string_view text);
+/// What strtol reads in decimal, clamped to 64 bits, of which the low 32 are the result.
+int integer_from_text(const std::string& text);
 
 /// `value` rounded to the six significant digits that To_String writes: the number that its text
 /// reads as, to the bit, and found without the text for numbers of three decimals.

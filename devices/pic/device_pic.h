@@ -13,6 +13,9 @@
 /// defaults 0x14160721.., real-time status 0x14160801... A setting n (1..11) stands in five views:
 /// current 0x1416071n, default 0x1416072n, write target 0x1416073n, and the minimum 0x1416074n and
 /// maximum 0x1416075n that the device reports.
+///
+/// The base has neither state nor anything virtual: it spares the families with maps the same dozen
+/// one-line members each, which no caller can tell from the class's own.
 class Device_PIC : public catalogue::MapFamily<Device_PIC> {
  public:
   static constexpr unsigned int kFamily = pic::kFamily;

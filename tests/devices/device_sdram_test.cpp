@@ -76,6 +76,9 @@ TEST_F(DeviceSdramTest, MakesElementsOnlyOfItsOwnUtf8Texts) {
                {0x14181101, "VLX-\xC3(AB", nullptr},
                {0x14181101, std::string("VLX-A \0\0B", 9), "\"VLX-A \""},
                {0x14180901, "N/A", "0.0"},
+               {0x14180901, "0x10", "16.0"},
+               {0x14180901, "nan", nullptr},  // which is no JSON
+               {0x14180901, "-inf", nullptr},
                {0x14180301, "4294967295", "-1"},
                {0x14180D01, "7", "\"7\""}};
   for (const auto& c : cases) {
