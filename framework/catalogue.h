@@ -41,8 +41,14 @@ Range range_by_id(const RangeMap& map, unsigned int id);
 /// Replaces both ends of the range of `id`, or makes it.
 void update_range(RangeMap& map, unsigned int id, double min, double max);
 
-// The two below are the road of every single read and are made part of it: the calls alone would
-// cost a tenth of a read from a device library that answers at once.
+// Those below are the road of every single read or write and are made part of it: the calls alone
+// would cost a tenth of a read from a device library that answers at once.
+
+/// The code of an item. An ID without one gets code 0, and keeps it.
+[[gnu::always_inline]] inline unsigned int code_of(RawMap& codes, unsigned int id) {
+  const auto found = codes.find(id);
+  return found != codes.end() ? found->second : codes[id];
+}
 
 /// True when the presence item reads as non-zero.
 [[gnu::always_inline]] inline bool is_available(ReadEntry get_func, RawMap& codes,
@@ -65,9 +71,8 @@ void update_range(RangeMap& map, unsigned int id, double min, double max);
   if (get_func == nullptr) {
     return IOT_STATUS_NOT_READY;
   }
-  const auto found = codes.find(id);
   unsigned int raw = 0;
-  if (get_func(found != codes.end() ? found->second : codes[id], &raw) != 0) {
+  if (get_func(code_of(codes, id), &raw) != 0) {
     return IOT_STATUS_READ_FAILED;
   }
   *value = raw;

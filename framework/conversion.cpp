@@ -4,45 +4,35 @@
 #include "framework/iot_json_utility.h"
 
 namespace catalogue {
-namespace {
 
-std::uint32_t integer_word(const json_t* value) {
-  return static_cast<std::uint32_t>(json_integer_value(value));
-}
-
-std::uint32_t scaled_word(const json_t* value, std::uint32_t scale) {
+std::uint32_t scaled_word(const json_t* value, std::uint32_t steps) {
   if (!json_is_real(value)) {
-    return integer_word(value) * scale;
+    return static_cast<std::uint32_t>(json_integer_value(value)) * steps;
   }
   // 2^63: the first double above every 64-bit integer. NaN fails both comparisons.
   constexpr double kTooLarge = 9223372036854775808.0;
-  const double scaled = json_real_value(value) * scale;
+  const double scaled = json_real_value(value) * steps;
   if (!(scaled >= -kTooLarge && scaled < kTooLarge)) {
     return 0;
   }
   return static_cast<std::uint32_t>(static_cast<std::int64_t>(scaled));
 }
 
-std::uint32_t whole_word_of(const Shape& as, const json_t* value) {
+void publish_by_columns(const Shape& as, std::uint32_t raw, json_t* value) {
   switch (as.kind) {
     case Kind::kReal:
-      return scaled_word(value, steps_per_unit(as));
+      json_real_set(value, real_value(as, raw, View::kSingleRead));
+      break;
     case Kind::kInteger:
-      return integer_word(value);
+      json_integer_set(value, integer_value(as, raw, View::kSingleRead));
+      break;
     case Kind::kSwitch:
-      return json_integer_value(value) > 0 ? 1 : 0;
+      json_integer_set(value, switch_value(as, raw, View::kSingleRead));
+      break;
     case Kind::kText:
     case Kind::kNone:
       break;
   }
-  return 0;
-}
-
-}  // namespace
-
-std::uint32_t word_of(const Shape& as, const json_t* value) {
-  const std::uint32_t word = whole_word_of(as, value);
-  return as.word == Word::kLow16Signed ? word & 0xFFFFU : word;
 }
 
 Status create_first_keys(const Row& row, const std::string& name, unsigned int id,

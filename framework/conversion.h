@@ -17,17 +17,12 @@ enum class View : std::uint8_t { kDocument, kSingleRead };
 
 /// The part of the raw word that counts.
 constexpr std::int64_t part_of(Word word, std::uint32_t raw, View view) {
-  switch (word) {
-    case Word::kSigned:
-      return static_cast<std::int32_t>(raw);
-    case Word::kLow16Signed:
-      return static_cast<std::int16_t>(static_cast<std::uint16_t>(raw));
-    case Word::kLowByteInDocument:
-      return view == View::kDocument ? raw & 0xFFU : raw;
-    case Word::kWhole:
-      break;
+  if (word < Word::kSigned) {
+    const bool is_byte = view == View::kDocument && word == Word::kLowByteInDocument;
+    return is_byte ? raw & 0xFFU : raw;
   }
-  return raw;
+  return word == Word::kSigned ? static_cast<std::int32_t>(raw)
+                               : static_cast<std::int16_t>(static_cast<std::uint16_t>(raw));
 }
 
 /// What one step of the raw word is in the value's unit.
@@ -54,9 +49,7 @@ constexpr std::uint32_t steps_per_unit(const Shape& as) {
   return steps - whole < 0.5 ? whole : whole + 1;
 }
 
-// The values of the kinds. Parts of every single read, like what calls them, hence inline.
-
-[[gnu::always_inline]] inline double real_value(const Shape& as, std::uint32_t raw, View view) {
+inline double real_value(const Shape& as, std::uint32_t raw, View view) {
   const double real = real_of(as, raw, view);
   return as.through_text ? to_six_digits(real) : real;
 }
@@ -74,20 +67,20 @@ constexpr std::int64_t switch_value(const Shape& as, std::uint32_t raw, View vie
 
 /// Sets the caller's value from the raw word of an item that is no text: an integer or a real, or
 /// nothing where the JSON type is another.
+void publish_by_columns(const Shape& as, std::uint32_t raw, json_t* value);
+
+/// The same, without a look at the columns for most items.
 [[gnu::always_inline]] inline void publish(const Shape& as, std::uint32_t raw, json_t* value) {
-  switch (as.kind) {
-    case Kind::kReal:
-      json_real_set(value, real_value(as, raw, View::kSingleRead));
-      break;
-    case Kind::kInteger:
-      json_integer_set(value, integer_value(as, raw, View::kSingleRead));
-      break;
-    case Kind::kSwitch:
-      json_integer_set(value, switch_value(as, raw, View::kSingleRead));
-      break;
-    case Kind::kText:
-    case Kind::kNone:
-      break;
+  if (as.answer == Answer::kWord) {
+    json_integer_set(value, raw);
+  } else if (as.answer == Answer::kReal) {
+    json_real_set(value, real_of(as, raw));
+  } else if (as.answer == Answer::kSignedWord) {
+    json_integer_set(value, static_cast<std::int32_t>(raw));
+  } else if (as.answer == Answer::kRoundedReal) {
+    json_real_set(value, to_six_digits(real_of(as, raw)));
+  } else {
+    publish_by_columns(as, raw, value);
   }
 }
 
@@ -99,11 +92,23 @@ Status create_first_keys(const Row& row, const std::string& name, unsigned int i
 /// The text that a word by itself is: what the row's function makes of it, or its number.
 std::string text_of(const Row& row, std::uint32_t raw);
 
-/// The raw word that a written JSON number becomes; 0 for a shape that takes no numbers. A switch
-/// is 1 for an integer greater than 0, else 0; an integer its low 32 bits, and a real 0; a real is
-/// multiplied by the steps of a unit, truncated toward zero to 64 bits and sent as the low 32 in
-/// two's complement, or as 0 when it does not fit 64 bits (an integer is then multiplied in 32-bit
-/// wrapping arithmetic). Where only 16 bits count, the others are 0.
-std::uint32_t word_of(const Shape& as, const json_t* value);
+/// The value in steps, truncated toward zero to 64 bits, of which the low 32 are sent in two's
+/// complement; 0 when it does not fit 64 bits. An integer is multiplied in 32-bit wrapping
+/// arithmetic.
+std::uint32_t scaled_word(const json_t* value, std::uint32_t steps);
+
+/// The raw word that a written JSON number becomes: of a real its steps, of an integer the low 32
+/// bits (a real gives 0), of a switch 1 for an integer greater than 0, else 0; 0 for a shape that
+/// takes no numbers. Where only 16 bits count, the others are 0.
+[[gnu::always_inline]] inline std::uint32_t word_of(const Shape& as, const json_t* value) {
+  if (as.kind == Kind::kSwitch) {
+    return json_integer_value(value) > 0 ? 1 : 0;
+  }
+  const std::uint32_t word = as.kind == Kind::kReal ? scaled_word(value, steps_per_unit(as))
+                             : as.kind == Kind::kInteger
+                                 ? static_cast<std::uint32_t>(json_integer_value(value))
+                                 : 0;
+  return as.word == Word::kLow16Signed ? word & 0xFFFFU : word;
+}
 
 }  // namespace catalogue

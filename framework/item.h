@@ -1,4 +1,4 @@
-// Elements and writes of the items of a family with maps.
+// Elements of the items of a family with maps.
 #pragma once
 
 #include <jansson.h>
@@ -23,13 +23,5 @@ struct ElementMaps {
 /// ran out).
 Status create_element(const ElementMaps& maps, const Row* row, unsigned int id, const void* data,
                       json_t** out);
-
-/// Writes a JSON number to the item that takes the writes of `id`, which `row` treats. The checks
-/// in order: IOT_STATUS_NOT_READY (no write entry), IOT_STATUS_INVALID_PARAMETER (no number),
-/// IOT_STATUS_UNSUPPORTED (no setting, and not of the group of `settings`),
-/// IOT_STATUS_WRITE_FAILED. An item without a code is written at code 0, and 0 is written where
-/// there is no row.
-Status write_item(WriteEntry set_func, RawMap& codes, const Row* row, unsigned int id,
-                  unsigned int settings, const json_t* value);
 
 }  // namespace catalogue

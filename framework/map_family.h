@@ -82,6 +82,27 @@ class MapFamily {
     return catalogue::read_texts(Device::get_func, Device::kova_id_map, Device::table(), out);
   }
 
+  // Writes a JSON number to the code of the item `target`, as `row` says, or 0 where there is none.
+  // The checks in order: IOT_STATUS_NOT_READY (no write entry), IOT_STATUS_INVALID_PARAMETER (no
+  // number), IOT_STATUS_UNSUPPORTED (not `writable`), IOT_STATUS_WRITE_FAILED. A target without a
+  // code is written at code 0.
+  static Status write_item(const Row* row, bool writable, unsigned int target,
+                           const json_t* value) {
+    if (Device::set_func == nullptr) {
+      return IOT_STATUS_NOT_READY;
+    }
+    if (!json_is_number(value)) {
+      return IOT_STATUS_INVALID_PARAMETER;
+    }
+    if (!writable) {
+      return IOT_STATUS_UNSUPPORTED;
+    }
+    const std::uint32_t word = row != nullptr ? word_of(row->as, value) : 0;
+    return Device::set_func(code_of(Device::kova_id_map, target), word) == 0
+               ? IOT_STATUS_SUCCESS
+               : IOT_STATUS_WRITE_FAILED;
+  }
+
   static Status create_element(const Row* row, unsigned int id, const void* data, json_t** out) {
     return catalogue::create_element({.names = Device::device_name_map,
                                       .units = Device::unit_map,

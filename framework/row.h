@@ -36,10 +36,25 @@ enum class Kind : std::uint8_t { kNone, kSwitch, kInteger, kReal, kText };
 /// Which part of the raw word counts.
 enum class Word : std::uint8_t {
   kWhole,              ///< 32 bits, unsigned
-  kSigned,             ///< 32 bits in two's complement
   kLowByteInDocument,  ///< the document takes bits 7..0, a single read all
+  kSigned,             ///< 32 bits in two's complement
   kLow16Signed,        ///< bits 15..0 in two's complement
 };
+
+/// What a single read answers: found at compile time, because it is asked at every read.
+enum class Answer : std::uint8_t { kByColumns, kWord, kSignedWord, kReal, kRoundedReal };
+
+constexpr Answer answer_of(Kind kind, Word word, bool truncated, bool normalised,
+                           bool through_text) {
+  const bool is_number = kind == Kind::kInteger || kind == Kind::kSwitch;
+  if (kind == Kind::kReal) {
+    return through_text ? Answer::kRoundedReal : Answer::kReal;
+  }
+  if (!is_number || truncated || normalised || word == Word::kLow16Signed) {
+    return Answer::kByColumns;
+  }
+  return word == Word::kSigned || through_text ? Answer::kSignedWord : Answer::kWord;
+}
 
 /// How the raw word becomes the published value, and a written number the raw word.
 struct Shape {
@@ -52,6 +67,9 @@ struct Shape {
   bool truncated = false;     ///< the value is cut to a whole number, toward zero
   bool normalised = false;    ///< a single read of a switch answers 0 or 1, not the word
   bool through_text = false;  ///< a number is what its text reads as: six digits, or 32 bits
+
+  /// No column, but what follows from them.
+  Answer answer = answer_of(kind, word, truncated, normalised, through_text);
 };
 
 consteval Shape with_role(Shape shape, Role role) {
@@ -79,8 +97,7 @@ struct Row {
   Shape as{};
   std::string (*text)(unsigned int word) = nullptr;  ///< of an item that is one word's text
   Decoder decode = nullptr;                          ///< of a text that takes more than its word
-  unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own; a heading's
-                                ///< IDs are written at those that follow this one
+  unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own
   unsigned int default_of = 0;  ///< of a factory default: the setting's ID
   bool is_private = false;      ///< tells one machine or its user from others: serial numbers
   std::string_view note{};      ///< for docs/items.md, what no column says

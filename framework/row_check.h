@@ -33,6 +33,9 @@ consteval void check_shape(const Shape& as) {
       throw "truncated to an integer of more than 32 bits";
     }
   }
+  if (as.answer != answer_of(as.kind, as.word, as.truncated, as.normalised, as.through_text)) {
+    throw "the answer follows from the columns: it cannot be told";
+  }
   if (as.normalised && as.kind != Kind::kSwitch) {
     throw "normalised, but no switch";
   }

@@ -40,10 +40,11 @@ consteval Ids items_under(std::span<const Row> rows, unsigned int heading) {
   return ids;
 }
 
-/// What a family with a table can do.
+/// What a family with a table can do, by the IDs of headings; 0 for none.
 struct Abilities {
-  unsigned int texts = 0;  ///< the heading of its texts, which are read together
-  bool takes_writes = false;
+  unsigned int texts = 0;         ///< leads the texts, which are read together
+  unsigned int settings = 0;      ///< leads what can be written
+  unsigned int written_from = 0;  ///< leads the IDs that settings are written at, by their index
 };
 
 /// Rows of one family in ascending order of their IDs, of groups 0x00 to 0x0F, the presence item
@@ -115,8 +116,16 @@ class RowTable {
     if (row.as.through_text) {
       throw "through its text, in a family whose numbers have none";
     }
-    if (takes_writes(row) && !can.takes_writes) {
-      throw "a setting, in a family that takes no writes";
+    if (!takes_writes(row)) {
+      return;
+    }
+    if (can.settings == 0 || item_id::group(row.id) != can.settings) {
+      throw "a setting outside the group that takes writes";
+    }
+    const unsigned int target =
+        can.written_from != 0 ? can.written_from + item_id::index(row.id) : 0;
+    if (is_published(row) && row.written_at != target) {
+      throw "a setting that is not written where its family's are (column `written_at`)";
     }
   }
 

@@ -1,6 +1,8 @@
 // Reads, writes and elements of the accelerometer.
 #include "devices/gsensor/device_gsensor.h"
 
+#include "framework/item_id.h"
+
 Status Device_GSensor::get_value_by_id(unsigned int id, json_t* value) {
   if (!is_available()) {
     return IOT_STATUS_NOT_READY;
@@ -11,8 +13,7 @@ Status Device_GSensor::get_value_by_id(unsigned int id, json_t* value) {
 }
 
 Status Device_GSensor::set_value_by_id(unsigned int id, json_t* value) {
-  return catalogue::write_item(set_func, kova_id_map, gsensor::kTable.find(id), id,
-                               gsensor::kSettings, value);
+  return write_item(gsensor::kTable.find(id), item_id::group(id) == gsensor::kSettings, id, value);
 }
 
 Status Device_GSensor::create_json_element(unsigned int id, void* raw, json_t** out) {

@@ -106,7 +106,7 @@ constexpr int kPlace = load_time::place(5);
 
 }  // namespace
 
-constinit const catalogue::RowTable gsensor::kTable(kRows, {.takes_writes = true});
+constinit const catalogue::RowTable gsensor::kTable(kRows, {.settings = kSettings});
 constinit const catalogue::Ids gsensor::kModes = items_under(kRows, kModeBlock);
 constinit const catalogue::Ids gsensor::kOffsets = items_under(kRows, kOffsetBlock);
 constinit const catalogue::Ids gsensor::kRates = items_under(kRows, kRateBlock);

@@ -73,7 +73,8 @@ Status Device_PIC::get_value_by_id(unsigned int id, json_t* value) {
 }
 
 Status Device_PIC::set_value_by_id(unsigned int id, json_t* value) {
-  return catalogue::write_item(set_func, kova_id_map, row_read(id), id, pic::kSettings, value);
+  return write_item(&setting_row(id), item_id::group(id) == pic::kSettings,
+                    pic::kWriteView + item_id::index(id), value);
 }
 
 Status Device_PIC::create_json_element(unsigned int id, void* value, json_t** out) {

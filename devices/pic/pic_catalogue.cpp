@@ -88,10 +88,7 @@ constexpr std::array kFixedRows{
     state(0x14160602, "SW1_4 status", "0=SW mode|1=HW mode", 0x610002, 1, switch_status),
     state(0x14160603, "V/P mode", "0=Vehicle mode|1=PC mode", 0x610003, 1, vehicle_or_pc_mode),
     state(0x14160604, "Battery type", "0=ERR|1=12V|2=24V", 0x620004, 2, battery_type),
-    Row{.id = pic::kCurrentView,
-        .name = "Settings",
-        .as = kSettingNumber,
-        .written_at = pic::kWriteView},
+    Row{.id = pic::kCurrentView, .name = "Settings", .as = kSettingNumber},
     Row{.id = pic::kDefaultView, .name = "Default settings"},
     Row{.id = pic::kStatus, .name = "Real-time status", .as = kNumber},
     status_switch(0x14160801, "IGN status", 0x62000A),
@@ -221,8 +218,9 @@ constexpr int kPlace = load_time::place(3);
 
 }  // namespace
 
-constinit const catalogue::RowTable pic::kTable(kRows,
-                                                {.texts = kInformation, .takes_writes = true});
+constinit const catalogue::RowTable pic::kTable(kRows, {.texts = kInformation,
+                                                        .settings = kSettings,
+                                                        .written_from = kWriteView});
 constinit const catalogue::Ids pic::kCurrentValues = items_under(kRows, kCurrentView);
 constinit const catalogue::Ids pic::kDefaults = items_under(kRows, kDefaultView);
 constinit const catalogue::Ids pic::kStatusItems = items_under(kRows, kStatus);

@@ -32,7 +32,7 @@ consteval void check_kind(const catalogue::Row& row) {
   }
   if (takes_writes(row) && (row.as.kind == Kind::kReal || row.written_at != 0 ||
                             row.as.role == catalogue::Role::kDefault || !row.offered.empty())) {
-    throw "a port's setting that is a real, is written elsewhere, offers values or is a default";
+    throw "a port's setting that is a real, written elsewhere, a default or offers values";
   }
 }
 

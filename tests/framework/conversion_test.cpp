@@ -31,6 +31,9 @@ std::string element_value(const Row& row, std::uint32_t raw) {
 std::string single_read(const Shape& as, std::uint32_t raw) {
   const JsonOwner value(as.kind == Kind::kReal ? json_real(99) : json_integer(99));
   catalogue::publish(as, raw, value.get());
+  const JsonOwner same(as.kind == Kind::kReal ? json_real(99) : json_integer(99));
+  catalogue::publish_by_columns(as, raw, same.get());
+  EXPECT_EQ(json_equal(value.get(), same.get()), 1);
   return text_of_json(value.get());
 }
 

@@ -19,6 +19,8 @@ constexpr Shape kText{.role = Role::kReading, .kind = Kind::kText};
 constexpr Shape kRead{.role = Role::kReading, .kind = Kind::kInteger, .through_text = true};
 constexpr Shape kByte{.role = Role::kState, .kind = Kind::kInteger,
                       .word = Word::kLowByteInDocument};
+constexpr Shape kPortSwitch{.role = Role::kSetting, .kind = Kind::kSwitch,
+                            .word = Word::kLowByteInDocument};
 constexpr Shape kSet{.role = Role::kSetting, .kind = Kind::kInteger};
 std::string text_of(unsigned int word);
 Status decode(const Row& row, const WordReader& device, std::string& out);
@@ -29,10 +31,12 @@ ROW_TABLE = "constexpr Row kRows[] = {%s}; constexpr RowTable kTable(kRows);"
 FIELDS = "constexpr Row kRows[] = {%s}; constexpr auto kPlaces = text_item::places_of(kRows);"
 TEXTS = "constexpr Row kRows[] = {{.id = 0x14140600}, {.id = 0x14140601, .code = 1, .as = kText, " \
         ".text = text_of}, %s}; constexpr RowTable kTable(kRows, {.texts = 0x14140600});"
-SHAPE = "constexpr Row kRows[] = {{.id = 1, .code = 1, .as = {%s}}}; " \
-        "constexpr RowTable kTable(kRows, {.takes_writes = true});"
-SETTING = "constexpr Row kRows[] = {{.id = 1, %s}}; " \
-          "constexpr RowTable kTable(kRows, {.takes_writes = true});"
+SHAPE = "constexpr Row kRows[] = {{.id = 0x101, .code = 1, .as = {%s}}}; " \
+        "constexpr RowTable kTable(kRows, {.settings = 0x100});"
+SETTING = "constexpr Row kRows[] = {{.id = 0x101, %s}}; " \
+          "constexpr RowTable kTable(kRows, {.settings = 0x100});"
+SETTINGS = "constexpr Row kRows[] = {%s}; constexpr RowTable kTable(kRows, " \
+           "{.settings = 0x14140700, .written_from = 0x14140730});"
 PORTS = "constexpr bool kIsChecked = []() consteval { poe::check_kind({%s}); return true; }();"
 HEADING = "constexpr Row kRows[] = {%s}; constexpr Ids kIds = items_under(kRows, 0x14140200);"
 MANY = "constexpr std::array<Row, %d> kRows = [] { std::array<Row, %d> rows; " \
@@ -51,12 +55,13 @@ NO_STEP = "a scale or a divisor of 0"
 WAY_BACK = "a setting that is a text, truncated or has an offset"
 STEPS = "a setting of which a unit is no whole number of steps"
 NO_SETTING = "a column of settings, but no setting"
-READ_ONLY = "a setting, in a family that takes no writes"
+GROUP = "a setting outside the group that takes writes"
+TARGET = "a setting that is not written where its family's are (column `written_at`)"
 DEFAULT = "a default without its setting, or a setting with one"
 NO_FIELD_SETTING = "a field that takes writes or has options"
 PORT_TEXT = "a port's item that is a text"
 PORT_BYTE = "a port's integer or switch of more than a byte in the document"
-PORT_SETTING = "a port's setting that is a real, is written elsewhere, offers values or is a default"
+PORT_SETTING = "a port's setting that is a real, written elsewhere, a default or offers values"
 
 CASES = (
     (ROW_TABLE % "number(0x14140100), number(0x14140101)", None),
@@ -82,6 +87,8 @@ CASES = (
     (ROW_TABLE % "{.id = 1, .code = 1, .as = kNumber, .decode = decode}", ONE_WORD),
     (ROW_TABLE % "field(1)", "through its text, in a family whose numbers have none"),
     (SHAPE % ".role = Role::kState", "a role without a kind"),
+    (SHAPE % ".kind = Kind::kReal, .answer = Answer::kWord",
+     "the answer follows from the columns: it cannot be told"),
     (SHAPE % ".kind = Kind::kReal, .word = Word::kLow16Signed, .divisor = 10, .offset = -1", None),
     (SHAPE % ".kind = Kind::kReal, .scale = 0", NO_STEP),
     (SHAPE % ".kind = Kind::kReal, .divisor = 0", NO_STEP),
@@ -106,14 +113,18 @@ CASES = (
     (SHAPE % ".role = Role::kSetting, .kind = Kind::kInteger, .scale = 0.1, .truncated = true",
      WAY_BACK),
     (SHAPE % ".role = Role::kDefault, .kind = Kind::kInteger", DEFAULT),
-    (SETTING % ".code = 1, .as = kSet, .written_at = 1", None),
+    (SETTING % ".code = 1, .as = kSet, .written_at = 1", TARGET),
     (SETTING % ".code = 1, .as = kSet, .default_of = 1", DEFAULT),
     (SETTING % '.offered = "1|2", .code = 1, .as = {.role = Role::kSetting, .kind = Kind::kSwitch}',
      "a switch that offers values"),
     (SETTING % '.offered = "1|2", .code = 1, .as = kNumber', NO_SETTING),
     (SETTING % ".code = 1, .as = kNumber, .written_at = 1", NO_SETTING),
     (SETTING % ".code = 1, .as = kNumber, .default_of = 1", NO_SETTING),
-    (ROW_TABLE % "{.id = 1, .code = 1, .as = kSet}", READ_ONLY),
+    (ROW_TABLE % "{.id = 1, .code = 1, .as = kSet}", GROUP),
+    (SETTINGS % "{.id = 0x14140801, .code = 1, .as = kSet}", GROUP),
+    (SETTINGS % "{.id = 0x14140701, .code = 1, .as = kSet, .written_at = 0x14140731}", None),
+    (SETTINGS % "{.id = 0x14140701, .code = 1, .as = kSet, .written_at = 0x14140732}", TARGET),
+    (SETTINGS % "{.id = 0x14140701, .code = 1, .as = kSet}", TARGET),
 
     # Fields of a family whose readings are texts.
     (FIELDS % "field(0x14190100), field(0x14190200)", None),
@@ -140,8 +151,8 @@ CASES = (
     (PORTS % ".id = 0x14140800, .code = 1, .as = kText", PORT_TEXT),
     (PORTS % ".id = 0x14140800, .code = 1, .as = kRead", PORT_TEXT),
     (PORTS % ".id = 0x14140800, .code = 1, .words = 2, .as = kByte", ONE_WORD),
-    (PORTS % ".id = 0x14140800, .code = 1, .as = {.role = Role::kSetting, .kind = Kind::kReal}",
-     PORT_SETTING),
+    (PORTS % ".id = 0x14140800, .code = 1, .as = kPortSwitch", None),
+    (PORTS % ".id = 0x14140800, .code = 1, .as = kPortSwitch, .written_at = 1", PORT_SETTING),
 )
 
 
