@@ -13,9 +13,10 @@
 namespace catalogue {
 
 /// Base of a class `Device` that has the static members device_name_map, unit_map, desc_map,
-/// kova_id_map, bound_map and get_func, and:
+/// kova_id_map, bound_map and get_func (and set_func, if it takes writes), and:
 ///   table()           its rows
 ///   kPresence         the ID of its presence item
+///   kFamily, sheet()  which module/ asks for
 template <typename Device>
 class MapFamily {
  public:
