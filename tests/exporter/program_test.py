@@ -12,6 +12,8 @@ import unittest
 import urllib.error
 import urllib.request
 
+from items import BASE
+
 PROGRAM = os.environ["KOVA_EXPORTER"]
 KOVACTL = os.environ["KOVACTL"]
 
@@ -73,7 +75,7 @@ class Program(unittest.TestCase):
 
     def machine(self, **description):
         file = self.folder / "machine.json"
-        file.write_text(json.dumps({"base": "builtin", "clock": {"step_ms": 0}, **description}))
+        file.write_text(json.dumps({"base": BASE, "clock": {"step_ms": 0}, **description}))
         return ["--simulate", str(file)]
 
     def test_answers_are_those_of_kovactl(self):

@@ -1,7 +1,9 @@
 """`kovactl check`: states, the status line, performance data, and trouble as a state of its own."""
+import json
 import shlex
 import unittest
 
+from items import BASE
 from program import TestCase, run
 
 OK, WARNING, CRITICAL, UNKNOWN = range(4)
@@ -75,7 +77,8 @@ class Check(TestCase):
         hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 10000000}})
         # Every call comes back in good time, the whole does not.
         slow = ["--simulate", str(self.folder / "slow.json")]
-        (self.folder / "slow.json").write_text('{"base": "builtin", "bus": {"delay_us": 20000}}')
+        (self.folder / "slow.json").write_text(
+            json.dumps({"base": BASE, "bus": {"delay_us": 20000}}))
         for arguments, reason in [
                 (["--simulate", "check", "--crt", "5"], "no option '--crt': did you mean '--crit'?"),
                 (["--bogus", "5", "check"], "no option '--bogus'"),

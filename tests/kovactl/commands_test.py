@@ -3,6 +3,7 @@ import pathlib
 import re
 import unittest
 
+from items import item_count
 from program import VERSION, TestCase, run
 
 
@@ -18,7 +19,8 @@ class Lists(TestCase):
         result = run([*self.worn, "list", "--family", "poe"])
         self.assertEqual(result.exit_code, 1)
         self.assertEqual(result.err, "kovactl: cannot read 0x14140402 PoE 2 current: the device did "
-                         "not answer (0x5)\nkovactl: 1 of 20 items could not be read\n")
+                         f"not answer (0x5)\nkovactl: 1 of {item_count('PoE')} items could not be "
+                         "read\n")
         self.assertEqual(result.out.partition("\n\nPoE: PoE 3")[0], """\
   ID          NAME           VALUE        RANGE     ACCESS
 

@@ -18,6 +18,8 @@ import unittest
 import jsonschema
 import pyte
 
+from items import BASE
+
 PROGRAM = os.environ["KOVACTL"]
 VERSION = os.environ["KOVACTL_VERSION"]
 FAKE_MODULE = os.environ["KOVACTL_FAKE_MODULE"]
@@ -177,7 +179,7 @@ class TestCase(unittest.TestCase):
     def machine(self, **description):
         """A description of the built-in machine with changes, and the option that names it."""
         file = self.folder / "machine.json"
-        file.write_text(json.dumps({"base": "builtin", **description}))
+        file.write_text(json.dumps({"base": BASE, **description}))
         return ["--simulate", str(file)]
 
     def terminal(self, *arguments, **options):

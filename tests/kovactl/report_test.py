@@ -5,6 +5,7 @@ import re
 import socket
 import unittest
 
+from items import BASE, item_count
 from program import FAKE_MODULE, TestCase, run
 
 
@@ -28,7 +29,7 @@ class Reports(TestCase):
         machine = self.machine(codes={"0x00B00009": {"fail_read": {"status": 110, "every": 3}}})
         result = self.report(*machine, "--for", "0.9s", "--interval", "0.1s")
         self.assertEqual((result.exit_code, result.out), (1, ""))
-        self.assertIn("1 of 129 items failed in at least one sweep", result.err)
+        self.assertIn(f"1 of {item_count()} items failed in at least one sweep", result.err)
         report = self.content()
         sweep = {"number": len(report["history"]["times"]), "time": report["history"]["times"][-1],
                  "age": 0, "duration": None, "interval": 0.1, "pace": 0.1, "up": True, "list": 1}
@@ -54,7 +55,7 @@ class Reports(TestCase):
         moments = [[0, "0x00820000", 3031, "0x00822003", 1000], [5000, "0x00820000", 3131],
                    [9999, "0x00822003", {"status": 5}]]
         recording.write_text(json.dumps({
-            "note": "Recorded 2026-01-02 03:04:05 UTC with release 0.1.0", "base": "builtin",
+            "note": "Recorded 2026-01-02 03:04:05 UTC with release 0.1.0", "base": BASE,
             "trace": {"moments": moments, "seconds": 10}}))
         # Read at each second, and at each moment: what comes at the very end is seen too.
         self.assertEqual(self.report("--from", str(recording)).exit_code, 1)

@@ -33,7 +33,7 @@ def out_of_time(_, frame):
 def main():
     seconds, file = int(sys.argv[1]), sys.argv[2]
     del sys.argv[:2]
-    sys.path[0] = str(pathlib.Path(file).parent)
+    sys.path.insert(0, str(pathlib.Path(file).parent))  # before the folder of what tests share
     signal.signal(signal.SIGALRM, out_of_time)
     signal.alarm(seconds)
     runpy.run_path(file, run_name="__main__")
