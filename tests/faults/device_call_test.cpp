@@ -3,14 +3,11 @@
 
 #include "tests/faults/faulty_machine.h"
 #include "tests/support/documents.h"
+#include "tests/support/rows.h"
 
 namespace {
 
 constexpr uint32_t kDeviceCode = 1;  // what the double's failing calls return
-
-// Codes that ask whether a family is there, or how many of its modules or ports.
-const std::set<uint32_t> kPresence{0x200000, 0x260003, 0x260007, 0x400000,
-                                   0x600008, 0x800000, 0xA00000, 0xB00000};
 
 // What a document shows of an item: its value, and all that does not depend on its reading.
 struct Shown {
@@ -64,7 +61,7 @@ TEST_P(FailingCall, OfAStartCostsOneItemOrWhatItAnnounces) {
       changed += item == reference.at(id) ? 0 : 1;
     }
     const size_t lost = reference.size() - items.size();
-    if (kPresence.contains(code)) {
+    if (presence_codes().contains(code)) {
       EXPECT_EQ(changed, 0U);
     } else {
       const bool range = code >= 0x6B0000 && code < 0x6D0000;

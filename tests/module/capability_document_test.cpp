@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <ctime>
-#include <iomanip>
 #include <sstream>
 
 #include "framework/json_owner.h"
@@ -11,6 +10,7 @@
 #include "module/kova_device.h"
 #include "tests/support/documents.h"
 #include "tests/support/reference_machine.h"
+#include "tests/support/rows.h"
 #include "tests/support/wrapped_loader.h"
 
 namespace {
@@ -53,23 +53,32 @@ TEST_F(CapabilityDocument, IsTheReferenceMachinesToTheByte) {
   EXPECT_LE(base_time, std::time(nullptr));
 
   clear_base_times(made.get());
-  EXPECT_EQ(first_difference(made.get(), reference_document().get()), "");
+  EXPECT_EQ(first_difference(made.get(), reference_document().get()), "")
+      << "tests/data/reference_document.json";
 }
 
 TEST_F(CapabilityDocument, AsksTheDeviceInItsOrder) {
   load_reference_machine(&device);
   document();
-  std::ostringstream expected;
+  const std::vector<std::uint32_t> asked = device.codes_read();
   const JsonOwner steps = load_test_data("reference_calls.json");
+  const auto told = [](std::uint32_t code) {
+    std::ostringstream text;
+    text << std::hex << std::uppercase << code << ", " << owner_of(code);
+    return text.str();
+  };
+  size_t next = 0;
   for (size_t i = 0; i < json_array_size(steps.get()); ++i) {
-    const json_t* reads = json_object_get(json_array_get(steps.get(), i), "reads");
-    expected << json_string_value(reads) << ' ';
+    const json_t* step = json_array_get(steps.get(), i);
+    SCOPED_TRACE(std::string("tests/data/reference_calls.json, \"") +
+                 json_string_value(json_object_get(step, "why")) + '"');
+    std::istringstream reads(json_string_value(json_object_get(step, "reads")));
+    for (std::uint32_t code = 0; reads >> std::hex >> code; ++next) {
+      ASSERT_EQ(next < asked.size() ? told(asked[next]) : "no call", told(code));
+    }
   }
-  std::ostringstream asked;
-  for (const std::uint32_t code : device.codes_read()) {
-    asked << std::hex << std::uppercase << std::setw(6) << std::setfill('0') << code << ' ';
-  }
-  EXPECT_EQ(asked.str(), expected.str());
+  EXPECT_EQ(next < asked.size() ? told(asked[next]) : "", "")
+      << "after the last call of tests/data/reference_calls.json";
 }
 
 TEST_F(CapabilityDocument, MergesIntoTheHostsObjectAndOutlivesTheModule) {

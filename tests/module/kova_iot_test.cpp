@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "framework/json_owner.h"
+#include "module/families.h"
 #include "tests/support/reference_machine.h"
 #include "tests/support/wrapped_loader.h"
 
@@ -69,26 +72,29 @@ TEST_F(KovaIoT, WithoutAWriteEntryReadsWorkAndWritesDoNot) {
 }
 
 TEST_F(KovaIoT, FamiliesAreProbedInOrderUntilOneAnswers) {
-  // Codes of the presence reads: memory, board, battery, PoE, controller, accelerometer.
-  const std::uint32_t probes[] = {0xA00000, 0x800000, 0xB00000, 0x200000, 0x600008, 0x400000};
-  for (std::size_t present = 0; present <= std::size(probes); ++present) {
+  std::vector<std::uint32_t> probes;
+  families::visit_by(families::kProbe, [&](const auto& family) {
+    probes.push_back(std::decay_t<decltype(family)>::Adapter::sheet().presence_code);
+  });
+  for (std::size_t present = 0; present <= probes.size(); ++present) {
     device.calls.clear();
     device.values.clear();
     device.lenient = true;  // the one family that is present has nothing else to tell
-    if (present < std::size(probes)) {
+    if (present < probes.size()) {
       device.values[probes[present]] = 1;
     }
     EXPECT_EQ(KovaIoTInitialize(),
-              present < std::size(probes) ? IOT_STATUS_SUCCESS : IOT_STATUS_NOT_FOUND);
+              present < probes.size() ? IOT_STATUS_SUCCESS : IOT_STATUS_NOT_FOUND);
     std::vector<std::uint32_t> codes = device.codes_read();
-    // Construction reads the two port probes, then 22 ends of the controller's ranges.
-    const std::size_t probed = std::min(present + 1, std::size(probes));
-    ASSERT_GE(codes.size(), 24 + probed);
-    EXPECT_EQ(codes[0], 0x260007U);
-    EXPECT_EQ(codes[1], 0x260003U);
-    EXPECT_EQ(codes[2], 0x6B0000U);
-    EXPECT_EQ(std::vector(codes.begin() + 24, codes.begin() + 24 + static_cast<long>(probed)),
-              std::vector(probes, probes + probed));
+    // Construction reads the two port probes, then the ends of the controller's ranges.
+    const auto first_probe = std::ranges::find(codes, probes.front());
+    const auto probed = static_cast<long>(std::min(present + 1, probes.size()));
+    ASSERT_GE(codes.end() - first_probe, probed);
+    ASSERT_GE(first_probe - codes.begin(), 3);
+    EXPECT_EQ(std::vector(codes.begin(), codes.begin() + 3),
+              (std::vector<std::uint32_t>{0x260007, 0x260003, 0x6B0000}));
+    EXPECT_EQ(std::vector(first_probe, first_probe + probed),
+              std::vector(probes.begin(), probes.begin() + probed));
   }
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "module/families.h"
+#include "tests/support/rows.h"
 
 namespace {
 
@@ -68,7 +69,10 @@ std::uint32_t DeviceDouble::read(std::uint32_t code, std::uint32_t* value) {
     return 0;
   }
   if (!lenient) {
-    ADD_FAILURE() << "unexpected read of code 0x" << std::hex << code;
+    ADD_FAILURE()
+        << "unexpected read of code 0x" << std::hex << code << ", " << owner_of(code)
+        << ": does the machine of this test have it? The reference machine's words are in "
+           "tests/data/reference_machine.json";
   }
   return kFailed;
 }

@@ -17,7 +17,7 @@ class DeviceDouble {
     friend void PrintTo(const Call& call, std::ostream* out);
   };
 
-  /// Becomes the device of this process: get and set answer from it, and the six families' read
+  /// Becomes the device of this process: get and set answer from it, and the families' read
   /// and write entries are set to them. The destructor takes them away again.
   DeviceDouble();
   ~DeviceDouble();

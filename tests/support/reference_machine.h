@@ -1,4 +1,4 @@
-// The reference machine of tests/data as a device: its six families answer from the double.
+// The reference machine of tests/data as a device: its families answer from the double.
 #pragma once
 
 #include "tests/support/device_double.h"
