@@ -10,6 +10,7 @@
 #include "include/kova_iot.h"
 #include "tests/host/items.h"
 #include "tools/host/export/senml.h"
+#include "tools/host/model/item_data.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/values/quantity.h"
 
@@ -54,6 +55,16 @@ TEST(Quantities, HaveBaseUnitsInMetricsAndInSenml) {
     EXPECT_EQ(in_base_unit(item, published), value) << unit;
     const Quantity* quantity = find_quantity(unit);
     EXPECT_EQ(quantity == nullptr ? "" : quantity->senml, symbol);
+  }
+}
+
+TEST(Quantities, AreKnownOfEveryUnitThatIsPublished) {
+  for (const FamilyData& family : item_data()) {
+    for (const Item& item : family.items(1)) {
+      EXPECT_TRUE(item.unit.empty() || find_quantity(item.unit) != nullptr)
+          << path_of(item) << ": the table in tools/host/values/quantity.cpp lacks the unit \""
+          << item.unit << '"';
+    }
   }
 }
 

@@ -2,6 +2,7 @@
 
 Usage: items_test.py ITEMS_JSON TEST_DATA ITEMS_DOCUMENT
 """
+import itertools
 import json
 import math
 import pathlib
@@ -33,13 +34,19 @@ def packages_shown():
 
 def items_shown():
     for family, told, package, number in packages_shown():
-        for item, element in zip(told["items"], package["e"], strict=True):
+        for item, element in itertools.zip_longest(told["items"], package["e"], fillvalue={}):
+            if not item or not element:
+                raise AssertionError(f"{family['name']}: {(item or element)['id']:#x} stands in only one "
+                                     "of items.json and tests/data/reference_document.json")
             yield family, item, element, package, number
 
 
 def word(item, family, number):
     """The item's last word on the reference machine, as items.json says that it counts."""
-    raw = WORDS[item["codes"][-1] + number * family.get("instances", {}).get("code_step", 0)]
+    code = item["codes"][-1] + number * family.get("instances", {}).get("code_step", 0)
+    if code not in WORDS:
+        raise AssertionError(f"tests/data/reference_machine.json lacks {code:#x}")
+    raw = WORDS[code]
     bits = {"signed": 32, "low 16 signed": 16}.get(item.get("word"))
     if bits is None:
         return raw
@@ -117,8 +124,8 @@ class Items(unittest.TestCase):
         self.assertEqual(FAMILIES["PoE"]["instances"]["max"], 8)
 
     def test_writes_go_where_the_module_writes(self):
-        for name in ("poe", "pic", "gsensor"):
-            for case in json.loads((DATA / "items" / f"{name}.json").read_text()):
+        for table in (DATA / "items").glob("*.json"):
+            for case in json.loads(table.read_text()):
                 item = ALL_ITEMS.get(int(case.get("set", "0"), 16))
                 written = [call.split()[1] for call in case.get("calls", []) if "write" in call]
                 if item and written:
@@ -146,14 +153,14 @@ class Items(unittest.TestCase):
                 self.assertEqual(made.stderr.startswith(b"usage: "), code == 2)
 
     def test_notes_are_one_line_of_whole_sentences(self):
-        noted = {family["name"]: family["note"] for family in LIST["families"] if "note" in family}
-        self.assertEqual(list(noted), ["SDRAM", "SMART BATTERY", "PIC", "GSensor"])
-        for note in noted.values():
+        notes = [family["note"] for family in LIST["families"] if "note" in family]
+        self.assertGreater(len(notes), 0)
+        for note in notes:
             self.assertRegex(note, r"\A[A-Z].*\.\Z")
 
     def test_what_tells_machines_apart_is_private(self):
-        private = [item["name"] for item in ALL_ITEMS.values() if item.get("private")]
-        self.assertEqual(private, ["Part Number", "Specific Data", "Serial Number"])
+        private = {item["name"] for item in ALL_ITEMS.values() if item.get("private")}
+        self.assertLessEqual({"Part Number", "Specific Data", "Serial Number"}, private)
 
 
 if __name__ == "__main__":
