@@ -33,10 +33,7 @@ class Examples(unittest.TestCase):
                 result = run(host, MODULE)
                 self.assertEqual((result.returncode, result.stderr), (0, ""))
                 document, _, rest = result.stdout.partition("\n}\n")
-                self.assertEqual(
-                    list(json.loads(document + "}")),
-                    ["SDRAM", "SMART BATTERY", "TRK-7000", "Hardware Monitor", "PoE", "PIC",
-                     "GSensor"])
+                self.assertIn("Real-time status", json.loads(document + "}")["PIC"])
                 # The simulated controller's first setting.
                 self.assertEqual(rest, "ignition delay on: 10 s\nwritten back\n")
 

@@ -36,8 +36,13 @@ def told(*arguments):
 
 CODES = all_codes()
 # What the built-in machine lacks, and what `--simulate` and a description build on.
-LACKING = {code: 1 for item in told("list", "--json")["items"] if not item["ok"]
-           for code in CODES[int(item["id"], 16)]}
+LISTED = told("list", "--json")["items"]
+LACKING = {code: 1 for item in LISTED if not item["ok"] for code in CODES[int(item["id"], 16)]}
+for absent in FAMILIES:
+    if absent["name"] not in {item["family"] for item in LISTED}:
+        LACKING[PRESENCE[absent["name"]]] = 1
+        LACKING |= {code: 1 for package in absent["packages"] for item in package["items"]
+                    for code in CODES[item["id"]]}
 BASE = "builtin"
 if LACKING:
     with tempfile.NamedTemporaryFile("w", suffix=".json", delete=False) as complete:
