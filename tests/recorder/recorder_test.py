@@ -30,7 +30,7 @@ def start(command, preload, **environment):
 def run(command, preload, **environment):
     """Gives exit code, stdout and stderr."""
     process = start(command, preload, **environment)
-    out, err = process.communicate(timeout=120)
+    out, err = process.communicate()
     return process.returncode, out, err
 
 
@@ -54,12 +54,11 @@ class TestCase(unittest.TestCase):
     def note(self, file=None):
         return json.loads((file or self.file).read_text())["note"]
 
-    def until(self, condition):
-        for _ in range(200):
-            if condition():
-                return
+    @staticmethod
+    def until(condition):
+        """Waits, on a busy machine for long: the test's own time limit ends it."""
+        while not condition():
             time.sleep(0.05)
-        self.fail(f"not within 10 s; there is {sorted(self.folder.iterdir())}")
 
 
 class Faithful(TestCase):
@@ -132,7 +131,7 @@ class Lasting(TestCase):
         crashed = part.read_text()
         run([*AGENT, "session", "1", "9"], RECORDER, **self.recording(self.machine()))
         self.assertEqual((self.folder / "recorded.json.crashed").read_text(), crashed)
-        self.assertRegex(self.note(), r"for \d s: \d reads.*, \d writes?")
+        self.assertRegex(self.note(), r"for \d+ s: \d reads.*, \d writes?")
 
     def test_each_crash_is_kept(self):
         part = self.file.with_name("recorded.json.part")
@@ -227,7 +226,8 @@ class Lasting(TestCase):
             recorded.append(json.loads(self.file.read_text())["trace"])
         self.assertEqual(recorded[0], recorded[1])
         # The new file in its folder, what is in it, and that it stands in the place of the old one.
-        self.assertEqual(err, "folder file folder ")
+        # What is in it is made to last every five seconds too, if this takes as long.
+        self.assertRegex(err, r"\Afolder (file )+folder \Z")
 
     def test_a_disk_that_is_full_from_the_start_keeps_nothing(self):
         err = run([*AGENT, "no_room"], RECORDER, **self.recording(self.machine()))[2]
@@ -326,7 +326,7 @@ class Lasting(TestCase):
                 failed = sum(line.split()[2 if what == "read" else 3] != "0" for line in lines)
                 counts.append(f"{len(lines)} {what}{'' if len(lines) == 1 else 's'}"
                               + (f" ({failed} failed)" if failed else ""))
-            told = re.fullmatch(r"Recorded (\S+ \S+) UTC with release [0-9.]+, for 0 s: (.*)",
+            told = re.fullmatch(r"Recorded (\S+ \S+) UTC with release [0-9.]+, for \d+ s: (.*)",
                                 self.note())
             self.assertEqual(told[2], ", ".join(counts))
             begin = datetime.datetime.fromisoformat(told[1] + "+00:00")
@@ -338,9 +338,13 @@ class Lasting(TestCase):
         _, out, err = run([*AGENT, "backwards"], RECORDER, **self.recording(self.machine()))
         trace = json.loads(self.file.read_text())["trace"]
         code = "0x820000"
-        self.assertEqual(trace["moments"], [
-            [5000, code, 3141, 3142],  # the second at 1 s, by the agent
-            [9000, code, 3142, 3143, {"read": 4, "word": 3144}]])
+        words = {}  # of one moment or of several: it is written down every second
+        for time_ms, *answers in trace["moments"]:
+            self.assertEqual(answers[0], code)
+            words.setdefault(time_ms, []).extend(answers[1:])
+        self.assertEqual(words, {
+            5000: [3141, 3142],  # the second at 1 s, by the agent
+            9000: [3142, 3143, {"read": 4, "word": 3144}]})
         self.assertEqual((trace["seconds"], err), (90.5, ""))
         self.assertIn("for 1 min 30 s: 6 reads, 0 writes", self.note())
 
