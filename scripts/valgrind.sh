@@ -15,8 +15,7 @@ memcheck=(valgrind --quiet --error-exitcode=1 --leak-check=full
   --soname-synonyms=somalloc=nouserintercepts)
 
 # The two longest sweeps over allocations would take minutes here; AddressSanitizer runs them.
-for test in module_tests plugin/plugin_tests \
-  "faults/fault_tests --gtest_filter=-*StartMakesAModule*" \
+for test in module_tests "faults/fault_tests --gtest_filter=-*StartMakesAModule*" \
   "faults/plugin_fault_tests --gtest_filter=-*TooLittleMemory*"; do
   # shellcheck disable=SC2086
   quietly "${memcheck[@]}" build/dev/tests/$test

@@ -1,4 +1,5 @@
-// The built plug-in in one process for a long time: loaded, started, used, stopped and unloaded.
+// The built plug-in as an agent sees it, loaded with dlopen, on the simulated reference machine:
+// one session, and a long time of loading, starting, stopping and unloading.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +11,8 @@
 #include "include/kova_iot.h"
 #include "tests/faults/allocation_faults.h"
 #include "tests/support/documents.h"
+
+extern "C" uint32_t status_seen_from_c(void);
 
 namespace {
 
@@ -79,6 +82,29 @@ class PluginRounds : public ::testing::Test {
   JsonOwner reference;
   std::vector<uint32_t> ids;
 };
+
+TEST_F(PluginRounds, ASessionHasTheStatusesOfTheHeader) {
+  EXPECT_EQ(status_seen_from_c(), IOT_STATUS_UNDEFINED_ITEM);
+  const Plugin plugin;
+  const JsonOwner value(json_integer(1));
+  const auto get = [&](uint32_t id) {
+    return plugin.call<uint32_t>("KovaIoTGetMDValue", id, value.get());
+  };
+  const auto set = [&](uint32_t id) {
+    return plugin.call<uint32_t>("KovaIoTSetMDValue", id, value.get());
+  };
+  EXPECT_EQ(plugin.call<uint32_t>("KovaIoTGetModuleID"), 20U);
+  EXPECT_EQ(get(0x14170312), IOT_STATUS_NOT_READY);
+  ASSERT_EQ(plugin.call<uint32_t>("KovaIoTInitialize"), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(plugin.call<uint32_t>("KovaIoTSetMDEventHandler", nullptr), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(set(0x14140B01), IOT_STATUS_SUCCESS);  // on already: nothing is written
+  EXPECT_NE(set(0x14140B02), IOT_STATUS_SUCCESS);  // the machine takes no writes
+  EXPECT_EQ(set(0x14160711), IOT_STATUS_WRITE_FAILED);
+  EXPECT_EQ(set(0x14170312), IOT_STATUS_UNSUPPORTED);
+  EXPECT_EQ(get(0x14170312), IOT_STATUS_SUCCESS);
+  EXPECT_EQ(json_integer_value(value.get()), 2340);
+  EXPECT_EQ(plugin.call<uint32_t>("KovaIoTUninitialize"), IOT_STATUS_SUCCESS);
+}
 
 TEST_F(PluginRounds, StartedAndStoppedWithoutGrowth) {
   const Plugin plugin;

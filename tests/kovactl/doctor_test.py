@@ -2,7 +2,7 @@
 import json
 import unittest
 
-from items import PRESENCE, item_count
+from items import LACKING, PRESENCE, item_count
 from program import FAKE_MODULE, TestCase, preloading, run
 
 NONSENSE = {
@@ -12,6 +12,11 @@ NONSENSE = {
     "0x00822003": 9000,  # RPM, outside the range
     "0x00822005": {"fail_read": 5},
 }
+
+
+class BuiltInMachine(TestCase):
+    def test_answers_for_every_item(self):
+        self.assertEqual(LACKING, {}, "simulator/machines/default.json lacks these codes")
 
 
 class Doctor(TestCase):

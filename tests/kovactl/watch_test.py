@@ -132,19 +132,6 @@ class OnTerminal(TestCase):
             check(text, program.screen)
         self.assertNotIn("\x1b", run(self.LIST).out)
 
-    def test_list_keeps_values_whole_on_narrow_terminals(self):
-        wide = run("--simulate list").out
-        for columns, kept in ((120, "ID NAME VALUE RANGE ACCESS"), (107, "ID NAME VALUE ACCESS"),
-                              (80, "ID NAME VALUE"), (40, "NAME VALUE")):
-            program = self.terminal("--simulate", "list", size=(200, columns), NO_COLOR="1")
-            self.assertEqual(program.finish(), 0)
-            rows = program.screen.splitlines()
-            self.assertEqual(rows[0].split(), kept.split())
-            self.assertLessEqual(max(map(len, rows)), columns)
-            for value in ("LOT 2315-0042 WIDE TEMP", "0 (normal operation)", "  22 V"):
-                self.assertEqual(program.screen.count(value), 1, value)
-                self.assertIn(value, wide)
-
     def test_progress_names_what_is_read(self):
         program = self.terminal(*self.machine(bus={"delay_us": 4000}), "list", NO_COLOR="1")
         self.assertEqual(program.finish(), 0)

@@ -3,9 +3,7 @@
 
 #include <bit>
 #include <string>
-#include <string_view>
 
-#include "framework/json_owner.h"
 #include "simulator/description.h"
 
 namespace {
@@ -22,42 +20,6 @@ std::uint32_t read(Machine& machine, std::uint32_t code) {
   std::uint32_t word = 0;
   EXPECT_EQ(machine.read(code, &word), 0U) << code;
   return word;
-}
-
-// Every code of an item, or of a family's presence, in a part of items.json.
-template <typename Visit>
-void for_each_code(const json_t* part, const Visit& visit) {
-  const char* key = nullptr;
-  json_t* member = nullptr;
-  json_object_foreach(const_cast<json_t*>(part), key, member) {
-    if (std::string_view(key) == "presence") {
-      visit(part, json_object_get(member, "code"));
-    }
-    for_each_code(member, visit);
-  }
-  size_t index = 0;
-  json_array_foreach(json_object_get(part, "codes"), index, member) {
-    visit(part, member);
-  }
-  json_array_foreach(part, index, member) {
-    for_each_code(member, visit);
-  }
-}
-
-// What it does not answer is missing wherever people or tests start without hardware.
-TEST(BuiltInMachine, AnswersForEveryItem) {
-  Machine machine = shipped("");
-  const JsonOwner items(json_load_file(KOVA_ITEMS, 0, nullptr));
-  int asked = 0;
-  for_each_code(items.get(), [&](const json_t* of, const json_t* code) {
-    std::uint32_t word = 0;
-    ++asked;
-    EXPECT_EQ(machine.read(static_cast<std::uint32_t>(json_integer_value(code)), &word), 0U)
-        << "simulator/machines/default.json lacks code 0x" << std::hex << json_integer_value(code)
-        << " of \"" << json_string_value(json_object_get(of, "name")) << "\" (0x"
-        << json_integer_value(json_object_get(of, "id")) << ")";
-  });
-  EXPECT_GT(asked, 0);
 }
 
 TEST(ShippedMachines, SettingsLieWithinTheirLimits) {

@@ -1,7 +1,7 @@
 """What Python tests know of items: items.json, and a machine that answers for all of them.
 
 A new item that simulator/machines/default.json does not answer fails one test, which names it
-(BuiltInMachine.AnswersForEveryItem). Here it is answered, so that no other test fails for it.
+(kovactl.BuiltInMachine.test_answers_for_every_item). Here it is answered, so that no other test fails for it.
 """
 import atexit
 import functools
@@ -15,38 +15,43 @@ FAMILIES = json.loads(pathlib.Path(os.environ["KOVA_ITEMS"]).read_text())["famil
 PRESENCE = {family["name"]: f"{family['presence']['code']:#010x}" for family in FAMILIES}
 
 
-def all_codes():
-    """The codes of each item of each instance, by its ID."""
-    found = {}
-    for family in FAMILIES:
-        steps = {"max": 1, "id_step": 0, "code_step": 0, **family.get("instances", {})}
-        for package in family["packages"]:
-            for item in package["items"]:
-                for n in range(steps["max"]):
-                    found[item["id"] + n * steps["id_step"]] = [
-                        f"{code + n * steps['code_step']:#010x}" for code in item["codes"]]
-    return found
-
-
 def told(*arguments):
     done = subprocess.run([os.environ["KOVACTL"], "--simulate", *arguments], check=False,
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     return json.loads(done.stdout)
 
 
-CODES = all_codes()
-# What the built-in machine lacks, and what `--simulate` and a description build on.
-LISTED = told("list", "--json")["items"]
-LACKING = {code: 1 for item in LISTED if not item["ok"] for code in CODES[int(item["id"], 16)]}
-for absent in FAMILIES:
-    if absent["name"] not in {item["family"] for item in LISTED}:
-        LACKING[PRESENCE[absent["name"]]] = 1
-        LACKING |= {code: 1 for package in absent["packages"] for item in package["items"]
-                    for code in CODES[item["id"]]}
-BASE = "builtin"
+def codes_of(item_id):
+    """The codes of an item, by its ID."""
+    for family in FAMILIES:
+        rule = {"max": 1, "id_step": 1, "code_step": 0, **family.get("instances", {})}
+        for item in (item for package in family["packages"] for item in package["items"]):
+            n, rest = divmod(item_id - item["id"], rule["id_step"])
+            if rest == 0 and 0 <= n < rule["max"]:
+                return [f"{code + n * rule['code_step']:#010x}" for code in item["codes"]]
+    raise KeyError(item_id)
+
+
+def lacking():
+    """Codes that the built-in machine does not answer, with the items that they are for."""
+    listed = told("list", "--json")["items"]
+    present = {item["family"] for item in listed}
+    found = {code: item["path"] for item in listed if not item["ok"]
+             for code in codes_of(int(item["id"], 16))}
+    for family in FAMILIES:
+        if family["name"] not in present:
+            found[PRESENCE[family["name"]]] = f"{family['name']}'s presence"
+            found |= {code: f"{family['name']}/{package['name']}/{item['name']}"
+                      for package in family["packages"] for item in package["items"]
+                      for code in codes_of(item["id"])}
+    return found
+
+
+LACKING = lacking()
+BASE = "builtin"  # what `--simulate` and the tests' descriptions build on
 if LACKING:
     with tempfile.NamedTemporaryFile("w", suffix=".json", delete=False) as complete:
-        json.dump({"base": "builtin", "codes": LACKING}, complete)
+        json.dump({"base": "builtin", "codes": dict.fromkeys(LACKING, 1)}, complete)
     BASE = os.environ["KOVA_SIM_MACHINE"] = complete.name
     atexit.register(os.unlink, complete.name)
 

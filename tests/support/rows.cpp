@@ -5,34 +5,23 @@
 
 #include "module/families.h"
 
-namespace {
-
-// Codes of an instance are those of the first and so many steps; the number is the instance's.
-bool has_code(const catalogue::Sheet& sheet, const catalogue::Row& row, std::uint32_t code) {
-  const unsigned int count = row.code && sheet.instances ? sheet.instances->max : 1;
-  const unsigned int step = sheet.instances ? sheet.instances->code_step : 0;
-  for (unsigned int n = 0; row.code && n < count; ++n) {
-    const std::uint32_t first = *row.code + n * step;
-    if (code >= first && code - first < row.words) {
-      return true;
-    }
-  }
-  return false;
-}
-
-}  // namespace
-
+// Codes of a family's instances are those of the first and so many steps.
 std::string owner_of(std::uint32_t code) {
-  std::ostringstream text;
-  text << std::hex << std::uppercase;
   for (const catalogue::Sheet* sheet : families::sheets()) {
     if (sheet->presence_code == code) {
       return std::string(sheet->name) + "'s presence";
     }
+    catalogue::Instances once{};
+    once.max = 1;
+    once.code_step = 0;
+    const catalogue::Instances& each = sheet->instances ? *sheet->instances : once;
     for (const catalogue::Row& row : sheet->rows) {
-      if (has_code(*sheet, row, code)) {
-        text << sheet->name << " item 0x" << row.id << " \"" << row.name << '"';
-        return text.str();
+      for (unsigned int n = 0; row.code && n < each.max; ++n) {
+        if (code - (*row.code + n * each.code_step) < row.words) {
+          std::ostringstream text;
+          text << sheet->name << " item 0x" << std::hex << row.id << " \"" << row.name << '"';
+          return text.str();
+        }
       }
     }
   }
@@ -43,10 +32,9 @@ std::set<std::uint32_t> presence_codes() {
   std::set<std::uint32_t> codes;
   for (const catalogue::Sheet* sheet : families::sheets()) {
     codes.insert(sheet->presence_code);
-    if (sheet->instances) {
-      for (const catalogue::Count& count : sheet->instances->counted_by) {
-        codes.insert(count.code);
-      }
+    for (const auto& count :
+         sheet->instances ? sheet->instances->counted_by : std::span<const catalogue::Count>{}) {
+      codes.insert(count.code);
     }
   }
   return codes;
