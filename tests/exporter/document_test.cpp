@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <regex>
 
 #include "include/kova_iot.h"
 #include "tests/exporter/sample.h"
@@ -25,10 +26,17 @@ const std::string kWaitingText =
 TEST(Documents, SayWhoseTheyAreAndHowFresh) {
   const std::string head = R"({"ok":false,"machine":{"name":"bus","simulated":)";
   const std::string release = R"(},"release":")" KOVA_IOT_VERSION R"(",)";
-  EXPECT_EQ(kova_page::items_document({"bus", ""}, {"[1]", true}, kWaiting),
-            head + "false" + release + kWaitingText + R"(,"items":[1]})");
-  EXPECT_EQ(kova_page::items_document({"bus", "x"}, {"[]", false}, kUp),
-            head + R"("x")" + release + kUpText + R"(,"items":[]})");
+  const auto items = [](auto... parts) {
+    const std::string text = kova_page::items_document(parts...);
+    EXPECT_NE(text.find(R"("Celsuis":"°C")"), std::string::npos) << text;
+    return std::regex_replace(text, std::regex(R"("units":\{[^}]*\})"), R"("units")");
+  };
+  using kova_page::ItemsText;
+  using kova_page::Machine;
+  EXPECT_EQ(items(Machine{"bus", ""}, ItemsText{"[1]", true}, kWaiting),
+            head + "false" + release + kWaitingText + R"(,"units","items":[1]})");
+  EXPECT_EQ(items(Machine{"bus", "x"}, ItemsText{"[]", false}, kUp),
+            head + R"("x")" + release + kUpText + R"(,"units","items":[]})");
   EXPECT_EQ(kova_page::items_document({"", ""}, {"[]", true}, kUp).find(R"({"ok":true,)"), 0U);
   EXPECT_EQ(kova_page::history_document({}, kUp),
             R"({"ok":true,)" + kUpText + ",\"times\":[],\"series\":{}}\n");

@@ -12,7 +12,8 @@
 #include "tools/host/export/senml.h"
 #include "tools/host/model/item_data.h"
 #include "tools/host/system/json_writer.h"
-#include "tools/host/values/quantity.h"
+#include "tools/host/values/number_of.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 namespace {
@@ -23,7 +24,7 @@ std::string samples_in(const std::string& text) {
   return std::regex_replace(text, labels, "$1");
 }
 
-TEST(Quantities, HaveBaseUnitsInMetricsAndInSenml) {
+TEST(Units, HaveBaseUnitsInMetricsAndInSenml) {
   using enum ValueKind;
   const std::tuple<const char*, double, const char*, double, const char*> cases[] = {
       {"V", 12.1, "voltage_volts", 12.1, "V"},
@@ -52,23 +53,22 @@ TEST(Quantities, HaveBaseUnitsInMetricsAndInSenml) {
     EXPECT_NE(metric.help, "");
     EXPECT_TRUE(metric.name.ends_with(metric.unit));
     // Exact: what the factor adds in the last places is rounded away.
-    EXPECT_EQ(in_base_unit(item, published), value) << unit;
-    const Quantity* quantity = find_quantity(unit);
-    EXPECT_EQ(quantity == nullptr ? "" : quantity->senml, symbol);
+    EXPECT_EQ(in_base_unit(unit, published), value) << unit;
+    const Unit* known = find_unit(unit);
+    EXPECT_EQ(known == nullptr ? "" : known->quantity->senml, symbol);
   }
 }
 
-TEST(Quantities, AreKnownOfEveryUnitThatIsPublished) {
+TEST(Units, AreKnownOfEveryItem) {
   for (const FamilyData& family : item_data()) {
     for (const Item& item : family.items(1)) {
-      EXPECT_TRUE(item.unit.empty() || find_quantity(item.unit) != nullptr)
-          << path_of(item) << ": the table in tools/host/values/quantity.cpp lacks the unit \""
-          << item.unit << '"';
+      EXPECT_TRUE(item.unit.empty() || find_unit(item.unit) != nullptr)
+          << path_of(item) << ": '" << item.unit << "' has no row in tools/host/values/units.cpp";
     }
   }
 }
 
-TEST(Quantities, AreFoundInTextsToo) {
+TEST(Units, AreFoundInTextsToo) {
   const auto value_of = [](const char* text) {
     return published_value(item_of(1, Role::reading, ValueKind::text, "min"), good(text));
   };

@@ -6,7 +6,7 @@
 #include "tools/host/system/duration.h"
 #include "tools/host/system/nearest.h"
 #include "tools/host/system/typed_number.h"
-#include "tools/host/values/typed_unit.h"
+#include "tools/host/values/typed_quantity.h"
 #include "tools/host/values/typed_value.h"
 
 namespace kova_host {

@@ -11,7 +11,7 @@
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/host/values/shown_value.h"
-#include "tools/host/values/typed_unit.h"
+#include "tools/host/values/typed_quantity.h"
 #include "tools/host/values/typed_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"

@@ -10,6 +10,7 @@
 #include "tools/host/export/json_report.h"
 #include "tools/host/model/status_text.h"
 #include "tools/host/system/json_writer.h"
+#include "tools/host/values/units.h"
 
 namespace kova_page {
 namespace {
@@ -46,6 +47,17 @@ JsonPtr json_machine(const Machine& machine) {
   put(object, "name", json_text(machine.name));
   put(object, "simulated",
       machine.simulated.empty() ? own(json_false()) : json_text(machine.simulated));
+  return object;
+}
+
+// What people know the module's spellings as, where it is something else.
+JsonPtr json_units() {
+  JsonPtr object = own(json_object());
+  for (const kova_host::Unit& unit : kova_host::units()) {
+    if (unit.shown != unit.published) {
+      put(object, std::string(unit.published).c_str(), json_text(unit.shown));
+    }
+  }
   return object;
 }
 
@@ -94,6 +106,7 @@ std::string items_head(const Machine& machine, bool all_read, const SweepState& 
   put(document, "machine", json_machine(machine));
   put(document, "release", json_text(KOVA_IOT_VERSION));
   put(document, "sweep", json_sweep(state));
+  put(document, "units", json_units());
   std::string text = one_line(document);
   text.resize(text.rfind('}'));
   return text + R"(,"items":)";

@@ -22,7 +22,7 @@ struct ItemsText {
 };
 ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item>& items);
 
-// {"ok", "machine", "release", "sweep", "items"}, and what of it stands before the items: "}" comes
+// {"ok", "machine", "release", "sweep", "units", "items"}, and what of it stands before the items: "}" comes
 // after them.
 std::string items_head(const Machine& machine, bool all_read, const SweepState& state);
 std::string items_document(const Machine& machine, const ItemsText& items, const SweepState& state);

@@ -7,9 +7,6 @@ const kSvg = "http://www.w3.org/2000/svg";
 const kSparkWidth = 96;
 const kSparkHeight = 20;
 
-// The module's spellings of units, as people know them.
-const kUnits = {"Cel": "°C", "Celsuis": "°C", "sec(s)": "s", "time(s)": "times"};
-
 // An element. Texts go in as text: names come from a device and are not to be trusted.
 function element(tag, attributes = {}, ...children) {
   const made = document.createElement(tag);
@@ -28,11 +25,12 @@ function setText(node, text) {
 
 // One item, whatever number of rows it has: the add-on board's stand in two families.
 class Item {
-  constructor(entry) {
+  // `units` are what people know the module's spellings as.
+  constructor(entry, units) {
     this.id = entry.id;
     this.name = entry.name ?? entry.id;
     this.place = [...new Set([entry.family, entry.package, this.name])].join(" › ");
-    this.unit = kUnits[entry.unit] ?? entry.unit ?? "";
+    this.unit = units.get(entry.unit) ?? entry.unit ?? "";
     this.min = entry.min;
     this.max = entry.max;
     this.labels = new Map((entry.options ?? []).map(({value, label}) => [value, label]));
@@ -218,13 +216,14 @@ class ItemList {
     this.watcher = new IntersectionObserver((entries) => this.see(entries), {rootMargin: "200px"});
   }
 
-  // A new list of `entries`, as /api/v1/items has them.
-  build(entries) {
+  // A new list of `entries`, as /api/v1/items has them and its `units`.
+  build(entries, units) {
+    const shown = new Map(Object.entries(units));
     this.watcher.disconnect();
     this.items.clear();
     this.order = entries.map((entry) => {
       if (!this.items.has(entry.id)) {
-        this.items.set(entry.id, new Item(entry));
+        this.items.set(entry.id, new Item(entry, shown));
       }
       return this.items.get(entry.id);
     });

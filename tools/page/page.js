@@ -32,7 +32,7 @@ class Page {
         [id, family, group, name, unit, min, max, options]));
     if (this.known !== list) {
       this.known = list;
-      this.list.build(answer.items);
+      this.list.build(answer.items, answer.units);
       this.showFamilies();
       this.search();
       this.replot();

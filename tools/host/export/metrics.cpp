@@ -9,7 +9,8 @@
 #include "include/kova_iot.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/system/typed_number.h"
-#include "tools/host/values/quantity.h"
+#include "tools/host/values/number_of.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 namespace {
@@ -65,21 +66,21 @@ std::string metric_word(std::string_view unit) {
 
 // `part` is "", or "minimum" or "maximum" of the range.
 Metric quantity_metric(const Item& item, std::string_view part) {
-  const Quantity* quantity = find_quantity(item.unit);
+  const Unit* unit = find_unit(item.unit);
   const Group& group = group_of(item);
   Metric metric;
   metric.name = group.prefix;
   if (item.unit.empty()) {
     metric.name += "code";
     metric.help = "Number that stands for something, such as a class or a set of bits.";
-  } else if (quantity == nullptr) {
+  } else if (unit == nullptr) {
     metric.name += "other";
     metric.unit = metric_word(item.unit);
     metric.help = fmt::format("Number in the unit {}.", item.unit);
   } else {
-    metric.name += quantity->name;
-    metric.unit = quantity->unit;
-    metric.help = quantity->help;
+    metric.name += unit->quantity->name;
+    metric.unit = unit->quantity->unit;
+    metric.help = unit->quantity->help;
   }
   for (const std::string_view word : {part, std::string_view(metric.unit)}) {
     metric.name += word.empty() ? "" : "_" + std::string(word);
@@ -132,10 +133,10 @@ void add_states(Exposition& exposition, const Item& item, const Reading& reading
 void add_range(Exposition& exposition, const Item& item, const std::string& labels) {
   if (const auto range = range_metrics(item)) {
     if (item.min) {
-      exposition.add(range->minimum, labels, in_base_unit(item, *item.min));
+      exposition.add(range->minimum, labels, in_base_unit(item.unit, *item.min));
     }
     if (item.max) {
-      exposition.add(range->maximum, labels, in_base_unit(item, *item.max));
+      exposition.add(range->maximum, labels, in_base_unit(item.unit, *item.max));
     }
   }
 }
@@ -150,7 +151,7 @@ void add_text(Exposition& exposition, const Metric& metric, std::string_view lab
 void add_number(Exposition& exposition, const Item& item, std::optional<double> number,
                 const std::string& labels) {
   if (number) {
-    exposition.add(quantity_metric(item, ""), labels, in_base_unit(item, *number));
+    exposition.add(quantity_metric(item, ""), labels, in_base_unit(item.unit, *number));
   }
 }
 

@@ -13,7 +13,8 @@
 #include <set>
 
 #include "tools/host/system/plain_text.h"
-#include "tools/host/values/quantity.h"
+#include "tools/host/values/number_of.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 namespace {
@@ -58,10 +59,10 @@ std::string eui64(std::string_view address) {
 }
 
 void put_number(const JsonPtr& record, const Item& item, const Reading& reading, double value) {
-  const Quantity* quantity = find_quantity(item.unit);
-  if (quantity != nullptr && !quantity->senml.empty()) {
-    put(record, "u", json_text(quantity->senml));
-    value = in_base_unit(item, value);
+  const Unit* unit = find_unit(item.unit);
+  if (unit != nullptr && !unit->quantity->senml.empty()) {
+    put(record, "u", json_text(unit->quantity->senml));
+    value = in_base_unit(item.unit, value);
   }
   // Words of the device have 32 bits: whole numbers stay exact through the conversion.
   const bool whole = !std::holds_alternative<double>(reading.value) && value == std::trunc(value);

@@ -7,8 +7,8 @@
 
 #include "tools/host/judgements/judge.h"
 #include "tools/host/model/status_text.h"
-#include "tools/host/values/quantity.h"
 #include "tools/host/values/shown_value.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 // In the base unit, as limits are.
 std::optional<double> base_value(const Case& at) {
   const auto number = judged_number(at.item, at.reading);
-  return number ? std::optional(in_base_unit(at.item, *number)) : std::nullopt;
+  return number ? std::optional(in_base_unit(at.item.unit, *number)) : std::nullopt;
 }
 
 Evidence with_value(const Case& at, const std::string& held_against, double distance) {
@@ -42,10 +42,8 @@ std::optional<double> highest_supply(const SweepView& sweep) {
 }
 
 bool is_cold_as_nothing(const Case& at) {
-  const Quantity* quantity = find_quantity(at.item.unit);
   const auto value = at.reading.number();
-  return value && quantity != nullptr && quantity->name == "temperature" &&
-         *value <= kZeroKelvinShown;
+  return value && is_at_floor(at.item.unit, *value);
 }
 
 }  // namespace

@@ -8,9 +8,6 @@ namespace kova_host {
 inline constexpr std::string_view kPowerInput = "PIC/Real-time status/Power input";
 inline constexpr std::string_view kBatteryType = "PIC/Information/Battery type";
 
-// What 0 K is where the module makes whole degrees of -273.15.
-inline constexpr double kZeroKelvinShown = -272;
-
 // The item is there and cannot be read.
 std::optional<Evidence> unreadable(const Case& at);
 

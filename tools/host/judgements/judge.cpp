@@ -7,7 +7,7 @@
 #include <set>
 
 #include "tools/host/judgements/judgement_table.h"
-#include "tools/host/values/quantity.h"
+#include "tools/host/values/number_of.h"
 #include "tools/host/values/shown_value.h"
 
 namespace kova_host {

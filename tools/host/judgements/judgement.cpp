@@ -4,7 +4,7 @@
 #include <fmt/format.h>
 #include <fnmatch.h>
 
-#include "tools/host/values/quantity.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 
@@ -70,8 +70,8 @@ bool looks_at(const LooksAt& what, const Item& item) {
     return false;
   }
   if (!what.quantity.empty()) {
-    const Quantity* quantity = find_quantity(item.unit);
-    if (quantity == nullptr || quantity->name != what.quantity) {
+    const Unit* unit = find_unit(item.unit);
+    if (unit == nullptr || unit->quantity->name != what.quantity) {
       return false;
     }
   }

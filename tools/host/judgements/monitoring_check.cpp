@@ -8,6 +8,7 @@
 
 #include "tools/host/system/plain_text.h"
 #include "tools/host/values/shown_value.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 namespace {
@@ -19,9 +20,9 @@ std::string status_text(std::string_view text) {
   return safe;
 }
 
-// The guidelines know seconds, per cent and bytes; other units have none.
 std::string_view performance_unit(const Item& item) {
-  return item.unit == "sec(s)" ? "s" : item.unit == "%" ? "%" : "";
+  const Unit* unit = find_unit(item.unit);
+  return unit == nullptr ? "" : unit->check;
 }
 
 std::string performance_label(const Item& item) {

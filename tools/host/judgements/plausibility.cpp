@@ -4,17 +4,15 @@
 #include <fmt/format.h>
 
 #include "tools/host/values/shown_value.h"
+#include "tools/host/values/units.h"
 
 namespace kova_host {
 
 std::optional<std::string> nonsense(const Item& item, const Reading& reading) {
-  // 0 K is -273.15, and -272 where the module makes whole degrees of it.
-  constexpr double kAbsoluteZeroCelsius = -272;
   const auto value = reading.number();
-  const bool celsius = item.unit == "Cel" || item.unit == "Celsuis";
-  if (celsius && value && *value <= kAbsoluteZeroCelsius) {
-    return fmt::format("reads absolute zero ({}): the sensor reports 0",
-                       value_with_unit(item, reading));
+  if (value && is_at_floor(item.unit, *value)) {
+    return fmt::format("reads {} ({}): the sensor reports 0",
+                       find_unit(item.unit)->quantity->floor_name, value_with_unit(item, reading));
   }
   if (item.min && item.max && *item.min > *item.max) {
     return fmt::format("has a range that is turned over ({})", range_text(item));

@@ -10,7 +10,7 @@
 
 #include "tools/host/system/errors.h"
 #include "tools/host/system/typed_number.h"
-#include "tools/host/values/typed_unit.h"
+#include "tools/host/values/typed_quantity.h"
 
 namespace kova_host {
 namespace {

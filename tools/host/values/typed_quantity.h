@@ -1,4 +1,4 @@
-// Units as people write them behind a number.
+// Numbers with the unit that people write behind them.
 #pragma once
 
 #include <optional>

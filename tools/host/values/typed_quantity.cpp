@@ -1,0 +1,54 @@
+// Numbers with the unit that people write behind them.
+#include "tools/host/values/typed_quantity.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "tools/host/values/units.h"
+
+namespace kova_host {
+namespace {
+
+std::string_view without_blanks_around(std::string_view text) {
+  const size_t first = text.find_first_not_of(' ');
+  return first == std::string_view::npos
+             ? std::string_view()
+             : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+Number times(const Number& number, int64_t multiplier, int64_t divisor) {
+  if (const auto* integer = std::get_if<int64_t>(&number);
+      integer != nullptr && divisor == 1 && multiplier == 1) {
+    return *integer;
+  }
+  const double value = as_double(number);
+  return value * static_cast<double>(multiplier) / static_cast<double>(divisor);
+}
+
+}  // namespace
+
+std::optional<TypedQuantity> parse_quantity(std::string_view text) {
+  for (size_t length = text.size(); length > 0; --length) {
+    if (const auto number = parse_number(without_blanks_around(text.substr(0, length)))) {
+      return TypedQuantity{*number, without_blanks_around(text.substr(length))};
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<Number> in_unit(const TypedQuantity& typed, std::string_view published) {
+  if (typed.unit.empty() || same_word(typed.unit, published)) {
+    return typed.number;
+  }
+  const Unit* unit = find_unit(published);
+  if (unit == nullptr) {
+    return std::nullopt;
+  }
+  const auto word = std::ranges::find_if(
+      unit->typed, [&](const TypedUnit& known) { return same_word(known.word, typed.unit); });
+  return word == unit->typed.end()
+             ? std::nullopt
+             : std::optional(times(typed.number, word->multiplier, word->divisor));
+}
+
+}  // namespace kova_host
