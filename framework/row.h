@@ -176,7 +176,9 @@ struct Sheet {
   std::optional<Instances> instances{};
   std::string_view second_family{};  ///< where the document shows packages again
   unsigned int second_family_id = 0;
-  std::string_view note{};  ///< for docs/items.md
+  Status status_when_read = IOT_STATUS_SUCCESS;  ///< of a single read that has filled the value
+  std::optional<Status> status_without_value{};  ///< of one for which the machine has no value
+  std::string_view note{};                       ///< for docs/items.md
 };
 
 }  // namespace catalogue

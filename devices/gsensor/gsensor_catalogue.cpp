@@ -120,6 +120,7 @@ constinit const catalogue::Sheet gsensor::kSheet{
     .presence_code = *kRows.front().code,
     .rows = kRows,
     .packages = kPackages,
+    .status_when_read = IOT_STATUS_READ_FAILED,
     .note =
         R"(A single read fills the value and still answers `IOT_STATUS_READ_FAILED`: see the
 [host guide](host-guide.md#the-accelerometers-status).)"};

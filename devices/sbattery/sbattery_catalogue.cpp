@@ -255,6 +255,7 @@ constinit const catalogue::Sheet sbattery::kSheet{
     .present_when_readable = true,
     .rows = kRows,
     .packages = kPackages,
+    .status_without_value = IOT_STATUS_NOT_FOUND,  // a time, while no current flows
     .note =
         R"(A field that cannot be read is "N/A" in the document, or 0 where it is a number. Codes are `0xB00000`
 and the Smart Battery Data command, except those of the manufacturer's name and the state of

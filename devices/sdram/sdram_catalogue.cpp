@@ -216,6 +216,7 @@ constinit const catalogue::Sheet sdram::kSheet{
                                       .code_step = 0x100,
                                       .package_suffix = "{i}",
                                       .counted_by = kModuleCounts},
+    .status_without_value = IOT_STATUS_UNSUPPORTED,  // a field of another series
     .note =
         R"(The library tells sixteen modules apart. A field that cannot be read is "N/A" in the document, or
 0 where it is a number.)"};

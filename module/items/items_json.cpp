@@ -237,6 +237,12 @@ json_t* family_object(const Sheet& sheet) {
   add_integer(presence, "code", sheet.presence_code);
   add(presence, "present", sheet.present_when_readable ? "readable" : "nonzero");
   add(family, "presence", presence);
+  if (sheet.status_when_read != IOT_STATUS_SUCCESS) {
+    add_integer(family, "status_when_read", sheet.status_when_read);
+  }
+  if (sheet.status_without_value) {
+    add_integer(family, "status_without_value", *sheet.status_without_value);
+  }
   if (sheet.instances) {
     add(family, "instances", instances_of(*sheet.instances));
   }

@@ -108,6 +108,19 @@ class Items(unittest.TestCase):
                     self.assertEqual((element["v"] - math.trunc(value)) % (1 << 32), 0)
                     self.assertTrue(float(value).is_integer() or item["truncated"])
 
+    def test_statuses_that_only_one_family_has_are_those_of_its_reads(self):
+        codes = {"READ_FAILED": 0xFFFFFAFF, "NOT_FOUND": 0xFFFFFBFF, "UNSUPPORTED": 0xFFFFFCFF}
+        for name, file in (("GSensor", "gsensor"), ("SMART BATTERY", "sbattery"), ("SDRAM", "sdram")):
+            for case in json.loads((DATA / "items" / f"{file}.json").read_text()):
+                status = codes.get(case.get("status"))
+                if int(case.get("get", "0"), 16) not in ALL_ITEMS:
+                    continue
+                with self.subTest(case["why"]):
+                    if "gives" in case and case["value"] != {}:
+                        self.assertEqual(FAMILIES[name].get("status_when_read"), status)
+                    elif status in (codes["NOT_FOUND"], codes["UNSUPPORTED"]):
+                        self.assertEqual(FAMILIES[name]["status_without_value"], status)
+
     def test_presence_and_instances_are_asked_as_told(self):
         for family in LIST["families"]:
             with self.subTest(family["name"]):

@@ -120,6 +120,8 @@ FamilyData family_from(const json_t* json) {
   const json_t* presence = json_object_get(json, "presence");
   family.presence_code = word_at(presence, "code");
   family.present_if_readable = text_at(presence, "present") == "readable";
+  family.status_when_read = word_at(json, "status_when_read");
+  family.status_without_value = optional_word_at(json, "status_without_value");
   if (const json_t* instances = json_object_get(json, "instances")) {
     family.instances = instances_from(instances);
   }
@@ -214,6 +216,13 @@ std::vector<FamilyData> parse_item_data(std::string_view json) {
 const std::vector<FamilyData>& item_data() {
   static const std::vector<FamilyData> data = parse_item_data(kItemsJson);
   return data;
+}
+
+const FamilyData* family_of(uint32_t item_id) {
+  constexpr uint32_t kFamilyMask = 0xFFFF0000;
+  const auto& data = item_data();
+  const auto match = std::ranges::find(data, item_id & kFamilyMask, &FamilyData::id);
+  return match == data.end() ? nullptr : &*match;
 }
 
 }  // namespace kova_host

@@ -48,7 +48,9 @@ struct FamilyData {
   std::string title;  // for people
   uint32_t id = 0;
   uint32_t presence_code = 0;
-  bool present_if_readable = false;  // else: present if the word there is not 0
+  bool present_if_readable = false;              // else: present if the word there is not 0
+  uint32_t status_when_read = 0;                 // of a read that has filled its value, besides 0
+  std::optional<uint32_t> status_without_value;  // of an item that has no value on this machine
   std::optional<InstanceRule> instances;
   std::vector<PackageData> packages;
   std::vector<SecondPlace> second_places;
@@ -63,5 +65,8 @@ std::vector<FamilyData> parse_item_data(std::string_view json);
 
 // Every family, in the document's order.
 const std::vector<FamilyData>& item_data();
+
+// The family that an item ID belongs to, whether or not there is such an item; null for none.
+const FamilyData* family_of(uint32_t item_id);
 
 }  // namespace kova_host

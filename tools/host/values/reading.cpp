@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "include/kova_iot.h"
+#include "tools/host/model/item_data.h"
 
 namespace kova_host {
 namespace {
@@ -15,11 +16,6 @@ namespace {
 constexpr json_int_t kUntouchedInteger = std::numeric_limits<json_int_t>::min();
 constexpr double kUntouchedReal = 1e300;
 constexpr const char* kUntouchedText = "\x01untouched";
-
-constexpr uint32_t kFamilyMask = 0xFFFF0000;
-constexpr uint32_t kAccelerometer = 0x14150000;
-constexpr uint32_t kMemoryModules = 0x14180000;
-constexpr uint32_t kSmartBattery = 0x14190000;
 
 JsonPtr preset(ValueKind kind) {
   switch (kind) {
@@ -52,16 +48,15 @@ decltype(Reading::value) filled_value(const json_t* json) {
 
 // Accelerometer reads into a scalar report a failure even when they have filled it.
 bool status_allows_value(uint32_t id, uint32_t status) {
-  return status == IOT_STATUS_SUCCESS ||
-         (status == IOT_STATUS_READ_FAILED && (id & kFamilyMask) == kAccelerometer);
+  const FamilyData* family = family_of(id);
+  return status == IOT_STATUS_SUCCESS || (family != nullptr && status == family->status_when_read);
 }
 
 // Memory modules list fields that only one series of modules carries, and the battery times that
 // an idle battery does not have. The device answered; there is just nothing to show.
 bool does_not_apply(const Item& item, uint32_t status) {
-  const uint32_t family = item.id & kFamilyMask;
-  return item.kind.has_value() && (family == kMemoryModules || family == kSmartBattery) &&
-         (status == IOT_STATUS_UNSUPPORTED || status == IOT_STATUS_NOT_FOUND);
+  const FamilyData* family = family_of(item.id);
+  return item.kind.has_value() && family != nullptr && status == family->status_without_value;
 }
 
 Reading read_as(const Session& session, const Item& item, ValueKind kind) {
