@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "include/kova_iot.h"
+#include "tools/exporter/site.h"
 #include "tools/host/system/duration.h"
 #include "tools/host/system/errors.h"
 
@@ -59,6 +60,14 @@ Options checked(const RawTexts& raw, Options options) {
   return options;
 }
 
+std::string paths() {
+  std::string lines;
+  for (const Site::Route& route : Site::routes()) {
+    lines += fmt::format("  {:<35} {}\n", fmt::format("{}{}", route.path, route.rest), route.text);
+  }
+  return lines;
+}
+
 void add_options(CLI::App& app, RawTexts& raw, Options& options) {
   app.add_option("--web.listen-address", raw.listen_address,
                  "Where to serve: 127.0.0.1:PORT, [::1]:PORT, [::]:PORT for every address of the "
@@ -81,9 +90,10 @@ void add_options(CLI::App& app, RawTexts& raw, Options& options) {
       ->capture_default_str();
   app.set_version_flag("--version", "kova-exporter " KOVA_IOT_VERSION,
                        "Print the version and exit");
-  app.footer(
-      "Exit codes: 0 ended by a signal, 1 cannot serve, 2 wrong arguments.\n"
-      "Example:\n  kova-exporter --simulate");
+  app.footer(fmt::format(
+      "Paths:\n{}\nExit codes: 0 ended by a signal, 1 cannot serve, 2 wrong arguments.\n"
+      "Example:\n  kova-exporter --simulate",
+      paths()));
 }
 
 }  // namespace

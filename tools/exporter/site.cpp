@@ -179,30 +179,48 @@ HttpResponse Site::answer(const HttpRequest& request) {
   return target ? route(request, *target) : error_response(400, "the path or query is malformed");
 }
 
+// Every endpoint. A new one is its row here and what it answers; the pages that tell of it are
+// checked against this.
+std::span<const Site::Route> Site::routes() {
+  static constexpr Route kRoutes[] = {
+      {"/", "", "The live page",
+       [](Site& site, const HttpRequest& request, const Target&) {
+         return site.file(request, *kova_page::find_page_file("page.html"));
+       }},
+      {"/metrics", "", "All readings in Prometheus' text format, or OpenMetrics by Accept",
+       [](Site& site, const HttpRequest& request, const Target&) { return site.metrics(request); }},
+      {"/api/v1/items", "", "All items as JSON",
+       [](Site& site, const HttpRequest& request, const Target&) { return site.items(request); }},
+      {"/api/v1/items/", "ITEM", "The items that an ID, a name, a path or a pattern names",
+       [](Site& site, const HttpRequest&, const Target& target) {
+         constexpr std::string_view kItem = "/api/v1/items/";
+         return site.item(std::string_view(target.path).substr(kItem.size()));
+       }},
+      {"/api/v1/history", "?item=ITEM&since=T", "Numbers of the last half hour",
+       [](Site& site, const HttpRequest& request, const Target& target) {
+         return site.history(request, target);
+       }},
+      {"/api/v1/events", "", "Server-sent events, one a sweep",
+       [](Site&, const HttpRequest&, const Target&) {
+         HttpResponse response = text_response("text/event-stream", "");
+         response.event_stream = true;
+         return response;
+       }},
+      {"/healthz", "", "200 while the readings are fresh, otherwise 503 and why",
+       [](Site& site, const HttpRequest&, const Target&) { return site.health(); }},
+  };
+  return kRoutes;
+}
+
 HttpResponse Site::route(const HttpRequest& request, const Target& target) {
-  constexpr std::string_view kItem = "/api/v1/items/";
   const std::string_view path = target.path;
-  if (path == "/metrics") {
-    return metrics(request);
+  for (const Route& route : routes()) {
+    const bool followed = route.path.size() > 1 && route.path.ends_with('/');
+    if (followed ? path.starts_with(route.path) : path == route.path) {
+      return route.answer(*this, request, target);
+    }
   }
-  if (path == "/healthz") {
-    return health();
-  }
-  if (path == "/api/v1/items") {
-    return items(request);
-  }
-  if (path.starts_with(kItem)) {
-    return item(path.substr(kItem.size()));
-  }
-  if (path == "/api/v1/history") {
-    return history(request, target);
-  }
-  if (path == "/api/v1/events") {
-    HttpResponse response = text_response("text/event-stream", "");
-    response.event_stream = true;
-    return response;
-  }
-  const auto* found = kova_page::find_page_file(path == "/" ? "page.html" : path.substr(1));
+  const auto* found = kova_page::find_page_file(path.substr(1));
   return found != nullptr ? file(request, *found) : error_response(404, "there is nothing here");
 }
 

@@ -3,7 +3,9 @@
 
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "tools/exporter/gzip.h"
 #include "tools/exporter/http.h"
@@ -25,6 +27,15 @@ class Site {
 
   // The answer to one request. A HEAD request gets its body too; the server leaves it out.
   HttpResponse answer(const HttpRequest& request);
+
+  // What is answered, for people too. Files that the page calls for are not among them.
+  struct Route {
+    std::string_view path;  // one that ends with "/" is followed by something, the root's apart
+    std::string_view rest;  // what may follow, as it is documented
+    std::string_view text;  // one line, without a full stop
+    HttpResponse (*answer)(Site& site, const HttpRequest& request, const Target& target);
+  };
+  static std::span<const Route> routes();
 
   // The newest sweep as a server-sent event, or without one how things stand; and the event that
   // tells only that.
