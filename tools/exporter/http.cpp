@@ -7,9 +7,13 @@
 #include <charconv>
 
 #include "tools/host/system/json_writer.h"
+#include "tools/host/system/typed_number.h"
 
 namespace kova_exporter {
 namespace {
+
+using kova_host::same_word;
+using kova_host::trimmed;
 
 std::optional<unsigned char> hexadecimal_pair(std::string_view text) {
   unsigned char value = 0;
@@ -55,21 +59,6 @@ std::string_view take_part(std::string_view& text, char separator) {
   const std::string_view part = text.substr(0, text.find(separator));
   text.remove_prefix(std::min(part.size() + 1, text.size()));
   return part;
-}
-
-std::string_view trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(" \t");
-  return first == std::string_view::npos
-             ? std::string_view()
-             : text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
-bool same_word(std::string_view a, std::string_view b) {
-  const auto lower = [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [lower](char x, char y) { return lower(x) == lower(y); });
 }
 
 // The weight of one part of an Accept or Accept-Encoding header, such as

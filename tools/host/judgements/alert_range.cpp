@@ -8,8 +8,7 @@ namespace {
 
 std::optional<double> end_of_range(std::string_view text) {
   const auto number = parse_number(text);
-  return number ? std::optional(std::visit([](auto n) { return static_cast<double>(n); }, *number))
-                : std::nullopt;
+  return number ? std::optional(as_double(*number)) : std::nullopt;
 }
 
 }  // namespace

@@ -4,17 +4,6 @@
 namespace kova_host {
 namespace {
 
-std::string text_of(const json_t* object, const char* key) {
-  const json_t* value = json_object_get(object, key);
-  return json_is_string(value) ? std::string(json_string_value(value), json_string_length(value))
-                               : std::string();
-}
-
-std::optional<double> number_of(const json_t* object, const char* key) {
-  const json_t* value = json_object_get(object, key);
-  return json_is_number(value) ? std::optional(json_number_value(value)) : std::nullopt;
-}
-
 std::optional<ValueKind> kind_of(const json_t* element) {
   if (json_object_get(element, "sv") != nullptr) {
     return ValueKind::text;
@@ -41,17 +30,17 @@ std::optional<Item> item_from_element(const json_t* element, const std::string& 
   Item item;
   item.id = static_cast<uint32_t>(json_integer_value(id));
   item.family = family;
-  item.package = text_of(package, "bn");
-  item.name = text_of(element, "n");
-  item.unit = text_of(element, "u");
+  item.package = text_at(package, "bn");
+  item.name = text_at(element, "n");
+  item.unit = text_at(element, "u");
   if (item.unit.empty()) {
-    item.unit = text_of(package, "bu");
+    item.unit = text_at(package, "bu");
   }
-  item.access = text_of(element, "asm");
+  item.access = text_at(element, "asm");
   item.kind = kind;
-  item.min = number_of(element, "min");
-  item.max = number_of(element, "max");
-  item.options = parse_options(text_of(element, "desc"));
+  item.min = number_at(element, "min");
+  item.max = number_at(element, "max");
+  item.options = parse_options(text_at(element, "desc"));
   return item;
 }
 

@@ -9,36 +9,53 @@
 
 namespace kova_host {
 
+namespace {
+
+template <typename Value>
+struct Word {
+  Value value;
+  std::string_view word;
+};
+
+constexpr Word<ValueKind> kKinds[] = {{ValueKind::integer, "integer"},
+                                      {ValueKind::real, "real"},
+                                      {ValueKind::boolean, "boolean"},
+                                      {ValueKind::text, "text"}};
+
+constexpr Word<Role> kRoles[] = {{Role::identity, "identity"},
+                                 {Role::reading, "reading"},
+                                 {Role::state, "state"},
+                                 {Role::setting, "setting"},
+                                 {Role::factory_default, "default"}};
+
+template <typename Value, size_t size>
+std::string_view word_for(const Word<Value> (&words)[size], Value value) {
+  const auto* match = std::ranges::find(words, value, &Word<Value>::value);
+  return match == std::end(words) ? std::string_view() : match->word;
+}
+
+template <typename Value, size_t size>
+std::optional<Value> value_for(const Word<Value> (&words)[size], std::string_view word) {
+  const auto* match = std::ranges::find(words, word, &Word<Value>::word);
+  return match == std::end(words) ? std::nullopt : std::optional(match->value);
+}
+
+}  // namespace
+
 std::string_view kind_name(ValueKind kind) {
-  switch (kind) {
-    case ValueKind::integer:
-      return "integer";
-    case ValueKind::real:
-      return "real";
-    case ValueKind::boolean:
-      return "boolean";
-    case ValueKind::text:
-      return "text";
-  }
-  return "";
+  return word_for(kKinds, kind);
+}
+
+std::optional<ValueKind> kind_called(std::string_view name) {
+  return value_for(kKinds, name);
 }
 
 std::string_view role_name(Role role) {
-  switch (role) {
-    case Role::identity:
-      return "identity";
-    case Role::reading:
-      return "reading";
-    case Role::state:
-      return "state";
-    case Role::setting:
-      return "setting";
-    case Role::factory_default:
-      return "default";
-    case Role::unknown:
-      return "";
-  }
-  return "";
+  return word_for(kRoles, role);
+}
+
+std::optional<Role> role_called(std::string_view name) {
+  return value_for(kRoles, name);
 }
 
 std::string id_text(uint32_t id) {

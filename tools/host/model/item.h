@@ -61,10 +61,13 @@ struct Item {
   bool unique_name = true;  // false: another item of the machine is called the same
 };
 
+// "integer", "real", "boolean", "text", and back; nothing for another word.
 std::string_view kind_name(ValueKind kind);
+std::optional<ValueKind> kind_called(std::string_view name);
 
-// "identity", "reading", "state", "setting", "default"; "" for unknown.
+// "identity", "reading", "state", "setting", "default", and back; "" for unknown.
 std::string_view role_name(Role role);
+std::optional<Role> role_called(std::string_view name);
 
 // "0x14140B01", the way IDs are written everywhere.
 std::string id_text(uint32_t id);

@@ -16,11 +16,6 @@ extern const std::string_view kItemsJson;  // made by the build
 
 namespace {
 
-std::string text_at(const json_t* object, const char* key) {
-  const char* text = json_string_value(json_object_get(object, key));
-  return text == nullptr ? "" : text;
-}
-
 uint32_t word_at(const json_t* object, const char* key) {
   return static_cast<uint32_t>(json_integer_value(json_object_get(object, key)));
 }
@@ -28,11 +23,6 @@ uint32_t word_at(const json_t* object, const char* key) {
 std::optional<uint32_t> optional_word_at(const json_t* object, const char* key) {
   return json_object_get(object, key) == nullptr ? std::nullopt
                                                  : std::optional(word_at(object, key));
-}
-
-std::optional<double> number_at(const json_t* object, const char* key) {
-  const json_t* value = json_object_get(object, key);
-  return json_is_number(value) ? std::optional(json_number_value(value)) : std::nullopt;
 }
 
 template <typename Read>
@@ -45,36 +35,35 @@ auto each_of(const json_t* object, const char* key, Read read) {
   return result;
 }
 
-// The value that `word` stands for; refuses a word that this release does not know.
-template <typename Value, size_t size>
-Value named(const std::array<std::pair<std::string_view, Value>, size>& names,
-            const std::string& word) {
-  const auto match = std::find_if(names.begin(), names.end(),
-                                  [&word](const auto& entry) { return entry.first == word; });
-  if (match == names.end()) {
+// Refuses a word that this release does not know.
+template <typename Value>
+Value known(std::optional<Value> value, const std::string& word) {
+  if (!value) {
     throw std::runtime_error(fmt::format("items.json: '{}' is not known", word));
   }
-  return match->second;
+  return *value;
 }
 
-constexpr std::array<std::pair<std::string_view, ValueKind>, 4> kKinds = {
-    {{"integer", ValueKind::integer},
-     {"real", ValueKind::real},
-     {"switch", ValueKind::boolean},
-     {"text", ValueKind::text}}};
+// Where a switch stands for what other documents call a boolean.
+ValueKind kind_at(const json_t* json) {
+  const std::string word = text_at(json, "kind");
+  return word == "switch" ? ValueKind::boolean : known(kind_called(word), word);
+}
 
-constexpr std::array<std::pair<std::string_view, Role>, 5> kRoles = {
-    {{"identity", Role::identity},
-     {"reading", Role::reading},
-     {"state", Role::state},
-     {"setting", Role::setting},
-     {"default", Role::factory_default}}};
+Role role_at(const json_t* json) {
+  const std::string word = text_at(json, "role");
+  return known(role_called(word), word);
+}
 
-constexpr std::array<std::pair<std::string_view, WrittenAs>, 4> kWrittenAs = {
-    {{"", WrittenAs::integer},
-     {"integer", WrittenAs::integer},
-     {"switch", WrittenAs::on_off},
-     {"scaled", WrittenAs::scaled}}};
+WrittenAs written_as_at(const json_t* json) {
+  const std::string word = text_at(json, "written_as");
+  if (word == "switch") {
+    return WrittenAs::on_off;
+  }
+  const bool integer = word.empty() || word == "integer";
+  return integer ? WrittenAs::integer
+                 : known(word == "scaled" ? std::optional(WrittenAs::scaled) : std::nullopt, word);
+}
 
 Option option_from(const json_t* json) {
   return {json_integer_value(json_object_get(json, "value")), text_at(json, "label")};
@@ -86,12 +75,12 @@ Item item_from_row(const json_t* json) {
   item.name = text_at(json, "name");
   item.unit = text_at(json, "unit");
   item.access = text_at(json, "access");
-  item.kind = named(kKinds, text_at(json, "kind"));
+  item.kind = kind_at(json);
   item.min = number_at(json, "min");
   item.max = number_at(json, "max");
   item.options = each_of(json, "options", option_from);
   item.published = false;
-  item.facts.role = named(kRoles, text_at(json, "role"));
+  item.facts.role = role_at(json);
   item.facts.is_private = json_is_true(json_object_get(json, "private"));
   item.facts.codes = each_of(json, "codes", [](const json_t* code) {
     return static_cast<uint32_t>(json_integer_value(code));
@@ -100,7 +89,7 @@ Item item_from_row(const json_t* json) {
   item.facts.factory_default = optional_word_at(json, "factory_default");
   item.facts.factory_default_of = optional_word_at(json, "factory_default_of");
   item.facts.scale = number_at(json, "scale");
-  item.facts.written_as = named(kWrittenAs, text_at(json, "written_as"));
+  item.facts.written_as = written_as_at(json);
   return item;
 }
 

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -23,39 +22,6 @@ class Refusal : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-std::string text_at(const json_t* object, const char* key) {
-  const json_t* value = json_object_get(object, key);
-  return json_is_string(value) ? std::string(json_string_value(value), json_string_length(value))
-                               : std::string();
-}
-
-std::optional<double> number_at(const json_t* object, const char* key) {
-  const json_t* value = json_object_get(object, key);
-  return json_is_number(value) ? std::optional(json_number_value(value)) : std::nullopt;
-}
-
-std::optional<ValueKind> kind_at(const json_t* object) {
-  using enum ValueKind;
-  const std::string name = text_at(object, "kind");
-  for (const ValueKind kind : {integer, real, boolean, text}) {
-    if (name == kind_name(kind)) {
-      return kind;
-    }
-  }
-  return std::nullopt;
-}
-
-Role role_at(const json_t* object) {
-  using enum Role;
-  const std::string name = text_at(object, "role");
-  for (const Role role : {identity, reading, state, setting, factory_default}) {
-    if (name == role_name(role)) {
-      return role;
-    }
-  }
-  return unknown;
-}
-
 Item item_from_list(const json_t* json) {
   const auto id = parse_item_id(text_at(json, "id"));
   if (!id) {
@@ -68,8 +34,8 @@ Item item_from_list(const json_t* json) {
   item.package = text_at(json, "package");
   item.unit = text_at(json, "unit");
   item.access = text_at(json, "access");
-  item.kind = kind_at(json);
-  item.facts.role = role_at(json);
+  item.kind = kind_called(text_at(json, "kind"));
+  item.facts.role = role_called(text_at(json, "role")).value_or(Role::unknown);
   item.min = number_at(json, "min");
   item.max = number_at(json, "max");
   const json_t* options = json_object_get(json, "options");

@@ -5,6 +5,8 @@
 
 #include <memory>
 #include <new>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace kova_host {
@@ -25,6 +27,19 @@ inline JsonPtr own(json_t* value) {
 
 inline JsonPtr json_text(std::string_view text) {
   return own(json_stringn(text.data(), text.size()));
+}
+
+// The member of that name, whatever stands there: "" for what is no text, nothing for what is no
+// number. `object` may be null.
+inline std::string text_at(const json_t* object, const char* key) {
+  const json_t* value = json_object_get(object, key);
+  return json_is_string(value) ? std::string(json_string_value(value), json_string_length(value))
+                               : std::string();
+}
+
+inline std::optional<double> number_at(const json_t* object, const char* key) {
+  const json_t* value = json_object_get(object, key);
+  return json_is_number(value) ? std::optional(json_number_value(value)) : std::nullopt;
 }
 
 inline void put(const JsonPtr& object, const char* key, JsonPtr value) {

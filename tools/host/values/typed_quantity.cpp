@@ -9,13 +9,6 @@
 namespace kova_host {
 namespace {
 
-std::string_view without_blanks_around(std::string_view text) {
-  const size_t first = text.find_first_not_of(' ');
-  return first == std::string_view::npos
-             ? std::string_view()
-             : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 Number times(const Number& number, int64_t multiplier, int64_t divisor) {
   if (const auto* integer = std::get_if<int64_t>(&number);
       integer != nullptr && divisor == 1 && multiplier == 1) {
@@ -29,8 +22,8 @@ Number times(const Number& number, int64_t multiplier, int64_t divisor) {
 
 std::optional<TypedQuantity> parse_quantity(std::string_view text) {
   for (size_t length = text.size(); length > 0; --length) {
-    if (const auto number = parse_number(without_blanks_around(text.substr(0, length)))) {
-      return TypedQuantity{*number, without_blanks_around(text.substr(length))};
+    if (const auto number = parse_number(trimmed(text.substr(0, length)))) {
+      return TypedQuantity{*number, trimmed(text.substr(length))};
     }
   }
   return std::nullopt;
