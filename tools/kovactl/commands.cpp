@@ -1,5 +1,5 @@
 // All commands. Each is one file, command_NAME.cpp, which owns its options, its help and its
-// output; a new one is that file, its line in CMakeLists.txt, and its name twice here.
+// output; a new one is that file, and its name twice here.
 #include "tools/kovactl/commands.h"
 
 namespace kovactl {
