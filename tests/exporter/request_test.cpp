@@ -113,6 +113,7 @@ TEST(ListenAddress, RefusesWhatIsNone) {
 TEST(Options, AreCheckedBeforeAnythingStarts) {
   const auto parsed = parse_options({"--interval", "250ms", "--simulate", "--log.level=warn"});
   EXPECT_EQ(parsed.options.interval, 0.25);
+  EXPECT_EQ(parsed.options.connections_per_address, 16U);
   EXPECT_EQ(parsed.options.simulated, "built-in");
   EXPECT_TRUE(parsed.options.host.simulate);
   EXPECT_EQ(parsed.options.log_level, LogLevel::warn);
@@ -129,6 +130,9 @@ TEST(Options, AreCheckedBeforeAnythingStarts) {
   EXPECT_EQ(parse_options({"--version"}).answer, "kova-exporter " KOVA_IOT_VERSION "\n");
   for (const std::vector<std::string>& wrong : {std::vector<std::string>{"--interval", "0"},
                                                 {"--interval", "99ms"},
+                                                {"--web.connections-per-address", "0"},
+                                                {"--web.connections-per-address", "129"},
+                                                {"--web.connections-per-address", "4.5"},
                                                 {"--interval", "3600.1"},
                                                 {"--interval", "61m"},
                                                 {"--interval", "5h"},

@@ -13,14 +13,16 @@
 #include <thread>
 
 #include "tests/exporter/sample.h"
+#include "tools/exporter/pulse.h"
 
 namespace kova_exporter {
 namespace {
 
 // A client's end of a connection to a Unix socket.
-class Client {
+class TestClient {
  public:
-  explicit Client(const ListenAddress& address) : descriptor_(socket(AF_UNIX, SOCK_STREAM, 0)) {
+  explicit TestClient(const ListenAddress& address)
+      : descriptor_(socket(address.address.ss_family, SOCK_STREAM, 0)) {
     if (connect(descriptor_, reinterpret_cast<const sockaddr*>(&address.address), address.length) !=
         0) {
       ADD_FAILURE() << "cannot connect";
@@ -28,7 +30,7 @@ class Client {
     constexpr timeval kPatience{.tv_sec = 10, .tv_usec = 0};
     setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &kPatience, sizeof(kPatience));
   }
-  ~Client() { close(descriptor_); }
+  ~TestClient() { close(descriptor_); }
 
   bool send(std::string_view text) const {
     return ::send(descriptor_, text.data(), text.size(), MSG_NOSIGNAL) ==
@@ -57,7 +59,13 @@ class Client {
     EXPECT_TRUE(send(request + "\r\nHost: x\r\n\r\n"));
     return read_to(end);
   }
-  void hang_up() const { shutdown(descriptor_, SHUT_RDWR); }
+  void hang_up(int how = SHUT_RDWR) const { shutdown(descriptor_, how); }
+
+  // True if the server has ended the connection, within the patience that a test has.
+  bool is_ended() const {
+    char byte = 0;
+    return recv(descriptor_, &byte, 1, 0) == 0;
+  }
 
  private:
   int descriptor_;
@@ -65,6 +73,9 @@ class Client {
 
 class ServerTest : public testing::Test {
  protected:
+  explicit ServerTest(const std::string& address = kPath)
+      : listener_(parse_listen_address(address)) {}
+
   void start(ServerLimits limits) {
     server_ = std::make_unique<Server>(listener_, site_, limits);
     thread_ = std::jthread([this](const std::stop_token& stop) {
@@ -100,12 +111,13 @@ class ServerTest : public testing::Test {
     store_.publish(std::move(snapshot), nullptr);
   }
 
-  Client client() const { return Client(listener_.address()); }
+  TestClient client() const { return TestClient(listener_.address()); }
 
   static constexpr std::string_view kItems = "GET /api/v1/items HTTP/1.1\r\nHost: x\r\n\r\n";
   static constexpr std::string_view kEvents = "GET /api/v1/events HTTP/1.1\r\nHost: x\r\n\r\n";
-  const std::string path_ = "unix:" + testing::TempDir() + "exporter." + std::to_string(getpid());
-  Listener listener_{parse_listen_address(path_)};
+  static inline const std::string kPath =
+      "unix:" + testing::TempDir() + "exporter." + std::to_string(getpid());
+  Listener listener_;
   Store store_{5};
   Site site_{store_, {}};
   std::unique_ptr<Server> server_;
@@ -115,7 +127,7 @@ class ServerTest : public testing::Test {
 
 TEST_F(ServerTest, AnswersOneRequestAfterAnother) {
   start({});
-  const Client one = client();
+  const TestClient one = client();
   for (int i = 0; i < 2; ++i) {
     EXPECT_TRUE(one.send("HEAD /api/v1/items HTTP/1.1\r\nHost: x\r\n\r\n"));
     const std::string head = one.read_to("\r\n\r\n");
@@ -159,7 +171,7 @@ TEST_F(ServerTest, HandsRequestsOverAsTheyAre) {
        }) {
     EXPECT_EQ(client().ask(request + "\r\nConnection: close", "no end").substr(9, 3), status);
   }
-  const Client old = client();
+  const TestClient old = client();
   EXPECT_TRUE(old.send("GET /healthz HTTP/1.0\r\n\r\n"));
   EXPECT_EQ(old.read_all().substr(9, 3), "503");
   // A header that stands twice is one list.
@@ -171,7 +183,7 @@ TEST_F(ServerTest, AnswersTakeOnlySoMuchMemory) {
   publish_large();
   start({.answer_bytes = 512 * 1024});
   for (int i = 0; i < 2; ++i) {
-    const Client slow = client();
+    const TestClient slow = client();
     EXPECT_TRUE(slow.send(kItems));
     rest();
     const std::string refusal = client().ask("GET /api/v1/items HTTP/1.1", "}}\n");
@@ -192,7 +204,7 @@ TEST_F(ServerTest, CutsOffSlowAndIdleClients) {
   publish_large();
   for (const auto& [limits, steps] : cases) {
     start(limits);
-    const Client slow = client();
+    const TestClient slow = client();
     rest();
     (void)slow.send(kItems);
     rest();
@@ -209,9 +221,80 @@ TEST_F(ServerTest, CutsOffSlowAndIdleClients) {
   }
 }
 
+// The same over IP, where clients have addresses.
+class ServerOverIpTest : public ServerTest {
+ protected:
+  ServerOverIpTest() : ServerTest("127.0.0.1:0") {}
+};
+
+TEST_F(ServerOverIpTest, TheLongestIdleOfOneAddressMakesRoom) {
+  start({.connections = 4, .connections_per_address = 2});
+  const TestClient stream = client();
+  (void)stream.ask("GET /api/v1/events HTTP/1.1", "}}\n\n\r\n");
+  const TestClient idle = client();
+  rest();
+  const TestClient newest = client();
+  EXPECT_TRUE(idle.is_ended());
+  EXPECT_NE(newest.ask("GET /healthz HTTP/1.1", "\r\n\r\n"), "");
+  publish_ = 3;
+  EXPECT_NE(stream.read_to("\n\n\r\n"), "");  // which waits for something, and stays
+}
+
+TEST_F(ServerTest, TheLongestIdleOfAllMakesRoom) {
+  start({.connections = 3, .connections_per_address = 1});
+  const TestClient first = client();
+  const TestClient second = client();
+  rest();
+  EXPECT_NE(first.ask("GET /healthz HTTP/1.1", "\r\n\r\n"), "");
+  const TestClient third = client();
+  rest();
+  const TestClient fourth = client();
+  EXPECT_TRUE(second.is_ended());
+  EXPECT_NE(fourth.ask("GET /healthz HTTP/1.1", "\r\n\r\n"), "");
+}
+
+TEST_F(ServerTest, WhoHangsUpHalfWayIsGoneAtOnce) {
+  start({.first_request = std::chrono::hours(1)});
+  for (const std::string_view half : {"", "GET /heal", "GET /healthz HTTP/1.1\r\nHo"}) {
+    const TestClient hasty = client();
+    EXPECT_TRUE(hasty.send(half));
+    hasty.hang_up(SHUT_WR);
+    EXPECT_TRUE(hasty.is_ended()) << half;
+  }
+  const TestClient whole = client();
+  EXPECT_TRUE(whole.send("GET /healthz HTTP/1.0\r\n\r\n"));
+  whole.hang_up(SHUT_WR);
+  EXPECT_NE(whole.read_all(), "");
+}
+
+TEST_F(ServerTest, OnlyAServerThatAnswersHasAPulse) {
+  Server server(listener_, site_, {.connections = 1});
+  Pulse pulse(server, {});
+  const auto beats = [&](int turns, bool serve) {
+    int count = 0;
+    for (int i = 0; i < turns; ++i) {
+      count += pulse.beat() ? 1 : 0;
+      if (serve) {
+        server.serve();
+      }
+    }
+    return count;
+  };
+  EXPECT_EQ(beats(20, false), 0);
+  EXPECT_GT(beats(40, true), 2);
+  const TestClient one = client();  // who makes room for the pulse, being idle
+  EXPECT_GT(beats(40, true), 2);
+  Pulse later(server, std::chrono::hours(1));
+  while (!later.beat()) {
+    server.serve();
+  }
+  server.serve();
+  EXPECT_FALSE(later.beat() || later.beat());
+}
+
 TEST_F(ServerTest, StreamsGetTheNewestEventAndAreBounded) {
   start({.streams = 1, .quiet = std::chrono::seconds(1)});
-  const Client stream = client();
+  const TestClient stream = client();
   EXPECT_TRUE(stream.send(kEvents));
   EXPECT_NE(stream.read_to("\n\n\r\n").find("retry: 3000\n\n"), std::string::npos);
   EXPECT_NE(stream.read_to("\n\n\r\n").find("event: status\n"), std::string::npos);
@@ -220,7 +303,7 @@ TEST_F(ServerTest, StreamsGetTheNewestEventAndAreBounded) {
   EXPECT_NE(stream.read_to("\n\n\r\n").find("event: status\n"), std::string::npos);  // quiet
   const std::string head = "HEAD /api/v1/events HTTP/1.1";
   EXPECT_EQ(client().ask(head, "\r\n\r\n").find("HTTP/1.1 200 "), 0U);  // which is no stream
-  const Client second = client();
+  const TestClient second = client();
   EXPECT_EQ(second.ask("GET /api/v1/events HTTP/1.1", "}}\n").find("HTTP/1.1 503 "), 0U);
   stream.hang_up();
   publish_ = 4;
@@ -234,8 +317,8 @@ TEST_F(ServerTest, StreamsGetTheNewestEventAndAreBounded) {
 
 TEST_F(ServerTest, ASocketInUseIsRefusedAndALeftOneReplaced) {
   EXPECT_THROW(Listener(listener_.address()), std::system_error);
-  EXPECT_EQ(access(path_.c_str() + 5, F_OK), 0);
-  const std::string file = path_.substr(5) + ".left";
+  EXPECT_EQ(access(kPath.c_str() + 5, F_OK), 0);
+  const std::string file = kPath.substr(5) + ".left";
   const ListenAddress left = parse_listen_address("unix:" + file);
   std::ofstream(file) << "no socket";
   EXPECT_THROW(Listener{left}, std::system_error);

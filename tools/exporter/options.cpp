@@ -8,9 +8,11 @@
 #include <stdexcept>
 
 #include "include/kova_iot.h"
+#include "tools/exporter/server.h"
 #include "tools/exporter/site.h"
 #include "tools/host/system/duration.h"
 #include "tools/host/system/errors.h"
+#include "tools/host/system/typed_number.h"
 
 namespace kova_exporter {
 namespace {
@@ -21,6 +23,7 @@ constexpr const char* kDefaultAddress = "127.0.0.1:9848";
 struct RawTexts {
   std::string listen_address = kDefaultAddress;
   std::string interval = "5s";
+  std::string connections_per_address = "16";
   std::string log_level = "info";
   std::string machine;
 };
@@ -36,6 +39,17 @@ double checked_interval(std::string_view text) {
   }
 }
 
+unsigned checked_connections(std::string_view text) {
+  const auto number = kova_host::parse_number(text);
+  const int64_t* count = number ? std::get_if<int64_t>(&*number) : nullptr;
+  if (count == nullptr || *count < 1 || *count > ServerLimits().connections) {
+    throw std::invalid_argument(
+        fmt::format("--web.connections-per-address: '{}' is no number of 1 to {}", text,
+                    ServerLimits().connections));
+  }
+  return static_cast<unsigned>(*count);
+}
+
 ListenAddress checked_address(const std::string& text) {
   try {
     return parse_listen_address(text);
@@ -46,6 +60,7 @@ ListenAddress checked_address(const std::string& text) {
 
 Options checked(const RawTexts& raw, Options options) {
   options.listen_address = checked_address(raw.listen_address);
+  options.connections_per_address = checked_connections(raw.connections_per_address);
   options.interval = checked_interval(raw.interval);
   const auto level = parse_log_level(raw.log_level);
   if (!level) {
@@ -73,6 +88,11 @@ void add_options(CLI::App& app, RawTexts& raw, Options& options) {
                  "Where to serve: 127.0.0.1:PORT, [::1]:PORT, [::]:PORT for every address of the "
                  "machine, or unix:/PATH")
       ->type_name("ADDRESS")
+      ->capture_default_str();
+  app.add_option("--web.connections-per-address", raw.connections_per_address,
+                 "Connections that one address may hold; beyond them its longest idle ones are "
+                 "ended")
+      ->type_name("NUMBER")
       ->capture_default_str();
   app.add_option("--interval", raw.interval, "Time from one sweep over all items to the next")
       ->type_name("TIME")

@@ -13,6 +13,7 @@ namespace kova_exporter {
 
 struct Options {
   ListenAddress listen_address;
+  unsigned connections_per_address = 0;
   double interval = 5;  // seconds
   kova_host::HostOptions host;
   std::string simulated;  // the simulated machine's name; "" for a real one

@@ -3,6 +3,7 @@
 #include "tools/exporter/server.h"
 
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -73,15 +74,14 @@ MHD_Result queue(MHD_Connection* connection, int status, MHD_Response* raw) {
   return result;
 }
 
+Client* client_of(MHD_Connection* connection) {
+  const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
+  return static_cast<Client*>(info->socket_context);
+}
+
 }  // namespace
 
-// One client's connection, from accept to close.
-struct Server::Connection {
-  int descriptor = -1;
-  Clock::time_point deadline;
-};
-
-// One request on it.
+// One request of a client.
 struct Server::Exchange {
   std::string target;
   bool has_headers = false;
@@ -98,7 +98,7 @@ struct Server::Body {
 struct Server::Stream {
   Server* server;
   MHD_Connection* connection;
-  Connection* context;
+  Client* client;
   std::shared_ptr<const std::string> text;  // under way
   size_t sent = 0;
   uint64_t number = 0;  // of the newest event that was begun
@@ -106,12 +106,18 @@ struct Server::Stream {
 };
 
 Server::Server(const Listener& listener, Site& site, ServerLimits limits)
-    : site_(site), limits_(limits) {
+    : site_(site),
+      limits_(limits),
+      clients_({.connections = limits.connections,
+                .connections_per_address = limits.connections_per_address}) {
   announce(site.newest_event());
+  // Who comes at a full house is let in, and the longest idle one is sent out: only those who come
+  // in one turn wait at the door. The library lets ten in at a time.
+  constexpr unsigned kDoorway = 16;
   constexpr unsigned kFlags = MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME;
   daemon_ = MHD_start_daemon(kFlags, 0, nullptr, nullptr, &on_request, this,                //
                              MHD_OPTION_LISTEN_SOCKET, listener.descriptor(),               //
-                             MHD_OPTION_CONNECTION_LIMIT, limits.connections,               //
+                             MHD_OPTION_CONNECTION_LIMIT, limits.connections + kDoorway,    //
                              MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits.connection_memory,  //
                              MHD_OPTION_CONNECTION_TIMEOUT,
                              static_cast<unsigned>(limits.next_request.count()),  //
@@ -151,8 +157,22 @@ void Server::serve() {
   if (site_.state().up != was_up_ || Clock::now() - event_time_ >= limits_.quiet) {
     announce(site_.status_event());
   }
-  cut_off_slow_clients();
   MHD_run(daemon_);
+  clients_.cut_off();
+}
+
+int Server::connect_inside() {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) {
+    return -1;
+  }
+  const sockaddr address{.sa_family = AF_UNIX, .sa_data = {}};
+  // Which closes its end, whether it takes it or not.
+  if (MHD_add_connection(daemon_, ends[1], &address, sizeof(address)) != MHD_YES) {
+    close(ends[0]);
+    return -1;
+  }
+  return ends[0];
 }
 
 void Server::announce(std::string event) {
@@ -172,33 +192,16 @@ void Server::resume_streams() {
   }
 }
 
-void Server::cut_off_slow_clients() {
-  const auto now = Clock::now();
-  for (Connection* connection : connections_) {
-    if (now > connection->deadline) {
-      log(LogLevel::debug, "a client was too slow");
-      // The library sees the end of the connection and tidies up.
-      shutdown(connection->descriptor, SHUT_RDWR);
-      connection->deadline = Clock::time_point::max();
-    }
-  }
-}
-
 void Server::on_connection(void* self, MHD_Connection* connection, void** context,
                            MHD_ConnectionNotificationCode code) {
   auto& server = *static_cast<Server*>(self);
   if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
-    server.connections_.erase(static_cast<Connection*>(*context));
-    delete static_cast<Connection*>(*context);
+    server.clients_.remove(static_cast<Client*>(*context));
     return;
   }
   const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
   try {
-    auto entry = std::make_unique<Connection>();
-    entry->descriptor = info->connect_fd;
-    entry->deadline = Clock::now() + server.limits_.first_request;
-    server.connections_.insert(entry.get());
-    *context = entry.release();
+    *context = server.clients_.add(info->connect_fd, Clock::now() + server.limits_.first_request);
   } catch (const std::bad_alloc&) {
     *context = nullptr;
     shutdown(info->connect_fd, SHUT_RDWR);
@@ -237,10 +240,8 @@ void Server::on_completed(void* self, MHD_Connection* connection, void** exchang
                           MHD_RequestTerminationCode /*code*/) {
   delete static_cast<Exchange*>(*exchange);
   *exchange = nullptr;
-  const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
-  if (info->socket_context != nullptr) {
-    static_cast<Connection*>(info->socket_context)->deadline =
-        Clock::now() + static_cast<Server*>(self)->limits_.next_request;
+  if (Client* client = client_of(connection)) {
+    client->end_answer(Clock::now() + static_cast<Server*>(self)->limits_.next_request);
   }
 }
 
@@ -251,11 +252,11 @@ MHD_Result Server::answer(MHD_Connection* connection, const Exchange& exchange, 
   request.target = exchange.target;
   request.http_1_0 = std::strcmp(version, MHD_HTTP_VERSION_1_0) == 0;
   MHD_get_connection_values(connection, MHD_HEADER_KIND, &collect_header, &request);
-  const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
-  if (info->socket_context == nullptr) {
+  Client* client = client_of(connection);
+  if (client == nullptr) {
     return MHD_NO;
   }
-  static_cast<Connection*>(info->socket_context)->deadline = Clock::now() + limits_.answer;
+  client->begin_answer(Clock::now() + limits_.answer);
   const HttpResponse response = site_.answer(request);
   log(LogLevel::debug, "{} {} -> {}", request.method, request.target, response.status);
   return response.event_stream && request.method == "GET" ? open_stream(connection, response)
@@ -299,11 +300,10 @@ MHD_Result Server::open_stream(MHD_Connection* connection, const HttpResponse& r
   if (streams_.size() >= limits_.streams) {
     return send(connection, busy("too many clients follow the events"));
   }
-  const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
   auto stream = std::make_unique<Stream>(
       Stream{.server = this,
              .connection = connection,
-             .context = static_cast<Connection*>(info->socket_context),
+             .client = client_of(connection),
              .text = std::make_shared<const std::string>(kStreamGreeting)});
   constexpr size_t kBlock = 8 * 1024;
   MHD_Response* raw = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, kBlock, &on_stream,
@@ -326,10 +326,10 @@ ssize_t Server::on_stream(void* raw, uint64_t /*position*/, char* buffer, size_t
     stream.text = server.event_;
     stream.number = server.event_number_;
     stream.sent = 0;
-    stream.context->deadline = Clock::now() + server.limits_.event;
+    stream.client->begin_answer(Clock::now() + server.limits_.event);
   }
   if (stream.sent == stream.text->size()) {
-    stream.context->deadline = Clock::time_point::max();
+    stream.client->deadline = Clock::time_point::max();
     stream.suspended = true;
     MHD_suspend_connection(stream.connection);
     return 0;

@@ -4,11 +4,11 @@
 #include <microhttpd.h>
 
 #include <chrono>
-#include <list>
 #include <memory>
 #include <set>
 #include <string>
 
+#include "tools/exporter/clients.h"
 #include "tools/exporter/listen_address.h"
 #include "tools/exporter/site.h"
 
@@ -16,7 +16,8 @@ namespace kova_exporter {
 
 // Bounds of what clients can make the exporter hold. A client that is too slow is cut off.
 struct ServerLimits {
-  unsigned connections = 128;
+  unsigned connections = 128;              // of all clients
+  unsigned connections_per_address = 16;   // Unix sockets excepted
   unsigned streams = 16;                   // of events; more are answered 503
   size_t answer_bytes = 16 * 1024 * 1024;  // of all answers under way; beyond it they are 503
   size_t connection_memory = 24 * 1024;    // bytes of request and headers
@@ -46,9 +47,12 @@ class Server {
   // A snapshot has been published: streams get `event`.
   void announce(std::string event);
 
+  // A connection to this server that passes no network: its client's end, non-blocking and the
+  // caller's to close. -1 if there is no room for it now.
+  int connect_inside();
+
  private:
-  using Clock = std::chrono::steady_clock;
-  struct Connection;
+  using Clock = Client::Clock;
   struct Exchange;
   struct Stream;
   struct Body;
@@ -71,11 +75,10 @@ class Server {
   MHD_Response* make_response(const HttpResponse& response);
   MHD_Result open_stream(MHD_Connection* connection, const HttpResponse& response);
   void resume_streams();
-  void cut_off_slow_clients();
 
   Site& site_;
   const ServerLimits limits_;
-  std::set<Connection*> connections_;
+  Clients clients_;
   std::set<Stream*> streams_;
   size_t answer_bytes_ = 0;                   // under way
   std::shared_ptr<const std::string> event_;  // the newest

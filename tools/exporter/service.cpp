@@ -9,8 +9,10 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <system_error>
 
+#include "tools/exporter/pulse.h"
 #include "tools/exporter/sampler.h"
 #include "tools/exporter/server.h"
 #include "tools/host/system/host_name.h"
@@ -49,7 +51,13 @@ class EndSignals {
 // What systemd is told, if it is what has started the program.
 class ServiceManager {
  public:
-  ServiceManager() { has_watchdog_ = sd_watchdog_enabled(0, nullptr) > 0; }
+  explicit ServiceManager(Server& server) {
+    uint64_t patience = 0;  // microseconds
+    if (sd_watchdog_enabled(0, &patience) > 0) {
+      constexpr int kQuestionsWithinPatience = 4;
+      pulse_.emplace(server, std::chrono::microseconds(patience) / kQuestionsWithinPatience);
+    }
+  }
 
   // The first sweep has ended, well or not.
   void ready(const kova_page::SweepState& state) {
@@ -62,11 +70,12 @@ class ServiceManager {
     sd_notifyf(0, "STATUS=%s", status.c_str());
   }
 
-  // The serving loop lives. A device library that does not return for so long will not come back:
-  // then only a new process can help, and the watchdog makes one.
-  void alive(std::chrono::steady_clock::duration busy) const {
+  // At each turn of the serving loop: the watchdog is fed when the loop has answered. A device
+  // library that does not return for so long will not come back: then only a new process can help,
+  // and the watchdog makes one.
+  void turn(std::chrono::steady_clock::duration busy) {
     constexpr std::chrono::minutes kGivenUp{10};
-    if (has_watchdog_ && busy < kGivenUp) {
+    if (pulse_ && pulse_->beat() && busy < kGivenUp) {
       sd_notify(0, "WATCHDOG=1");
     }
   }
@@ -75,12 +84,12 @@ class ServiceManager {
 
  private:
   bool ready_ = false;
-  bool has_watchdog_ = false;
+  std::optional<Pulse> pulse_;  // with a watchdog
 };
 
 void serve_until_signal(const EndSignals& signals, const Store& store, const Site& site,
                         Server& server, const Sampler& sampler) {
-  ServiceManager manager;
+  ServiceManager manager(server);
   enum { kSignal, kStore, kServer, kCount };
   std::array<pollfd, kCount> descriptors{};
   descriptors[kSignal] = {signals.descriptor(), POLLIN, 0};
@@ -101,7 +110,7 @@ void serve_until_signal(const EndSignals& signals, const Store& store, const Sit
       manager.ready(site.state());
     }
     server.serve();
-    manager.alive(sampler.busy_for());
+    manager.turn(sampler.busy_for());
   }
 }
 
@@ -115,7 +124,7 @@ int run_service(const Options& options) {
   Store store(options.interval);
   Site site(store, {.machine = {.name = kova_host::host_name(), .simulated = options.simulated},
                     .local_hosts_only = listener.address().is_loopback()});
-  Server server(listener, site);
+  Server server(listener, site, {.connections_per_address = options.connections_per_address});
   log(LogLevel::info, "listening on {}", listener.address().url());
   Sampler sampler(options.host, store);
   serve_until_signal(signals, store, site, server, sampler);
