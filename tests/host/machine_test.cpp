@@ -60,6 +60,13 @@ TEST(Selection, TellsThatAWholeFamilyIsAbsent) {
   }
 }
 
+TEST(Selection, TellsWhatIsNoPattern) {
+  EXPECT_EQ(refusal([] { select_one({}, "PoE [12] power"); }),
+            "no item 'PoE [12] power': * and ? are wildcards, brackets are not");
+  EXPECT_EQ(refusal([] { select_one({}, std::string(129, '*')); }),
+            "an item's name has at most 128 bytes, not 129");
+}
+
 TEST(Comparison, TellsReadingsThatAppearAndDisappear) {
   const auto listed = [](uint32_t id, const Reading& reading) {
     return ListedItem{item_of(id, Role::reading, ValueKind::real), reading};

@@ -3,6 +3,7 @@
 
 #include "tests/support/comma_locale.h"
 #include "tools/host/judgements/alert_range.h"
+#include "tools/host/model/name_pattern.h"
 #include "tools/host/system/duration.h"
 #include "tools/host/system/nearest.h"
 #include "tools/host/system/typed_number.h"
@@ -63,6 +64,24 @@ TEST(TypedText, WordsAreTheSameInAnyCaseOfTheirLetters) {
   for (const auto& [a, b] : {std::pair("@", "`"), {"[", "{"}, {"a", "aa"}, {"aa", "a"}}) {
     EXPECT_FALSE(same_word(a, b));
   }
+}
+
+TEST(TypedText, PatternsKnowTwoWildcards) {
+  const std::string name = "PoE 1 caf\xc3\xa9 [a]";
+  expect_parsed<bool>([&](const std::string& pattern) { return matches_pattern(pattern, name); },
+                      {{true,
+                        {name, "*", "**", "p*", "*]", "poe ? CAF? [a]", "*1*f*", "*a*a*", "*[a]",
+                         "?????????????*", "*?????????????", "PoE 1 ca*[*]", "*poe*"}},
+                       {false,
+                        {"", "?", "PoE", "PoE 2*", "*b*", "PoE [1] *", "*[!b]", "???????????????",
+                         "*a*a*a*", "\\PoE*", "*]?", "PoE 1 caf?[a]"}}});
+  EXPECT_TRUE(matches_pattern("*", "") && matches_pattern("", ""));
+  // A name that is one letter over and over asks for as many steps as there are.
+  std::string stars;
+  for (int i = 0; i < 63; ++i) {
+    stars += "*a";
+  }
+  EXPECT_FALSE(matches_pattern(stars + "b", std::string(100'000, 'a')));
 }
 
 TEST(TypedText, QuantitiesInAnyUnitOfTheSameKind) {

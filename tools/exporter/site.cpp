@@ -9,6 +9,7 @@
 #include <variant>
 
 #include "tools/host/export/metrics.h"
+#include "tools/host/model/name_pattern.h"
 #include "tools/host/model/selection.h"
 #include "tools/host/system/errors.h"
 #include "tools/host/system/typed_number.h"
@@ -77,6 +78,10 @@ std::optional<double> since_time(std::string_view text) {
 // The items that a client asks for by ID, name, path or pattern, or the answer that there are none.
 std::variant<std::vector<kova_host::Item>, HttpResponse> items_named(
     const kova_page::Snapshot& snapshot, std::string_view text) {
+  if (text.size() > kova_host::kLongestItemText) {
+    return error_response(
+        400, fmt::format("an item's name has at most {} bytes", kova_host::kLongestItemText));
+  }
   try {
     auto items = kova_host::named_items(snapshot.list->items, std::string(text));
     if (std::all_of(items.begin(), items.end(), [&snapshot](const kova_host::Item& item) {
@@ -109,9 +114,9 @@ std::variant<WantedHistory, HttpResponse> wanted_history(const kova_page::Snapsh
     for (const kova_host::Item& item : std::get<std::vector<kova_host::Item>>(found)) {
       wanted.ids.push_back(item.id);
     }
-  }
-  if (wanted.ids.size() > kHistoryItems) {
-    return error_response(400, fmt::format("at most {} items at once", kHistoryItems));
+    if (wanted.ids.size() > kHistoryItems) {
+      return error_response(400, fmt::format("at most {} items at once", kHistoryItems));
+    }
   }
   if (const auto values = target.values("since"); !values.empty()) {
     const auto time = since_time(values.back());

@@ -2,13 +2,13 @@
 #include "tools/host/model/selection.h"
 
 #include <fmt/format.h>
-#include <fnmatch.h>
 
 #include <algorithm>
 #include <iterator>
 #include <set>
 
 #include "tools/host/model/item_data.h"
+#include "tools/host/model/name_pattern.h"
 #include "tools/host/system/errors.h"
 #include "tools/host/system/nearest.h"
 #include "tools/host/system/typed_number.h"
@@ -18,18 +18,12 @@ namespace {
 
 constexpr uint32_t kMostInstances = 16;  // of absent families, for telling that they are absent
 
-bool matches(const std::string& pattern, const std::string& text) {
-  // The case of ASCII letters only: no locale is set.
-  return same_word(pattern, text) ||
-         fnmatch(pattern.c_str(), text.c_str(), FNM_CASEFOLD | FNM_NOESCAPE) == 0;
-}
-
 std::vector<Item> matching(const std::vector<Item>& items, const std::string& text) {
   const bool path = text.find('/') != std::string::npos;
   std::vector<Item> result;
   std::copy_if(items.begin(), items.end(), std::back_inserter(result), [&](const Item& item) {
     return !item.name.empty() &&
-           (matches(text, item.name) || (path && matches(text, path_of(item))));
+           (matches_pattern(text, item.name) || (path && matches_pattern(text, path_of(item))));
   });
   return distinct(result);
 }
@@ -48,12 +42,19 @@ const Item* with_id(const std::vector<Item>& items, uint32_t id) {
   return match == items.end() ? nullptr : &*match;
 }
 
-// " is an item of PoE, which this machine does not have"; "" if no family has such an item.
+// "'a' is an item of PoE, and this machine has none such"; "" if no family has such an item.
 std::string absent_family_of(const std::string& text) {
-  for (const FamilyData& family : item_data()) {
-    if (!matching(family.items(kMostInstances), text).empty()) {
+  static const std::vector<std::vector<Item>> items_of_families = [] {
+    std::vector<std::vector<Item>> result;
+    for (const FamilyData& family : item_data()) {
+      result.push_back(family.items(kMostInstances));
+    }
+    return result;
+  }();
+  for (size_t i = 0; i < items_of_families.size(); ++i) {
+    if (!matching(items_of_families[i], text).empty()) {
       return fmt::format("'{}' is an item of {}, and this machine has none such", text,
-                         family.name);
+                         item_data()[i].name);
     }
   }
   return "";
@@ -86,6 +87,10 @@ std::string pattern_for_all_of(const std::vector<Item>& items, const std::string
   if (const std::string absent = absent_family_of(text); !absent.empty()) {
     throw HostError(Fault::usage, absent);
   }
+  if (text.find('[') != std::string::npos) {
+    throw HostError(Fault::usage,
+                    fmt::format("no item '{}': * and ? are wildcards, brackets are not", text));
+  }
   const bool path = text.find('/') != std::string::npos;
   const auto names = texts_of(items, [path](const Item& i) { return path ? path_of(i) : i.name; });
   throw HostError(Fault::usage, fmt::format("no item '{}'{}", text, suggestion(text, names)));
@@ -115,6 +120,10 @@ std::vector<Item> distinct(const std::vector<Item>& items) {
 }
 
 std::vector<Item> named_items(const std::vector<Item>& items, const std::string& text) {
+  if (text.size() > kLongestItemText) {
+    throw HostError(Fault::usage, fmt::format("an item's name has at most {} bytes, not {}",
+                                              kLongestItemText, text.size()));
+  }
   if (const auto id = parse_item_id(text)) {
     if (const Item* item = with_id(items, *id)) {
       return {*item};

@@ -12,14 +12,14 @@ namespace kova_host {
 // What to pick. Without texts: everything (of the family).
 struct Selection {
   // Each an ID ("0x14140B01", "336857857"), a name or a path "family/package/name", either of them
-  // with the wildcards of a shell (*, ?, [...]); letters in any case.
+  // with the wildcards * and ?; letters in any case.
   std::vector<std::string> texts;
   std::vector<std::string> families;  // none for all; in any case
 };
 
 // Those of `items` that `text` names, every ID once, in the order of `items`. An ID that is not
 // among them gives an item that bears nothing but it. Throws HostError (usage), with the nearest
-// name there is, when nothing is called so.
+// name there is, when nothing is called so, and for a text of more than kLongestItemText bytes.
 std::vector<Item> named_items(const std::vector<Item>& items, const std::string& text);
 
 // The items of one family. Throws HostError (usage), with the nearest family there is.

@@ -5,31 +5,42 @@
 
 #include <algorithm>
 #include <cstddef>
-
-#include "tools/host/system/typed_number.h"
+#include <numeric>
 
 namespace kova_host {
 namespace {
 
-// Optimal string alignment distance.
+std::string folded(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return result;
+}
+
+// Optimal string alignment distance. Three rows of the table of edits are all that it looks at.
 size_t distance(std::string_view a, std::string_view b) {
-  std::vector<std::vector<size_t>> edits(a.size() + 1, std::vector<size_t>(b.size() + 1));
-  for (size_t i = 0; i <= a.size(); ++i) {
-    for (size_t j = 0; j <= b.size(); ++j) {
-      if (i == 0 || j == 0) {
-        edits[i][j] = i + j;
-        continue;
-      }
-      const bool same = same_word(a.substr(i - 1, 1), b.substr(j - 1, 1));
-      edits[i][j] = std::min(
-          {edits[i - 1][j] + 1, edits[i][j - 1] + 1, edits[i - 1][j - 1] + (same ? 0 : 1)});
-      if (i > 1 && j > 1 && same_word(a.substr(i - 1, 1), b.substr(j - 2, 1)) &&
-          same_word(a.substr(i - 2, 1), b.substr(j - 1, 1))) {
-        edits[i][j] = std::min(edits[i][j], edits[i - 2][j - 2] + 1);
+  std::vector<size_t> before_last(b.size() + 1);
+  std::vector<size_t> last(b.size() + 1);
+  std::vector<size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), 0);
+  for (size_t i = 1; i <= a.size(); ++i) {
+    before_last.swap(last);
+    last.swap(row);
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      row[j] =
+          std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+        row[j] = std::min(row[j], before_last[j - 2] + 1);
       }
     }
   }
-  return edits[a.size()][b.size()];
+  return row[b.size()];
+}
+
+size_t difference(size_t a, size_t b) {
+  return std::max(a, b) - std::min(a, b);
 }
 
 }  // namespace
@@ -41,8 +52,13 @@ std::string nearest(std::string_view word, const std::vector<std::string>& candi
   }
   std::string best;
   size_t least = std::max<size_t>(1, word.size() / 3) + 1;
+  const std::string folded_word = folded(word);
   for (const std::string& candidate : candidates) {
-    if (const size_t edits = distance(word, candidate); edits < least) {
+    // So many edits it takes at the least.
+    if (difference(word.size(), candidate.size()) >= least) {
+      continue;
+    }
+    if (const size_t edits = distance(folded_word, folded(candidate)); edits < least) {
       least = edits;
       best = candidate;
     }
