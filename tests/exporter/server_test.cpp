@@ -333,6 +333,15 @@ TEST_F(ServerTest, ASocketInUseIsRefusedAndALeftOneReplaced) {
     EXPECT_TRUE(fcntl(listener.descriptor(), F_GETFL) & O_NONBLOCK);
   }
   EXPECT_NE(access(file.c_str(), F_OK), 0);
+  // What has taken the path meanwhile is another listener's, and stays.
+  {
+    auto first = std::make_unique<Listener>(left);
+    EXPECT_EQ(unlink(file.c_str()), 0);
+    const Listener successor{left};
+    first.reset();
+    EXPECT_EQ(access(file.c_str(), F_OK), 0);
+  }
+  EXPECT_NE(access(file.c_str(), F_OK), 0);
 }
 
 TEST(Listener, TakesAFreePortAndLeavesItAtOnce) {

@@ -99,6 +99,12 @@ bool is_abandoned(const ListenAddress& address) {
   return refused;
 }
 
+std::optional<FileIdentity> identity_of(const char* path) {
+  struct stat file {};
+  return lstat(path, &file) == 0 ? std::optional(FileIdentity{file.st_dev, file.st_ino})
+                                 : std::nullopt;
+}
+
 void set_option(int descriptor, int level, int option, int value) {
   (void)setsockopt(descriptor, level, option, &value, sizeof(value));
 }
@@ -172,8 +178,10 @@ Listener::~Listener() {
 }
 
 void Listener::remove_file() const {
-  if (owns_file_) {
-    unlink(unpacked<sockaddr_un>(address_).sun_path);
+  const auto path = unpacked<sockaddr_un>(address_);
+  // Another exporter may have taken the path, and serves there.
+  if (file_ && identity_of(path.sun_path) == file_) {
+    unlink(path.sun_path);
   }
 }
 
@@ -191,9 +199,11 @@ void Listener::bind_socket() {
   if (bind(descriptor_, raw, address_.length) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
-  owns_file_ = address_.is_unix();
+  if (address_.is_unix()) {
+    file_ = identity_of(unpacked<sockaddr_un>(address_).sun_path);
+  }
   if (listen(descriptor_, kBacklog) != 0 ||
-      (!owns_file_ && getsockname(descriptor_, raw, &address_.length) != 0)) {
+      (!address_.is_unix() && getsockname(descriptor_, raw, &address_.length) != 0)) {
     throw std::system_error(errno, std::generic_category());
   }
 }

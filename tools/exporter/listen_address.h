@@ -2,8 +2,10 @@
 #pragma once
 
 #include <sys/socket.h>
+#include <sys/types.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,7 +28,15 @@ struct ListenAddress {
 // refused: whom they expose the exporter to would be for the name server to say.
 ListenAddress parse_listen_address(std::string_view text);
 
-// A listening socket, non-blocking; a Unix socket's file is removed at the end.
+// Which file a path leads to, whatever it is called.
+struct FileIdentity {
+  dev_t device;
+  ino_t inode;
+  bool operator==(const FileIdentity&) const = default;
+};
+
+// A listening socket, non-blocking; a Unix socket's file is removed at the end if it is still the
+// one that this socket made.
 class Listener {
  public:
   // Throws std::system_error. A Unix socket that nobody listens on any more is replaced.
@@ -46,7 +56,7 @@ class Listener {
 
   ListenAddress address_;
   int descriptor_ = -1;
-  bool owns_file_ = false;
+  std::optional<FileIdentity> file_;  // a Unix socket's, once it is there
 };
 
 }  // namespace kova_exporter
