@@ -1,6 +1,9 @@
 // A machine's items as a whole: why there are none, what has changed.
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
@@ -10,6 +13,20 @@
 #include "tools/host/record/recording.h"
 #include "tools/host/session/diagnosis.h"
 #include "tools/host/session/inventory.h"
+#include "tools/host/session/locations.h"
+
+namespace {
+bool has_proc = true;
+}  // namespace
+
+// In the C library's place: a machine whose /proc is not mounted.
+extern "C" ssize_t readlink(const char* path, char* target, size_t size) {
+  if (!has_proc) {
+    errno = ENOENT;
+    return -1;
+  }
+  return syscall(SYS_readlink, path, target, size);
+}
 
 namespace kova_host {
 namespace {
@@ -51,6 +68,23 @@ TEST(Recording, PrivateCodesAreThoseOfEveryMachine) {
   const std::string codes = private_codes();
   EXPECT_TRUE(codes.starts_with("0xA00011..0xA00015,0xA00021..0xA00028,0xA00111..")) << codes;
   EXPECT_TRUE(codes.ends_with(",0xA0FE21..0xA0FE28,0xB0001C..0xB0001C")) << codes;
+}
+
+TEST(Locations, WithoutProcNothingIsLookedForBesideTheProgram) {
+  namespace fs = std::filesystem;
+  // Where the working folder's own would be, if that were taken for the program's.
+  const fs::path folder = fs::path(testing::TempDir()) / ("locations." + std::to_string(getpid()));
+  fs::create_directories(folder / "program/itself");
+  fs::create_directories(folder / "module");
+  std::ofstream(folder / "module/libKovaIoT.so") << "anybody's";
+  const fs::path before = fs::current_path();
+  fs::current_path(folder / "program/itself");
+  has_proc = false;
+  EXPECT_EQ(module_library(), "libKovaIoT.so");
+  EXPECT_TRUE(shipped_machines().empty());
+  has_proc = true;
+  fs::current_path(before);
+  fs::remove_all(folder);
 }
 
 TEST(Selection, TellsThatAWholeFamilyIsAbsent) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <optional>
 #include <system_error>
 
 #include "tools/host/system/errors.h"
@@ -15,16 +16,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path program_folder() {
+// Nothing where the program cannot tell where it is, as without /proc: what lies beside it is then
+// not looked for. The working folder would be anybody's.
+std::optional<fs::path> program_folder() {
   std::error_code error;
   const fs::path program = fs::read_symlink("/proc/self/exe", error);
-  return error ? fs::path(".") : program.parent_path();
+  return program.is_absolute() ? std::optional(program.parent_path()) : std::nullopt;
 }
 
 fs::path first_file(std::initializer_list<fs::path> places, const fs::path& otherwise) {
-  const fs::path folder = program_folder();
+  const std::optional<fs::path> folder = program_folder();
+  if (!folder) {
+    return otherwise;
+  }
   for (const fs::path& place : places) {
-    fs::path file = (folder / place).lexically_normal();
+    fs::path file = (*folder / place).lexically_normal();
     std::error_code error;
     if (fs::is_regular_file(file, error)) {
       return file;
@@ -87,10 +93,14 @@ fs::path machine_description(const std::string& name) {
 
 std::vector<std::string> shipped_machines() {
   std::vector<std::string> names;
+  const std::optional<fs::path> folder = program_folder();
+  if (!folder) {
+    return names;
+  }
   for (const fs::path& place :
        {fs::path(KOVA_HOST_DATA_FOLDER) / "machines", fs::path("../machines")}) {
     std::error_code error;
-    for (const auto& file : fs::directory_iterator(program_folder() / place, error)) {
+    for (const auto& file : fs::directory_iterator(*folder / place, error)) {
       if (file.path().extension() == ".json") {
         names.push_back(file.path().stem());
       }
