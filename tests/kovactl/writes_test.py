@@ -39,11 +39,16 @@ class Writes(TestCase):
             (["set", "0x14160801=1", "0x14140B01=0"], 2, "", "IGN status is read-only"),
             (["set", "0x14140B01=0", "0x14140B02=x"], 2, "", "'x' is no value for PoE 2 power"),
             (["set", "0x14140B01=0", "0x14140B02"], 2, "", "'0x14140B02' is no ITEM=VALUE"),
+            # Which the simulated device would take, in a place that is no item's.
+            (["set", "0x14160799=1"], 2, "", "lists no item 0x14160799; --unlisted"),
             (["set", "0x14160721", "10"], 2, "", "change PIC/Settings/Ignition delay on timer"),
             (["set", "poe ? power", "0"], 2, "", "4 items, one is needed: PoE 1 power (0x14140B01)"),
             (["reset", "PoE 1 power"], 2, "", "has no factory default"),
             (["reset"], 2, "", "ITEM or --family is required"),
         ))
+
+    def test_an_unlisted_id_is_written_to_if_that_is_said(self):
+        self.check_words(((["set", "0x14160799=1", "--unlisted"], 0, "written\n", FORGETS),))
 
     def test_each_outcome_is_told(self):
         result = run("--simulate set 0x14160716=15 0x14140B01=0 --json")

@@ -1,6 +1,8 @@
 // `kovactl set`: writes items.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "tools/host/values/typed_value.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/write_report.h"
@@ -13,6 +15,7 @@ namespace {
 struct SetOptions {
   std::vector<std::string> words;  // ITEM VALUE, or ITEM=VALUE ...
   WriteOptions write;
+  bool unlisted = false;
 };
 
 struct Assignment {
@@ -48,6 +51,17 @@ Item item_to_write(const std::vector<Item>& items, const std::string& text) {
   return settings.size() == 1 ? settings.front() : select_one(items, text);
 }
 
+// The module hands a write to an ID that it does not know to a device code all the same, and the
+// device may well take it: a slip of the pen would be written somewhere, and be called written.
+void require_listed(const std::vector<Item>& items, const Item& item) {
+  if (std::none_of(items.begin(), items.end(),
+                   [&item](const Item& listed) { return listed.id == item.id; })) {
+    throw HostError(Fault::usage, fmt::format("this machine lists no item {}; --unlisted writes to "
+                                              "it all the same, whatever the device has there",
+                                              id_text(item.id)));
+  }
+}
+
 ExitCode run_set(const GlobalOptions& globals, const SetOptions& options) {
   const std::vector<Assignment> wanted = assignments(options.words);
   const auto session = open_session(globals);
@@ -55,6 +69,9 @@ ExitCode run_set(const GlobalOptions& globals, const SetOptions& options) {
   std::vector<PlannedWrite> plans;
   for (const Assignment& assignment : wanted) {
     const Item item = item_to_write(inventory.items(), assignment.item);
+    if (!options.unlisted) {
+      require_listed(inventory.items(), item);
+    }
     require_writable(inventory.items(), item);
     plans.push_back({item, value_to_set(item, assignment.value), assignment.value});
   }
@@ -75,6 +92,8 @@ void add_set(CommandLine& line) {
                   "does for one")
       ->type_name("ITEM=VALUE")
       ->required();
+  command.add_flag("--unlisted", options->unlisted,
+                   "Write to IDs that this machine does not list too");
   add_write_options(command, options->write);
 }
 
