@@ -224,6 +224,21 @@ vanished  GSensor  all {gsensor} items
                 self.assert_one_line(result.err)
         self.assertEqual(self.diff(good, "now").exit_code, 2)
 
+    def test_only_regular_files_are_read(self):
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        link = self.folder / "link"
+        link.symlink_to(pipe)
+        good = self.variation("good.json")
+        for file in (pipe, link, "/dev/zero", "/proc/self/status", self.folder):
+            for words in (["diff", good, str(file)], ["diff", str(file), good],
+                          ["--simulate", "list", "--expect", str(file)]):
+                with self.subTest(words):
+                    result = run(words, {"timeout": 10})
+                    self.assertEqual((result.exit_code, result.out), (2, ""))
+                    self.assertIn(f"cannot read '{file}': ", result.err)
+                    self.assert_one_line(result.err)
+
     def test_recorded_machines_still_show_what_they_did(self):
         for recording in sorted((DATA / "recordings").glob("*.json")):
             asked = {int(code, 16) for moment in json.loads(recording.read_text())["trace"]["moments"]

@@ -3,16 +3,15 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include "tools/host/export/json_report.h"
 #include "tools/host/record/comparison.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/plain_text.h"
+#include "tools/host/system/regular_file.h"
 #include "tools/host/values/shown_value.h"
 #include "tools/kovactl/child_process.h"
 #include "tools/kovactl/command_support.h"
@@ -65,14 +64,13 @@ Listing play(const GlobalOptions& globals, const std::string& file) {
 }
 
 std::string read_whole(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::ostringstream text;
-  if (!stream || !(text << stream.rdbuf())) {
-    throw HostError(Fault::usage, fmt::format("cannot read '{}'; give a recording, a file that "
-                                              "list --json has written, or 'now'",
-                                              file));
+  try {
+    return read_regular_file(file);
+  } catch (const HostError& error) {
+    throw HostError(error.fault(), fmt::format("{}; give a recording, a file that list --json has "
+                                               "written, or 'now'",
+                                               error.what()));
   }
-  return text.str();
 }
 
 Listing listing_of(const GlobalOptions& globals, const std::string& name) {

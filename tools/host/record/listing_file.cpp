@@ -4,14 +4,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <array>
 #include <set>
-#include <sstream>
 
 #include "include/kova_iot.h"
 #include "tools/host/system/errors.h"
+#include "tools/host/system/regular_file.h"
 #include "tools/host/system/typed_number.h"
 
 namespace kova_host {
@@ -96,14 +94,7 @@ std::vector<ListedItem> parse_list_document(std::string_view text, const std::st
 }
 
 std::vector<ListedItem> read_list_document(const std::string& file) {
-  std::ifstream stream(file);
-  std::ostringstream text;
-  text << stream.rdbuf();
-  if (!stream) {
-    throw HostError(Fault::usage, fmt::format("cannot read '{}': {}", file,
-                                              std::generic_category().message(errno)));
-  }
-  return parse_list_document(text.str(), "'" + file + "'");
+  return parse_list_document(read_regular_file(file), "'" + file + "'");
 }
 
 std::vector<Item> with_missing(std::vector<Item> items, const std::vector<ListedItem>& expected) {

@@ -13,6 +13,7 @@
 #include "tools/host/system/errors.h"
 #include "tools/host/system/json_ptr.h"
 #include "tools/host/system/loaded_library.h"
+#include "tools/host/system/regular_file.h"
 #include "tools/host/system/unix_time.h"
 
 namespace kova_host {
@@ -62,8 +63,8 @@ Replay::Replay(const HostOptions& options) {
   }
   tell_moments_ =
       simulator.entry<void(void (*)(void*, uint32_t, uint64_t), void*)>("KovaSimulatorTellMoments");
-  json_error_t error;
-  const JsonPtr description(json_load_file(file.c_str(), 0, &error));
+  const std::string text = read_regular_file(file);
+  const JsonPtr description(json_loadb(text.data(), text.size(), 0, nullptr));
   note_ = note_of(description.get());
   is_pure_ = has_only_a_trace(description.get());
   begin_ = recorded_at(note_);
