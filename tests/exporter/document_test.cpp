@@ -87,9 +87,10 @@ TEST(Log, IsALineForPeopleOrTheJournal) {
   for (const auto& [name, priority] : levels) {
     const LogLevel level = parse_log_level(name).value();
     set_log_level(level);
-    log(LogLevel::info, "{}\nb\x1b\x1f\x7f\xc2\xb0 ~", "a");
+    log(LogLevel::info, "{}\nb\x1b\x7f\xc2\xb0\u202e ~", "a");
     log(level, "c");
-    expected += (level <= LogLevel::info ? "<6>a?b???\xc2\xb0 ~\n" : "") + priority + "c\n";
+    expected += (level <= LogLevel::info ? "<6>a\\x0ab\\x1b\\x7f\xc2\xb0\\u202e ~\n" : "") +
+                priority + "c\n";
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
   unsetenv("JOURNAL_STREAM");

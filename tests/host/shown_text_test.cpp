@@ -14,9 +14,25 @@ namespace {
 TEST(ShownText, ControlCharactersCannotSteerATerminal) {
   EXPECT_EQ(printable("a\x1b\x7f\n~ \x1f"), "a\\x1b\\x7f\\x0a~ \\x1f");
   EXPECT_EQ(printable("\xc2\x9b°\xc2\x80\xc2\x9f\xc2\xa0\xc3\x80\xc2"),
-            "\\x9b°\\x80\\x9f\xc2\xa0\xc3\x80\xc2");
+            "\\x9b°\\x80\\x9f\xc2\xa0\xc3\x80\\xc2");
+  // What turns or breaks a line; neighbours that do not; what is no UTF-8, overlong forms too.
+  EXPECT_EQ(printable("\u202a\u202e\u2066\u2069\u200e\u200f\u061c\u2028"),
+            "\\u202a\\u202e\\u2066\\u2069\\u200e\\u200f\\u061c\\u2028");
+  EXPECT_EQ(printable("\u200d\u2010\u2027\u202f\u2065\u206a€😀"),
+            "\u200d\u2010\u2027\u202f\u2065\u206a€😀");
+  EXPECT_EQ(printable("\x9b\xc1\x9b\xe0\x82\x9b\xff\xe2\x80"),
+            "\\x9b\\xc1\\x9b\\xe0\\x82\\x9b\\xff\\xe2\\x80");
   EXPECT_EQ(field_text(" a b\t  "), " a b\\x09");
   EXPECT_EQ(field_text("   "), "");
+}
+
+TEST(ShownText, JsonIsEscapedAndMeansTheSame) {
+  const std::string text = "a\x1b\x7f\u009b°\u202e€\u2069\"";
+  const JsonPtr array = own(json_pack("[s]", text.c_str()));
+  const std::string json = json_document(array.get(), JsonLayout::one_line);
+  EXPECT_EQ(json, "[\"a\\u001B\\u007F\\u009B°\\u202E€\\u2069\\\"\"]\n");
+  const JsonPtr again(json_loads(json.c_str(), 0, nullptr));
+  EXPECT_EQ(json_string_value(json_array_get(again.get(), 0)), text);
 }
 
 TEST(ShownText, ColumnsAreCodePoints) {

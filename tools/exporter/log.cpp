@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdlib>
 
+#include "tools/host/system/plain_text.h"
+
 namespace kova_exporter {
 namespace {
 
@@ -38,9 +40,7 @@ void log_line(LogLevel level, std::string message) {
     return;
   }
   // Texts of clients and devices cannot fake a second line or drive a terminal.
-  std::replace_if(
-      message.begin(), message.end(),
-      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+  message = kova_host::printable(message);
   const Level& row = kLevels[static_cast<size_t>(level)];
   const bool to_journal = std::getenv("JOURNAL_STREAM") != nullptr;
   const std::string line = to_journal ? fmt::format("{}{}\n", row.journal, message)

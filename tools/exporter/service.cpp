@@ -16,6 +16,7 @@
 #include "tools/exporter/sampler.h"
 #include "tools/exporter/server.h"
 #include "tools/host/system/host_name.h"
+#include "tools/host/system/plain_text.h"
 
 namespace kova_exporter {
 namespace {
@@ -65,8 +66,8 @@ class ServiceManager {
       ready_ = true;
       sd_notify(0, "READY=1");
     }
-    const std::string status =
-        state.up ? fmt::format("sweeps take {:.3f} s", *state.duration) : state.error;
+    const std::string status = state.up ? fmt::format("sweeps take {:.3f} s", *state.duration)
+                                        : kova_host::printable(state.error);
     sd_notifyf(0, "STATUS=%s", status.c_str());
   }
 

@@ -12,6 +12,7 @@
 #include "tools/host/model/name_pattern.h"
 #include "tools/host/model/selection.h"
 #include "tools/host/system/errors.h"
+#include "tools/host/system/plain_text.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/host/system/unix_time.h"
 
@@ -250,8 +251,8 @@ HttpResponse Site::metrics(const HttpRequest& request) {
 
 HttpResponse Site::health() const {
   const kova_page::SweepState state = current().state;
-  HttpResponse response =
-      text_response("text/plain; charset=utf-8", (state.up ? "ok" : state.error) + "\n");
+  HttpResponse response = text_response(
+      "text/plain; charset=utf-8", (state.up ? "ok" : kova_host::printable(state.error)) + "\n");
   response.status = state.up ? 200 : 503;
   return response;
 }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/host/system/descriptor_output.h"
+#include "tools/host/system/plain_text.h"
 
 namespace kovactl {
 
@@ -31,7 +32,7 @@ void write_if_possible(int descriptor, std::string_view text) {
 void report(std::string_view message) {
   std::string line(message);
   std::replace(line.begin(), line.end(), '\n', ' ');
-  write_if_possible(STDERR_FILENO, fmt::format("kovactl: {}\n", line));
+  write_if_possible(STDERR_FILENO, fmt::format("kovactl: {}\n", printable(line)));
 }
 
 }  // namespace kovactl

@@ -1,6 +1,8 @@
 // JSON text as hosts read it.
 #include "tools/host/system/json_writer.h"
 
+#include "tools/host/system/plain_text.h"
+
 namespace kova_host {
 
 std::string json_document(const json_t* value, JsonLayout layout) {
@@ -12,7 +14,7 @@ std::string json_document(const json_t* value, JsonLayout layout) {
   if (text == nullptr) {
     throw std::bad_alloc();
   }
-  return text.get() + std::string("\n");
+  return printable_json(text.get()) + "\n";
 }
 
 }  // namespace kova_host

@@ -7,8 +7,14 @@
 
 namespace kova_host {
 
-// `text` with control characters shown as "\x07", so that a device's bytes cannot steer a terminal.
+// `text`, of whatever origin, for a terminal or a log: what could steer one or show the text as
+// another is told instead. Control characters, those above ASCII too, and bytes that are no UTF-8
+// as "\x9b"; marks that turn the direction of writing and separators of lines as "\u202e".
 std::string printable(std::string_view text);
+
+// The same for a JSON document, which stays one of equal value: such characters stand in its texts
+// only, as "\u009B".
+std::string printable_json(std::string_view json);
 
 // The same for a text of the device's, without the blanks that fill its field.
 std::string field_text(std::string_view text);
