@@ -61,6 +61,11 @@ class TestClient {
   }
   void hang_up(int how = SHUT_RDWR) const { shutdown(descriptor_, how); }
 
+  bool has_answer() const {
+    char byte = 0;
+    return recv(descriptor_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 1;
+  }
+
   // True if the server has ended the connection, within the patience that a test has.
   bool is_ended() const {
     char byte = 0;
@@ -251,6 +256,30 @@ TEST_F(ServerTest, TheLongestIdleOfAllMakesRoom) {
   const TestClient fourth = client();
   EXPECT_TRUE(second.is_ended());
   EXPECT_NE(fourth.ask("GET /healthz HTTP/1.1", "\r\n\r\n"), "");
+}
+
+TEST_F(ServerTest, WhatIsMadeForOneWaitsForOthers) {
+  store_.publish(sample_sweep(1, 0), nullptr);
+  Server server(listener_, site_);
+  std::vector<std::unique_ptr<TestClient>> clients;
+  for (int i = 0; i < 5; ++i) {
+    clients.push_back(std::make_unique<TestClient>(listener_.address()));
+    // With a body, too, and where a letter is encoded.
+    EXPECT_TRUE(clients[i]->send(i == 4   ? "GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n"
+                                 : i == 3 ? "GET /%61pi/v1/items/* HTTP/1.1\r\nHost: x\r\n"
+                                            "Content-Length: 1\r\n\r\n"
+                                          : "GET /api/v1/items/* HTTP/1.1\r\nHost: x\r\n\r\n"));
+  }
+  std::vector<size_t> order;
+  for (int turn = 0; turn < 100 && order.size() < clients.size(); ++turn) {
+    server.serve();
+    for (size_t i = 0; i < clients.size(); ++i) {
+      if (clients[i]->has_answer() && std::count(order.begin(), order.end(), i) == 0) {
+        order.push_back(i);
+      }
+    }
+  }
+  EXPECT_EQ(order, (std::vector<size_t>{4, 0, 1, 2, 3}));
 }
 
 TEST_F(ServerTest, WhoHangsUpHalfWayIsGoneAtOnce) {

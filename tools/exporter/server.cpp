@@ -85,6 +85,7 @@ Client* client_of(MHD_Connection* connection) {
 struct Server::Exchange {
   std::string target;
   bool has_headers = false;
+  bool has_waited = false;
 };
 
 // The text that an answer is sent from.
@@ -133,6 +134,9 @@ Server::Server(const Listener& listener, Site& site, ServerLimits limits)
 Server::~Server() {
   closing_ = true;
   resume_streams();
+  while (!later_.empty()) {
+    resume_next_request();
+  }
   MHD_run(daemon_);
   // The listening socket is the listener's: the library must not close it too.
   (void)MHD_quiesce_daemon(daemon_);
@@ -144,6 +148,9 @@ int Server::descriptor() const {
 }
 
 std::chrono::milliseconds Server::patience() const {
+  if (!later_.empty()) {
+    return std::chrono::milliseconds(0);
+  }
   constexpr MHD_UNSIGNED_LONG_LONG kTick = 1000;
   MHD_UNSIGNED_LONG_LONG milliseconds = kTick;
   if (MHD_get_timeout(daemon_, &milliseconds) != MHD_YES) {
@@ -156,6 +163,9 @@ void Server::serve() {
   // A device that hangs publishes nothing: the sweep just grows old.
   if (site_.state().up != was_up_ || Clock::now() - event_time_ >= limits_.quiet) {
     announce(site_.status_event());
+  }
+  if (!later_.empty()) {
+    resume_next_request();
   }
   MHD_run(daemon_);
   clients_.cut_off();
@@ -190,6 +200,27 @@ void Server::resume_streams() {
       MHD_resume_connection(stream->connection);
     }
   }
+}
+
+void Server::resume_next_request() {
+  MHD_resume_connection(later_.front());
+  later_.pop_front();
+}
+
+// A turn answers all who ask for what is at hand, and one who asks for what has to be made for him:
+// the others wait for no more than that, however many such requests there are.
+bool Server::comes_later(MHD_Connection* connection, Exchange& exchange) {
+  if (Site::is_at_hand(exchange.target) || std::exchange(exchange.has_waited, true)) {
+    return false;
+  }
+  Client* client = client_of(connection);
+  if (client == nullptr) {
+    return false;
+  }
+  later_.push_back(connection);
+  client->begin_answer(Clock::now() + limits_.answer);
+  MHD_suspend_connection(connection);
+  return true;
 }
 
 void Server::on_connection(void* self, MHD_Connection* connection, void** context,
@@ -229,7 +260,13 @@ MHD_Result Server::on_request(void* self, MHD_Connection* connection, const char
     if (!std::exchange(request.has_headers, true) && !has_body(connection)) {
       return MHD_YES;
     }
-    return static_cast<Server*>(self)->answer(connection, request, method, version);
+    auto& server = *static_cast<Server*>(self);
+    if (server.closing_) {
+      return MHD_NO;
+    }
+    return server.comes_later(connection, request)
+               ? MHD_YES
+               : server.answer(connection, request, method, version);
   } catch (const std::exception& error) {
     log(LogLevel::error, "a request failed: {}", error.what());
     return MHD_NO;

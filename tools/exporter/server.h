@@ -4,6 +4,7 @@
 #include <microhttpd.h>
 
 #include <chrono>
+#include <deque>
 #include <memory>
 #include <set>
 #include <string>
@@ -74,12 +75,15 @@ class Server {
   MHD_Result send(MHD_Connection* connection, const HttpResponse& response);
   MHD_Response* make_response(const HttpResponse& response);
   MHD_Result open_stream(MHD_Connection* connection, const HttpResponse& response);
+  bool comes_later(MHD_Connection* connection, Exchange& exchange);
   void resume_streams();
+  void resume_next_request();
 
   Site& site_;
   const ServerLimits limits_;
   Clients clients_;
   std::set<Stream*> streams_;
+  std::deque<MHD_Connection*> later_;         // with requests that are answered one a turn
   size_t answer_bytes_ = 0;                   // under way
   std::shared_ptr<const std::string> event_;  // the newest
   uint64_t event_number_ = 0;

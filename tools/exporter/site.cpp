@@ -189,33 +189,42 @@ HttpResponse Site::answer(const HttpRequest& request) {
 // checked against this.
 std::span<const Site::Route> Site::routes() {
   static constexpr Route kRoutes[] = {
-      {"/", "", "The live page",
+      {"/", "", "The live page", true,
        [](Site& site, const HttpRequest& request, const Target&) {
          return site.file(request, *kova_page::find_page_file("page.html"));
        }},
-      {"/metrics", "", "All readings in Prometheus' text format, or OpenMetrics by Accept",
+      {"/metrics", "", "All readings in Prometheus' text format, or OpenMetrics by Accept", true,
        [](Site& site, const HttpRequest& request, const Target&) { return site.metrics(request); }},
-      {"/api/v1/items", "", "All items as JSON",
+      {"/api/v1/items", "", "All items as JSON", true,
        [](Site& site, const HttpRequest& request, const Target&) { return site.items(request); }},
-      {"/api/v1/items/", "ITEM", "The items that an ID, a name, a path or a pattern names",
+      {"/api/v1/items/", "ITEM", "The items that an ID, a name, a path or a pattern names", false,
        [](Site& site, const HttpRequest&, const Target& target) {
          constexpr std::string_view kItem = "/api/v1/items/";
          return site.item(std::string_view(target.path).substr(kItem.size()));
        }},
-      {"/api/v1/history", "?item=ITEM&since=T", "Numbers of the last half hour",
+      {"/api/v1/history", "?item=ITEM&since=T", "Numbers of the last half hour", true,
        [](Site& site, const HttpRequest& request, const Target& target) {
          return site.history(request, target);
        }},
-      {"/api/v1/events", "", "Server-sent events, one a sweep",
+      {"/api/v1/events", "", "Server-sent events, one a sweep", true,
        [](Site&, const HttpRequest&, const Target&) {
          HttpResponse response = text_response("text/event-stream", "");
          response.event_stream = true;
          return response;
        }},
-      {"/healthz", "", "200 while the readings are fresh, otherwise 503 and why",
+      {"/healthz", "", "200 while the readings are fresh, otherwise 503 and why", true,
        [](Site& site, const HttpRequest&, const Target&) { return site.health(); }},
   };
   return kRoutes;
+}
+
+// Targets as clients send them: one that encodes a letter for no reason is not among these, and
+// none that chooses items.
+bool Site::is_at_hand(std::string_view target) {
+  const auto all = routes();
+  return std::any_of(all.begin(), all.end(), [target](const Route& route) {
+    return route.at_hand && route.path == target;
+  });
 }
 
 HttpResponse Site::route(const HttpRequest& request, const Target& target) {

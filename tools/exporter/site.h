@@ -33,9 +33,14 @@ class Site {
     std::string_view path;  // one that ends with "/" is followed by something, the root's apart
     std::string_view rest;  // what may follow, as it is documented
     std::string_view text;  // one line, without a full stop
+    bool at_hand;           // made once a sweep at the most, whoever asks
     HttpResponse (*answer)(Site& site, const HttpRequest& request, const Target& target);
   };
   static std::span<const Route> routes();
+
+  // True for a target whose answer is made once a sweep at the most, and false for any that is made
+  // for each request, such as chosen items and their history.
+  static bool is_at_hand(std::string_view target);
 
   // The newest sweep as a server-sent event, or without one how things stand; and the event that
   // tells only that.
