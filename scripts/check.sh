@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks what the tests do not: format, clang-tidy with clang's own warnings, shell scripts, the
-# exports and hardening of the plug-in, metrics in a real Prometheus, the live page in a browser,
+# exports and hardening of what is shipped, metrics in a real Prometheus, the live page in a browser,
 # the exporter's unit and threads, the monitoring pieces in their engines, the commands of the pages,
 # the packages and a second build of them. Installs what is missing. release_check.sh has what takes
 # longer.

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Checks the built plug-in: exported functions, hardening, what it links, in which order its objects
-# are made; and that the interface header compiles alone. Usage: scripts/check_binary.sh BUILD_DIR
+# are made; and that the interface header compiles alone. The other programs and libraries: their
+# hardening, and what these export.
+# Usage: scripts/check_binary.sh BUILD_DIR
 # Prints every finding and exits 1 when there is one; prints nothing otherwise.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -97,6 +99,60 @@ for family in SDRAM SBATTERY; do
 done
 made=$(objects_made)
 [[ $made == "$wanted"* ]] || finding "its objects are made in another order: $made"
+
+# What holds for any program and library that is shipped; of the plug-in it was asked above.
+check_hardening() {
+  local plugin=$1 dynamic segments # `finding` names the file by the first
+  dynamic=$(readelf -dW "$plugin")
+  segments=$(readelf -lW "$plugin")
+  grep -q 'GNU_RELRO' <<<"$segments" || finding "no RELRO segment"
+  grep -q '(FLAGS).*BIND_NOW' <<<"$dynamic" || finding "not bound immediately"
+  grep -q 'TEXTREL' <<<"$dynamic" && finding "text relocations"
+  grep -q 'INTERP' <<<"$segments" && ! grep -q '(FLAGS_1).*PIE' <<<"$dynamic" &&
+    finding "loaded at a fixed address"
+  grep -q 'GNU_STACK.* RW ' <<<"$segments" || finding "the stack is executable"
+  grep -q 'LOAD.* RWE ' <<<"$segments" && finding "a segment is writable and executable"
+  grep -q '__stack_chk_fail' <<<"$(nm -D --undefined-only "$plugin")" ||
+    finding "no stack protector"
+  grep -q -E '\((RPATH|RUNPATH)\)' <<<"$dynamic" && finding "a library search path"
+  return 0
+}
+
+# check_exports LIBRARY MAP: exactly the functions of its export list.
+check_exports() {
+  local plugin=$1
+  diff <(sed -n '/global:/,/local:/s/^ *\([A-Za-z_]*\);$/\1/p' "$2" | sort) \
+    <(nm -D --defined-only "$plugin" | awk '$2 != "A" {print $3}' | sort) >&2 ||
+    finding "exports differ from $2"
+}
+
+shipped=("$build/tools/kovactl/kovactl" "$build/tools/exporter/kova-exporter"
+  "$build/simulator/libKOVADeviceSim.so" "$build/recorder/libKOVADeviceRecorder.so")
+for file in "${shipped[@]}"; do
+  check_hardening "$file"
+done
+check_exports "$build/simulator/libKOVADeviceSim.so" simulator/kova_device_sim.map
+check_exports "$build/recorder/libKOVADeviceRecorder.so" recorder/kova_device_recorder.map
+while IFS= read -r object; do
+  grep -q 'IBT, SHSTK' <<<"$(readelf -nW "$object")" ||
+    finding "no control-flow protection in $object"
+done < <(find "$build/tools" "$build/simulator" "$build/recorder" -name '*.o')
+
+# Their code is fortified, and that of the tools checks its bounds.
+python3 - "$build/compile_commands.json" <<'PYTHON' || findings=1
+import json, re, sys
+wanted = {"tools": ["-D_FORTIFY_SOURCE=2", "-D_GLIBCXX_ASSERTIONS"],
+          "simulator": ["-D_FORTIFY_SOURCE=2"], "recorder": ["-D_FORTIFY_SOURCE=2"]}
+seen = set()
+for entry in json.load(open(sys.argv[1])):
+    made = re.search(r" -o (tools|simulator|recorder)/", entry["command"])
+    if made:
+        seen.add(made[1])
+        missing = [flag for flag in wanted[made[1]] if flag not in entry["command"]]
+        if missing or not re.search(r" -O[123s] ", entry["command"]):
+            sys.exit(f"{entry['file']}: compiled without {' '.join(missing) or 'optimisation'}")
+sys.exit(0 if len(seen) == len(wanted) else "no code of " + ", ".join(set(wanted) - seen))
+PYTHON
 
 # The header needs nothing before it.
 strict="-fsyntax-only -Wall -Wextra -Wpedantic -Werror"
