@@ -3,7 +3,6 @@
 
 #include "tests/host/items.h"
 #include "tests/support/comma_locale.h"
-#include "tools/host/judgements/plausibility.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/values/shown_value.h"
@@ -91,35 +90,6 @@ TEST(ShownText, ValuesWithWhatBelongsToThem) {
   };
   for (const auto& [item, reading, shown] : cases) {
     EXPECT_EQ(value_with_unit(item, reading), shown);
-  }
-}
-
-TEST(Plausibility, TellsWhatCannotBeTrue) {
-  const auto item = [](ValueKind kind, const char* unit, std::optional<double> min = {},
-                       std::optional<double> max = {}) {
-    return item_of(1, Role::reading, kind, unit, "", min, max);
-  };
-  using enum ValueKind;
-  Item gone = item(text, "");
-  gone.missing = true;
-  const std::tuple<Item, Reading, std::optional<std::string>> cases[] = {
-      {item(real, "Cel", -300, 0), good(-272.0),
-       "reads absolute zero (-272 Cel): the sensor reports 0"},
-      {item(real, "Celsuis"), good(-273.15),
-       "reads absolute zero (-273.15 Celsuis): the sensor reports 0"},
-      {item(real, "Cel"), good(-271.9), {}},
-      {item(real, "V", 5, 5), good(5.0), {}},
-      {item(real, "V", 5), good(4.0), "reads 4 V, outside its range 5 .. ?"},
-      {item(real, "V", {}, 4), good(5.0), "reads 5 V, outside its range ? .. 4"},
-      // Rounding alone puts no value outside.
-      {item(real, "V", {}, 12.1), good(12.100000000000001), {}},
-      {item(real, "V", -12.1), good(-12.100000000000001), {}},
-      {item(text, ""), failed(5), {}},
-      {item(real, ""), failed(0), {}},
-      {gone, failed(0), {}},
-  };
-  for (const auto& [checked, reading, wrong] : cases) {
-    EXPECT_EQ(nonsense(checked, reading), wrong) << value_with_unit(checked, reading);
   }
 }
 

@@ -75,7 +75,7 @@ TEST(WriteValue, RefusesTheRestWithTheReason) {
   for (const auto& [item, texts, reason] : cases) {
     for (const std::string& text : texts) {
       EXPECT_EQ(refusal([&, &taker = item] { value_to_set(taker, text); }),
-                "'" + text + "' is no value for n1: " + reason);
+                "'" + text + "' is no value for F/P 1/n1: " + reason);
     }
   }
   EXPECT_TRUE(refusal([] { value_to_set(Item(), "x"); })

@@ -86,8 +86,8 @@ class Check(TestCase):
                 (["--simulate", "check", "--crit", "X"], "X: not ITEM=RANGE"),
                 (["--simulate", "check", "--expect", "/none"], "cannot read '/none'"),
                 ([*hanging, "--timeout", "0.5", "check"],
-                 "not done within 0.5 s: 0x14170111 TRK7K VTIN 1 has not answered for 0."),
-                ([*hanging, "check"], "not done within 10 s: 0x14170111 TRK7K VTIN 1 has not"),
+                 "not done within 0.5 s: 0x14170111 TRK-7000/Temperatures/TRK7K VTIN 1 has not answered for 0."),
+                ([*hanging, "check"], "not done within 10 s: 0x14170111 TRK-7000/Temperatures/TRK7K VTIN 1 has not"),
                 ([*slow, "check", "--timeout", "1"], "not done within 1 s: 0x")]:
             with self.subTest(arguments=arguments):
                 result = run(arguments)

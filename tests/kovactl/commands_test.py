@@ -18,7 +18,7 @@ class Lists(TestCase):
     def test_tables_are_aligned_grouped_and_marked(self):
         result = run([*self.worn, "list", "--family", "poe"])
         self.assertEqual(result.exit_code, 1)
-        self.assertEqual(result.err, "kovactl: cannot read 0x14140402 PoE 2 current: the device did "
+        self.assertEqual(result.err, "kovactl: cannot read 0x14140402 PoE/PoE 2/PoE 2 current: the device did "
                          f"not answer (0x5)\nkovactl: 1 of {item_count('PoE')} items could not be "
                          "read\n")
         self.assertEqual(result.out.partition("\n\nPoE: PoE 3")[0], """\
@@ -71,14 +71,14 @@ class Commands(TestCase):
 
     def test_items_go_by_name_pattern_and_path(self):
         self.check((
-            (["--simulate", "get", "poe 1 POWER"], 0, "0x14140B01 PoE 1 power  1 (Enable)\n", ""),
-            (["--simulate", "get", "trk7k ob fan ?"], 0, "0x14170317 TRK7K OB fan 7  ", ""),
+            (["--simulate", "get", "poe 1 POWER"], 0, "0x14140B01 PoE/PoE 1/PoE 1 power  1 (Enable)\n", ""),
+            (["--simulate", "get", "trk7k ob fan ?"], 0, "0x14170317 TRK-7000/Onboard fan speeds/TRK7K OB fan 7  ", ""),
             (["--simulate", "get", "Temperature"], 0, "0x14191100 SMART BATTERY/SMART BATTERY/T", ""),
             (["--simulate", "get", "*/SDRAM1/temp*"], 0, "0x14180902 SDRAM/SDRAM1/Temperature", ""),
             (["get", "--simulate", "Low battery detection timer", "--value-only"], 0, "60\n", ""),
             (["get", "--simulate", "--family", "sdram", "--family", "trk-7000", "--family", "SDRAM",
-              "*fan?1"], 0, "0x14170311 TRK7K OB fan 1  ", ""),
-            (["get", "--simulate", "*", "--family", "gsensor"], 0, "0x14150741 G-range                2 (-2~", ""),
+              "*fan?1"], 0, "0x14170311 TRK-7000/Onboard fan speeds/TRK7K OB fan 1  ", ""),
+            (["get", "--simulate", "*", "--family", "gsensor"], 0, "0x14150741 GSensor/Settings/G-range                2 (-2~", ""),
             ("--simulate list poe?1?power", 0, "0x14140B01  PoE 1 power", ""),
             ("--simulate senml --compact 0x14150741", 0, "GSensor/Settings/G-range", ""),
             (["--simulate", "get", "PoE 1 pwoer"], 2, "", "did you mean 'PoE 1 power'?"),

@@ -10,6 +10,9 @@ NONSENSE = {
     "0x006B0000": 70000,  # a minimum above its maximum
     "0x00B00025": 0xFFFFFFFF,  # in the middle of a text
     "0x00822003": 9000,  # RPM, outside the range
+    "0x00822004": 0,
+    "0x00B00016": 0xC7,
+    "0x00620005": 101,  # a threshold of 10.5 V
     "0x00822005": {"fail_read": 5},
 }
 
@@ -21,8 +24,8 @@ class BuiltInMachine(TestCase):
 
 class Doctor(TestCase):
     def test_healthy_machine(self):
-        self.check((("--simulate doctor", 0, f"{item_count()} of {item_count()} items can be read\n\n"
-                     "All is well.\n", ""),))
+        self.check((("--simulate doctor", 0, f"{item_count()} of {item_count()} items can be read\n",
+                     ""), ("--simulate doctor", 0, "\n\nAll is well.\n", "")))
 
     def test_tells_what_fails_and_what_cannot_be_true(self):
         result = run([*self.machine(codes=NONSENSE), "doctor", "--json"])
@@ -31,14 +34,63 @@ class Doctor(TestCase):
                   if step["step"] == "item"}
         self.assertEqual({name: step["verdict"] for name, step in failed.items()},
                          dict.fromkeys(failed, "failed"))
-        for name, words in (
-            ("TRK7K VTIN 1", "absolute zero"), ("Ignition delay on timer", "turned over (70000 .."),
-            ("Manufacturer Name", "not UTF-8"), ("TRK7K OB fan 1", "9000 RPM, outside its range"),
-            ("TRK7K OB fan 3", "did not answer (0xFFFFFAFF); device code 0x822005 answers 0x5"),
+        for name, rule, words in (
+            ("TRK7K VTIN 1", "absolute-zero", "-272 Cel"),
+            ("Ignition delay on timer", "out-of-range", "turned over: 70000 .."),
+            ("Manufacturer Name", "unreadable", "not UTF-8"),
+            ("TRK7K OB fan 1", "out-of-range", "9000 RPM (0 .. 8000)"),
+            ("TRK7K OB fan 2", "fan-stopped", "others turn: 0 RPM; device code 0x822004 reads 0x0"),
+            ("ErrorCodes", "battery-error", "0x7"), ("Power input", "input-below-cut-off", "10.1"),
+            ("TRK7K OB fan 3", "unreadable",
+             "did not answer (0xFFFFFAFF); device code 0x822005 answers 0x5"),
         ):
+            self.assertEqual(failed[name]["rule"], rule)
             self.assertIn(words, failed.pop(name)["message"])
         self.assertEqual(failed, {})
         self.assertIn("missing from its document", " ".join(result.json["advice"]))
+
+    def test_names_the_slowest_items(self):
+        slow = {"value": 300, "delay_us": 20000}
+        result = run([*self.machine(codes={"0x006A0005": slow, "0x006A0006": slow}), "doctor",
+                      "--json"])
+        times, = (step for step in result.json["steps"] if step["step"] == "times")
+        self.assertEqual({item["path"].rpartition("/")[2] for item in times["slowest"][:2]},
+                         {"Ignition off timer", "Hard off timer"})
+        self.assertEqual(len(times["slowest"]), 3)
+        self.assertGreaterEqual(times["seconds"], 0.04)
+        self.assertIn("ms; slowest: 0x1416080", times["message"])
+
+    def test_list_and_get_mark_what_needs_attention(self):
+        machine = self.machine(codes=NONSENSE)
+        listed = run([*machine, "list"]).out
+        for row in (r"TRK7K VTIN 1 .* NO SENSOR\n", r"TRK7K OB fan 1 .* OUT OF RANGE\n",
+                    r"TRK7K OB fan 2 .* STANDS STILL\n", r"Power input .* BELOW CUT-OFF\n"):
+            self.assertRegex(listed, row)
+        self.check((([*machine, "get", "TRK7K OB fan 2"], 0, "fan 2  0 RPM  STANDS STILL\n", ""),))
+        truck = self.machine(codes={"0x00620004": 2, "0x00620005": 276})
+        self.assertNotIn("OUT OF RANGE", run([*truck, "list"]).out)
+        self.check((([*truck, "get", "Power input"], 0, "Power input  27.6 V\n", ""),))
+
+    def test_rules_of_a_file(self):
+        file = self.folder / "rules.json"
+        machine = self.machine(codes={"0x00822003": 0, "0x00B0004F": 65})
+        for rules, findings, refusal in (
+                ({}, {"fan-stopped"}, ""),
+                ({"rules": {"fan-stopped": "off", "battery-worn": {"limit": 0.7}},
+                  "warn": {"Power input": "13:"}}, {"battery-worn", "limit"}, ""),
+                ({"rules": {"fan-stoped": "off"}}, {}, "no rule 'fan-stoped': did you mean 'fan-st"),
+                ({"rules": {"fan-stopped": {"limit": 1}}}, {}, "fan-stopped: this rule has no limi"),
+                ({"rules": {"battery-worn": {"for": "x"}}}, {}, '"for" is a duration such as "5m"'),
+                ({"rule": {}}, {}, "'rule' is none of rules, warn and crit"),
+                ({"crit": {"Power input": "1:0"}}, {}, "Power input=1:0: not ITEM=RANGE"),
+                ([], {}, "has no JSON object")):
+            with self.subTest(rules=rules):
+                file.write_text(json.dumps(rules))
+                result = run([*machine, "list", "--json", "--rules", str(file)])
+                self.assertIn(refusal, result.err)
+                self.assertEqual(result.exit_code, 2 if refusal else 0)
+                self.assertEqual({finding["rule"] for finding in result.json.get("findings", {})},
+                                 set(findings))
 
     def test_names_the_cause_when_there_is_no_device(self):
         dead = self.folder / "dead.json"
@@ -107,7 +159,7 @@ class Expected(TestCase):
         self.assertEqual(result.exit_code, 1)
         missing = [item for item in result.json["items"] if item.get("missing")]
         self.assertEqual(len(missing), 14 * item_count("SDRAM", "SDRAM0") + 4 * item_count("PoE", "PoE 1"))
-        self.assertIn("0x14140B05 PoE 5 power is missing: ", result.err)
+        self.assertIn("0x14140B05 PoE/PoE 5/PoE 5 power is missing: ", result.err)
         file.write_text(run("--simulate list --json").out)
         no_ports = self.machine(codes={"0x00200000": 0})
         self.check((

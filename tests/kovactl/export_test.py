@@ -110,7 +110,7 @@ kova_item_last_success_timestamp_seconds{id= 1
         link = self.place / "link"
         link.symlink_to("kova.prom")
         result = self.export("metrics", "--output", str(link))
-        self.assertIn('kovactl: 0x14199999 a \\ "b",family="x" is missing: ', result.err)
+        self.assertIn('kovactl: 0x14199999 Y//a \\ "b",family="x" is missing: ', result.err)
         self.assertTrue(link.is_symlink())
         text = self.file.read_text()
         self.assertIn('id="0x14140402"} 1700000000.5\n', text)  # failed now

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "tools/host/judgements/judge.h"
 #include "tools/kovactl/sparkline.h"
 #include "tools/kovactl/table.h"
 #include "tools/kovactl/watch_list.h"
@@ -25,7 +26,7 @@ const Readings kReadings = {{1, {Reading::State::good, 0, 12.5}},
 
 TEST(Table, KeepsValuesWholeInAnyWidth) {
   EXPECT_EQ(
-      item_table(kItems, kReadings, Painter(true), 69),
+      item_table(kItems, kReadings, judge(kItems, kReadings), Painter(true), 69),
       "\x1b[2m  ID          NAME                 VALUE   RANGE     ACCESS\x1b[0m\n"
       "\n\x1b[1mF\x1b[0m\n  0x00000001  port                 12.5 V  0 .. 100  rw\n"
       "  0x00000002  a name that is long  \x1b[1;31m101 V \x1b[0m  0 .. 100  rw"
@@ -41,7 +42,8 @@ TEST(Table, KeepsValuesWholeInAnyWidth) {
       {40, "a name that is l~  101 V"},
       {20, "a name ~  101 V"}};
   for (const auto& [width, row] : cases) {
-    const std::string text = item_table(kItems, kReadings, Painter(false), width);
+    const std::string text =
+        item_table(kItems, kReadings, judge(kItems, kReadings), Painter(false), width);
     EXPECT_NE(text.find("\n  " + row + "  OUT OF RANGE\n"), std::string::npos) << width << text;
   }
 }

@@ -144,7 +144,7 @@ class Records(TestCase):
         hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 10000000}})
         result = self.record("--timeout 0.3", hanging)
         self.assertEqual((result.exit_code, result.err), (
-            3, "kovactl: 0x14170111 TRK7K VTIN 1 did not answer within 0.3 s; "
+            3, "kovactl: 0x14170111 TRK-7000/Temperatures/TRK7K VTIN 1 did not answer within 0.3 s; "
                f"{self.file} has what was answered\n"))
         self.assertIn(" reads, 0 writes", self.note())
 

@@ -113,7 +113,7 @@ class Reports(TestCase):
     def test_a_device_that_hangs_takes_no_sweep_along(self):
         arguments = ["report", str(self.file), "--module", FAKE_MODULE, "--for", "5m",
                      "--interval", "50ms"]
-        hang = "0x14150711 Measure mode did not answer"
+        hang = "0x14150711 GSensor/Settings/Measure mode did not answer"
         result = run([*arguments, "--timeout", "0.3"], FAKE_MODULE="hangs later")
         self.assertEqual((result.exit_code, result.err), (
             3, f"kovactl: {hang} within 0.3 s; {self.file} has the 2 sweeps until then\n"))

@@ -153,14 +153,14 @@ class DeviceThatHangs(TestCase):
                              FAKE_MODULE="hangs")
                 self.assertEqual(result.exit_code, 3)
                 self.assertEqual(result.err,
-                                 f"kovactl: {self.ITEM} Measure mode did not answer within 0.3 s\n")
+                                 f"kovactl: {self.ITEM} GSensor/Settings/Measure mode did not answer within 0.3 s\n")
                 if "--json" in command:
                     self.assertEqual(result.json["error"]["exit_code"], 3)
         self.assertEqual(run([*self.ARGUMENTS, "get", "0x14160650", "--timeout", "0.3"]).exit_code, 0)
 
     def test_control_c_ends_it_on_a_fresh_line(self):
         for command, wait, exit_code in (("list", "reading ", -signal.SIGINT),
-                                         ("watch", "^waiting for 0x14150711 Measure mode, [1-9][0-9]* s", 0)):
+                                         ("watch", "^waiting for 0x14150711 GSensor/Settings/Measure mode, [1-9][0-9]* s", 0)):
             with self.subTest(command=command):
                 program = self.terminal(*self.ARGUMENTS, command, FAKE_MODULE="hangs")
                 program.wait_for_row(wait)

@@ -37,12 +37,12 @@ class Writes(TestCase):
     def test_wrong_targets_are_refused_before_anything_is_written(self):
         self.check_words((
             (["set", "0x14160801=1", "0x14140B01=0"], 2, "", "IGN status is read-only"),
-            (["set", "0x14140B01=0", "0x14140B02=x"], 2, "", "'x' is no value for PoE 2 power"),
+            (["set", "0x14140B01=0", "0x14140B02=x"], 2, "", "'x' is no value for PoE/PoE 2/PoE 2 power"),
             (["set", "0x14140B01=0", "0x14140B02"], 2, "", "'0x14140B02' is no ITEM=VALUE"),
             # Which the simulated device would take, in a place that is no item's.
             (["set", "0x14160799=1"], 2, "", "lists no item 0x14160799; --unlisted"),
             (["set", "0x14160721", "10"], 2, "", "change PIC/Settings/Ignition delay on timer"),
-            (["set", "poe ? power", "0"], 2, "", "4 items, one is needed: PoE 1 power (0x14140B01)"),
+            (["set", "poe ? power", "0"], 2, "", "4 items, one is needed: PoE/PoE 1/PoE 1 power (0x14140B01)"),
             (["reset", "PoE 1 power"], 2, "", "has no factory default"),
             (["reset"], 2, "", "ITEM or --family is required"),
         ))

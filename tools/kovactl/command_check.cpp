@@ -16,30 +16,19 @@ struct CheckOptions {
   std::vector<std::string> warning;   // ITEM=RANGE
   std::vector<std::string> critical;  // ITEM=RANGE
   std::string expected;               // a file; "" for none
+  std::string rules;                  // a file; "" for none
 };
 
 // What plug-ins of monitoring systems are expected to keep to: these have limits of their own, and
 // leave behind a process that is stuck.
 constexpr double kUsualLimitSeconds = 10;
 
-// Adds the limit to every item that its first half names; a later one takes the place of an
-// earlier, so that a pattern can be given first and its exceptions after it.
-void add_limits(const std::vector<std::string>& texts, const std::vector<Item>& items,
-                std::map<uint32_t, AlertRange>& limits) {
+std::vector<NamedLimit> limits_from(const std::vector<std::string>& texts) {
+  std::vector<NamedLimit> limits;
   for (const std::string& text : texts) {
-    const size_t equals = text.rfind('=');
-    const auto range = equals == std::string::npos
-                           ? std::nullopt
-                           : parse_alert_range(std::string_view(text).substr(equals + 1));
-    if (!range) {
-      throw HostError(Fault::usage, fmt::format("{}: not ITEM=RANGE, such as 'TRK7K VTIN *=70' or "
-                                                "'PoE 1 current=10:500'",
-                                                text));
-    }
-    for (const Item& item : named_items(items, text.substr(0, equals))) {
-      limits[item.id] = *range;
-    }
+    limits.push_back(parse_named_limit(text));
   }
+  return limits;
 }
 
 // What goes wrong on the way is told as an unknown state: by main, as for every command.
@@ -47,16 +36,17 @@ ExitCode run_check(const GlobalOptions& globals, const CheckOptions& options) {
   globals.attendant->limit_all(globals.timeout_seconds.value_or(kUsualLimitSeconds));
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
+  const RulesFile rules = rules_from(options.rules);
+  const auto warning = limits_from(options.warning);
+  const auto critical = limits_from(options.critical);
   const auto session = open_session(globals);
   const std::vector<Item> known = with_missing(Inventory::of(*session).items(), expected);
-  Thresholds thresholds;
-  add_limits(options.warning, known, thresholds.warning);
-  add_limits(options.critical, known, thresholds.critical);
+  Thresholds thresholds = thresholds_of(rules, known);
+  add_limits(warning, known, thresholds.warning);
+  add_limits(critical, known, thresholds.critical);
   const std::vector<Item> items = select_distinct(known, options.selection);
-  const std::vector<Item> read = with_companions(items, distinct(known));
-  const Readings readings = read_items(*session, read);
-  const CheckResult result = check_readings(
-      items, readings, judge_selected(items, read, readings, thresholds), thresholds);
+  const Judged judged = read_and_judge(*session, items, known, thresholds);
+  const CheckResult result = check_readings(items, judged.readings, judged.findings, thresholds);
   print(result.text);
   return static_cast<ExitCode>(result.state);
 }
@@ -83,6 +73,7 @@ void add_check(CommandLine& line) {
       .add_option("--expect", options->expected,
                   "Critical for each item that is missing since `list --json` printed this file")
       ->type_name("FILE");
+  add_rules_option(command, options->rules);
 }
 
 }  // namespace kovactl

@@ -3,9 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "include/kova_iot.h"
-#include "tools/host/judgements/plausibility.h"
+#include "tools/host/judgements/judge.h"
 #include "tools/host/model/status_text.h"
 #include "tools/host/session/diagnosis.h"
 #include "tools/host/system/json_writer.h"
@@ -43,7 +44,7 @@ class Record {
 
   // Each piece of advice is given once.
   void advise(const std::string& text) {
-    if (std::find(advice_.begin(), advice_.end(), text) == advice_.end()) {
+    if (!text.empty() && std::find(advice_.begin(), advice_.end(), text) == advice_.end()) {
       advice_.push_back(text);
     }
   }
@@ -171,48 +172,102 @@ std::string ask_codes(const Item& item, const JsonPtr& entry) {
   return fmt::format("; device code {}", fmt::join(texts, ", "));
 }
 
-void add_item(const Item& item, const std::string& what, Record& record) {
+void add_finding(const Item& item, const Finding& finding, Record& record) {
   const JsonPtr codes = own(json_object());
   const std::string answers = ask_codes(item, codes);
-  const JsonPtr& entry =
-      record.add("item", Verdict::failed, fmt::format("{} {}{}", title(item), what, answers));
+  const JsonPtr& entry = record.add(
+      "item", Verdict::failed, fmt::format("{} {}{}", title(item), finding.message(), answers));
   put(entry, "id", json_text(id_text(item.id)));
-  put(entry, "path", json_text(path_of(item)));
+  put(entry, "path", json_text(finding.path));
+  put(entry, "rule", json_text(finding.kind));
+  put(entry, "severity", json_text(severity_name(finding.severity)));
   json_object_update(entry.get(), codes.get());
+  record.advise(finding.action);
 }
 
-void check_items(const Session& session, Record& record) {
+struct TimedRead {
+  const Item* item = nullptr;
+  std::chrono::steady_clock::duration time{};
+};
+
+// Every item, and how long each read took.
+Readings read_timed(const Session& session, const std::vector<Item>& items,
+                    std::vector<TimedRead>& times) {
+  using std::chrono::steady_clock;
+  Progress progress("reading", items.size());
+  auto start = steady_clock::now();
+  const auto end_last = [&times, &start] {
+    const auto now = steady_clock::now();
+    if (!times.empty()) {
+      times.back().time = now - start;
+    }
+    start = now;
+  };
+  Readings readings = *read_items(session, items, [&](const Item& item) {
+    end_last();
+    times.push_back({&item});
+    progress.advance(item);
+    return true;
+  });
+  end_last();
+  return readings;
+}
+
+// The three slowest, and what all took: a busy bus shows here.
+void add_times(std::vector<TimedRead> times, Record& record) {
+  using std::chrono::duration;
+  const auto seconds = [](const TimedRead& read) { return duration<double>(read.time).count(); };
+  double all = 0;
+  for (const TimedRead& read : times) {
+    all += seconds(read);
+  }
+  const size_t shown = std::min<size_t>(3, times.size());
+  std::partial_sort(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(shown), times.end(),
+                    [](const TimedRead& a, const TimedRead& b) { return a.time > b.time; });
+  times.resize(shown);
+  JsonPtr slowest = own(json_array());
+  std::vector<std::string> texts;
+  for (const TimedRead& read : times) {
+    JsonPtr entry = own(json_object());
+    put(entry, "id", json_text(id_text(read.item->id)));
+    put(entry, "path", json_text(label_of(*read.item)));
+    put(entry, "seconds", own(json_real(seconds(read))));
+    append(slowest, std::move(entry));
+    texts.push_back(fmt::format("{} {:.1f} ms", title(*read.item), 1000 * seconds(read)));
+  }
+  const JsonPtr& step = record.add(
+      "times", Verdict::ok,
+      fmt::format("all items in {:.1f} ms; slowest: {}", 1000 * all, fmt::join(texts, ", ")));
+  put(step, "seconds", own(json_real(all)));
+  put(step, "slowest", std::move(slowest));
+}
+
+void check_items(const Session& session, const RulesFile& rules, Record& record) {
   const std::vector<Item> items = distinct(Inventory::of(session).items());
-  const Readings readings = read_with_progress(session, items);
+  const Thresholds thresholds = thresholds_of(rules, items);
+  std::vector<TimedRead> times;
+  const Readings readings = read_timed(session, items, times);
   const auto failed = std::count_if(readings.begin(), readings.end(), [](const auto& entry) {
     return entry.second.state == Reading::State::failed;
   });
   record.add("items", failed == 0 ? Verdict::ok : Verdict::failed,
              fmt::format("{} of {} items can be read",
                          readings.size() - static_cast<size_t>(failed), readings.size()));
-  for (const Item& item : items) {
-    const Reading& reading = readings.at(item.id);
-    if (const auto wrong = nonsense(item, reading)) {
-      add_item(item, *wrong, record);
-      record.advise(
-          "what answers nonsense is broken, not connected, or described wrongly by the "
-          "device: look at the device codes named above");
-    } else if (reading.state == Reading::State::failed) {
-      add_item(item, "is unreadable: " + failure_text(item, reading), record);
-      record.advise(
-          "items that fail: look at the part itself (a fan, a sensor, a module); the "
-          "device codes above are what its maker asks for");
-    }
-    if (!item.published) {
-      record.advise(
-          "items that could not be read when the module started are missing from its "
-          "document until the next start");
-    }
+  add_times(std::move(times), record);
+  for (const Finding& finding : judge(items, readings, thresholds)) {
+    const auto item = std::find_if(items.begin(), items.end(),
+                                   [&](const Item& one) { return one.id == finding.id; });
+    add_finding(*item, finding, record);
+  }
+  if (std::any_of(items.begin(), items.end(), [](const Item& item) { return !item.published; })) {
+    record.advise(
+        "Items that could not be read when the module started are missing from its document until "
+        "the next start.");
   }
 }
 
 // The exit code.
-ExitCode examine(const GlobalOptions& globals, Record& record) {
+ExitCode examine(const GlobalOptions& globals, const RulesFile& rules, Record& record) {
   std::unique_ptr<Module> module;
   try {
     module = std::make_unique<Module>(globals.host);
@@ -242,7 +297,7 @@ ExitCode examine(const GlobalOptions& globals, Record& record) {
     record.advise("nothing can be read until the module starts");
     return ExitCode::no_device;
   }
-  check_items(*session, record);
+  check_items(*session, rules, record);
   return record.failed() ? ExitCode::item_failed : ExitCode::success;
 }
 
@@ -250,15 +305,17 @@ ExitCode examine(const GlobalOptions& globals, Record& record) {
 
 void add_doctor(CommandLine& line) {
   auto json = std::make_shared<bool>(false);
+  auto rules = std::make_shared<std::string>();
   CLI::App& command =
       line.add({"doctor", "Find out what is wrong, step by step", "kovactl doctor",
                 "0 all well, 1 an item is wrong, 2 usage, 3 no device"},
-               [json](const GlobalOptions& globals) {
+               [json, rules](const GlobalOptions& globals) {
                  Record record;
-                 const ExitCode exit_code = examine(globals, record);
+                 const ExitCode exit_code = examine(globals, rules_from(*rules), record);
                  print(*json ? record.json(exit_code) : record.text(Painter::for_stdout()));
                  return exit_code;
                });
+  add_rules_option(command, *rules);
   command.add_flag("--json", *json, "Print JSON");
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tools/host/export/json_report.h"
+#include "tools/host/judgements/finding_json.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/values/shown_value.h"
@@ -21,20 +22,21 @@ struct GetOptions {
   bool json = false;
 };
 
-std::string get_text(const std::vector<Item>& items, const Readings& readings, bool value_only) {
+std::string get_text(const std::vector<Item>& items, const Judged& judged, bool value_only) {
   size_t width = 0;
   for (const Item& item : items) {
     width = std::max(width, display_width(title(item)));
   }
   std::string text;
   for (const Item& item : items) {
-    const Reading& reading = readings.at(item.id);
+    const Reading& reading = judged.readings.at(item.id);
     if (value_only) {
       text += plain_value(reading) + '\n';
       continue;
     }
     text += padded(title(item), width) + "  " + value_with_unit(item, reading);
-    text += out_of_range(item, reading) ? "  OUT OF RANGE\n" : "\n";
+    const std::string mark = marks_on(item.id, judged.findings);
+    text += (mark.empty() ? "" : "  " + mark) + '\n';
   }
   return text;
 }
@@ -46,14 +48,16 @@ ExitCode run_get(const GlobalOptions& globals, const GetOptions& options) {
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
   const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  const Readings readings = read_with_progress(*session, items);
+  const Judged judged = read_and_judge(*session, items, inventory.items(), {});
   if (options.json) {
-    print(json_document(json_items(items, readings).get(), JsonLayout::indented));
+    const JsonPtr document = json_items(items, judged.readings);
+    put(document, "findings", json_findings(judged.findings));
+    print(json_document(document.get(), JsonLayout::indented));
   } else {
-    print(get_text(items, readings, options.value_only));
+    print(get_text(items, judged, options.value_only));
   }
-  report_failures(items, readings);
-  return any_failed(readings) ? ExitCode::item_failed : ExitCode::success;
+  report_failures(items, judged.readings);
+  return any_failed(judged.readings) ? ExitCode::item_failed : ExitCode::success;
 }
 
 }  // namespace

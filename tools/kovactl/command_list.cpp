@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "tools/host/export/json_report.h"
+#include "tools/host/judgements/finding_json.h"
 #include "tools/host/record/listing_file.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/kovactl/command_support.h"
@@ -16,6 +17,7 @@ namespace {
 struct ListOptions {
   Selection selection;
   std::string expected;  // file; "" for none
+  std::string rules;     // file; "" for none
   bool json = false;
 };
 
@@ -23,16 +25,20 @@ ExitCode run_list(const GlobalOptions& globals, const ListOptions& options) {
   // A file that cannot be used must not cost a start of the module.
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
+  const RulesFile rules = rules_from(options.rules);
   const auto session = open_session(globals);
   const std::vector<Item> known = with_missing(Inventory::of(*session).items(), expected);
   const std::vector<Item> items = select(known, options.selection);
-  const Readings readings = read_with_progress(*session, items);
+  const Judged judged = read_and_judge(*session, items, known, thresholds_of(rules, known));
   if (options.json) {
-    print(json_document(json_items(items, readings).get(), JsonLayout::indented));
+    const JsonPtr document = json_items(items, judged.readings);
+    put(document, "findings", json_findings(judged.findings));
+    print(json_document(document.get(), JsonLayout::indented));
   } else {
-    print(item_table(items, readings, Painter::for_stdout(), terminal_columns(STDOUT_FILENO)));
+    print(item_table(items, judged.readings, judged.findings, Painter::for_stdout(),
+                     terminal_columns(STDOUT_FILENO)));
   }
-  return verdict(items, readings);
+  return verdict(items, judged.readings);
 }
 
 }  // namespace
@@ -47,6 +53,7 @@ void add_list(CommandLine& line) {
       .add_option("--expect", options->expected,
                   "Fail for each item that is missing since `list --json` printed this file")
       ->type_name("FILE");
+  add_rules_option(command, options->rules);
   command.add_flag("--json", options->json, "Print JSON, with a status for every item");
 }
 

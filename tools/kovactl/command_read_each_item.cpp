@@ -40,7 +40,7 @@ void read_family(const DirectDevice& device, const FamilyData& family) {
   }
   for (const Item& item : family.items(count)) {
     for (const uint32_t code : item.facts.codes) {
-      read(device, code, fmt::format("{} {}", id_text(item.id), item.name));
+      read(device, code, fmt::format("{} {}", id_text(item.id), path_of(item)));
     }
   }
 }

@@ -5,6 +5,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "tools/host/system/plain_text.h"
@@ -54,6 +55,31 @@ std::optional<Readings> sweep_unless_interrupted(const Session& session, SweepPl
                      [&attendant](const Item&) { return !attendant.interrupted(); });
 }
 
+Judged read_and_judge(const Session& session, const std::vector<Item>& items,
+                      const std::vector<Item>& known, const Thresholds& thresholds) {
+  const std::vector<Item> read = with_companions(distinct(items), distinct(known));
+  Judged judged{read_with_progress(session, read), {}};
+  judged.findings = judge_selected(items, read, judged.readings, thresholds);
+  std::set<uint32_t> wanted;
+  for (const Item& item : items) {
+    wanted.insert(item.id);
+  }
+  std::erase_if(judged.readings,
+                [&wanted](const auto& entry) { return !wanted.contains(entry.first); });
+  return judged;
+}
+
+void add_rules_option(CLI::App& command, std::string& file) {
+  command
+      .add_option("--rules", file,
+                  "Judge by the rules of docs/fleet.md with this file's changes to them")
+      ->type_name("FILE");
+}
+
+RulesFile rules_from(const std::string& file) {
+  return file.empty() ? RulesFile() : read_rules_file(file);
+}
+
 void report_failures(const std::vector<Item>& items, const Readings& readings) {
   for (const Item& item : distinct(items)) {
     const Reading& reading = readings.at(item.id);
@@ -79,8 +105,7 @@ ExitCode verdict(const std::vector<Item>& items, const Readings& readings) {
 }
 
 std::string title(const Item& item) {
-  const std::string name = printable(name_or_path(item));
-  return name.empty() ? id_text(item.id) : id_text(item.id) + ' ' + name;
+  return item.name.empty() ? id_text(item.id) : id_text(item.id) + ' ' + printable(path_of(item));
 }
 
 void add_selection(CLI::App& command, Selection& selection) {

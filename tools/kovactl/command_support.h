@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/host/judgements/rules_file.h"
 #include "tools/host/model/selection.h"
 #include "tools/host/session/inventory.h"
 #include "tools/host/values/sweep_plan.h"
@@ -45,6 +46,24 @@ std::optional<kova_host::Readings> sweep_unless_interrupted(const kova_host::Ses
                                                             kova_host::SweepPlan::Time now,
                                                             const Attendant& attendant);
 
+// Readings, and what is to be thought of them.
+struct Judged {
+  kova_host::Readings readings;  // of the items alone
+  std::vector<kova_host::Finding> findings;
+};
+
+// Reads `items` as read_with_progress does, and what else of `known`, all items of the machine, the
+// rules on them ask.
+Judged read_and_judge(const kova_host::Session& session, const std::vector<kova_host::Item>& items,
+                      const std::vector<kova_host::Item>& known,
+                      const kova_host::Thresholds& thresholds);
+
+// Adds --rules FILE.
+void add_rules_option(CLI::App& command, std::string& file);
+
+// The file's, as kova_host::read_rules_file; without changes for "".
+kova_host::RulesFile rules_from(const std::string& file);
+
 // Tells on stderr of each item that could not be read, and why.
 void report_failures(const std::vector<kova_host::Item>& items,
                      const kova_host::Readings& readings);
@@ -52,7 +71,7 @@ void report_failures(const std::vector<kova_host::Item>& items,
 // The exit code after these readings of `items`; tells on stderr which of them failed.
 ExitCode verdict(const std::vector<kova_host::Item>& items, const kova_host::Readings& readings);
 
-// "0x14140B01 PoE 1 power"; with the path where the name alone leaves a doubt.
+// "0x14140B01 PoE/PoE 1/PoE 1 power": the same on every machine.
 std::string title(const kova_host::Item& item);
 
 // Adds what picks items: [ITEM...] and --family.

@@ -73,7 +73,7 @@ void Progress::advance(const kova_host::Item& item) {
   State& now = state();
   const std::lock_guard lock(now.mutex);
   ++now.done;
-  now.item = name_or_path(item);
+  now.item = label_of(item);
 }
 
 void Progress::advance() {

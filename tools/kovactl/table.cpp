@@ -7,6 +7,7 @@
 #include <array>
 #include <limits>
 
+#include "tools/host/judgements/judge.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/values/shown_value.h"
 #include "tools/kovactl/row_layout.h"
@@ -19,25 +20,24 @@ namespace {
 enum Column : size_t { kId, kName, kValue, kRange, kAccess, kColumns };
 using Cells = std::array<std::string, kColumns>;
 const Cells kTitles = {"ID", "NAME", "VALUE", "RANGE", "ACCESS"};
-constexpr std::string_view kAlarm = "  OUT OF RANGE";
 constexpr size_t kIndent = 2;
 
 struct Row {
   Cells cells;
   Style value_style = Style::plain;
-  std::string_view alarm = {};  // behind everything else
-  bool failed = false;          // the reason stands in the value's place and all behind it
+  std::string alarm = {};  // behind everything else
+  bool failed = false;     // the reason stands in the value's place and all behind it
 };
 
-Row row_of(const Item& item, const Reading& reading) {
+Row row_of(const Item& item, const Reading& reading, const std::vector<Finding>& findings) {
   Row row;
   row.cells = {id_text(item.id), printable(item.name),
                std::string(without_trailing_blanks(value_with_unit(item, reading))),
                range_text(item), printable(item.access)};
   row.failed = reading.state == Reading::State::failed;
-  if (out_of_range(item, reading)) {
+  if (const std::string marks = marks_on(item.id, findings); !marks.empty()) {
     row.value_style = Style::alarm;
-    row.alarm = kAlarm;
+    row.alarm = "  " + marks;
   } else if (reading.state != Reading::State::good) {
     row.value_style = Style::unreadable;
   }
@@ -108,7 +108,7 @@ std::string Frame::aligned(const Row& row) const {
 }
 
 std::string Frame::fitted(const Row& row) const {
-  const std::string value = row.cells[kValue] + std::string(row.alarm);
+  const std::string value = row.cells[kValue] + row.alarm;
   return layout_->before_value(row.cells[kId], row.cells[kName], display_width(value)) +
          paint_(row.value_style, value);
 }
@@ -127,11 +127,12 @@ std::string heading_of(const Item& item, size_t width) {
 }  // namespace
 
 std::string item_table(const std::vector<Item>& items, const Readings& readings,
-                       const Painter& paint, std::optional<size_t> terminal_width) {
+                       const std::vector<Finding>& findings, const Painter& paint,
+                       std::optional<size_t> terminal_width) {
   const Row titles = {kTitles};
   std::vector<Row> rows = {titles};
   for (const Item& item : items) {
-    rows.push_back(row_of(item, readings.at(item.id)));
+    rows.push_back(row_of(item, readings.at(item.id), findings));
   }
   const size_t width = terminal_width.value_or(std::numeric_limits<size_t>::max());
   const Frame frame(rows, width, paint);

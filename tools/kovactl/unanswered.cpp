@@ -23,7 +23,7 @@ std::string name_of_item(uint32_t id) {
     }
     for (const Item& item : family.items(family.instances ? family.instances->max : 1)) {
       if (item.id == id) {
-        return ' ' + item.name;
+        return ' ' + path_of(item);
       }
     }
   }

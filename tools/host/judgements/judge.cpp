@@ -198,6 +198,16 @@ std::vector<Finding> judge_selected(const std::vector<Item>& selected,
   return findings;
 }
 
+std::string marks_on(uint32_t id, const std::vector<Finding>& findings) {
+  std::string marks;
+  for (const Finding& finding : findings) {
+    if (finding.id == id && !finding.mark.empty()) {
+      marks += (marks.empty() ? "" : ", ") + finding.mark;
+    }
+  }
+  return marks;
+}
+
 std::optional<double> judged_number(const Item& item, const Reading& reading) {
   if (const auto* text = std::get_if<std::string>(&reading.value)) {
     const auto option = std::find_if(item.options.begin(), item.options.end(),

@@ -47,6 +47,10 @@ std::vector<Finding> judge_selected(const std::vector<Item>& selected,
                                     const std::vector<Item>& read, const Readings& readings,
                                     const Thresholds& thresholds = {});
 
+// The marks of the findings on an item, behind its value: "HOT", or "" where nothing is to be
+// marked.
+std::string marks_on(uint32_t id, const std::vector<Finding>& findings);
+
 // The number that a limit is held against: the reading's, that of a text that is one ("0x7", "2 h
 // 5 m" in minutes), or the option that a text is the label of. Nothing for other texts.
 std::optional<double> judged_number(const Item& item, const Reading& reading);

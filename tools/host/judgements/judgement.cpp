@@ -78,8 +78,12 @@ bool looks_at(const LooksAt& what, const Item& item) {
   return what.path.empty() || fits_path(what.path, item);
 }
 
+std::string Finding::message() const {
+  return says + (evidence.empty() ? "" : ": " + evidence);
+}
+
 std::string Finding::sentence() const {
-  return path + ' ' + says + (evidence.empty() ? "" : ": " + evidence);
+  return path + ' ' + message();
 }
 
 }  // namespace kova_host

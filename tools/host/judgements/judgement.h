@@ -105,6 +105,9 @@ struct Finding {
   double distance = 0;
   std::string value;  // as people see it: "0 RPM"
 
+  // "stands still while others turn: 0 RPM"
+  std::string message() const;
+
   // "TRK-7000/Onboard fan speeds/TRK7K OB fan 1 stands still while others turn: 0 RPM"
   std::string sentence() const;
 };

@@ -199,7 +199,7 @@ Item select_one(const std::vector<Item>& items, const std::string& text) {
     return named.front();
   }
   const auto candidates = texts_of(named, [](const Item& item) {
-    return fmt::format("{} ({})", name_or_path(item), id_text(item.id));
+    return fmt::format("{} ({})", label_of(item), id_text(item.id));
   });
   throw HostError(Fault::usage, fmt::format("'{}' names {} items, one is needed: {}", text,
                                             candidates.size(), fmt::join(candidates, ", ")));

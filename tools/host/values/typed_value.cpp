@@ -17,8 +17,7 @@ namespace {
 
 [[noreturn]] void refuse(const Item& item, std::string_view text, std::string_view reason) {
   throw HostError(Fault::usage,
-                  fmt::format("'{}' is no value for {}: {}", text,
-                              item.name.empty() ? id_text(item.id) : name_or_path(item), reason));
+                  fmt::format("'{}' is no value for {}: {}", text, label_of(item), reason));
 }
 
 const std::vector<Option>& switch_words() {
