@@ -72,6 +72,8 @@ struct Shape {
   Answer answer = answer_of(kind, word, truncated, normalised, through_text);
 };
 
+inline constexpr Shape kNoShape{};
+
 consteval Shape with_role(Shape shape, Role role) {
   shape.role = role;
   return shape;
@@ -94,7 +96,7 @@ struct Row {
   unsigned int words = 1;                    ///< how many codes in a row hold it
   std::optional<unsigned int> asks_first{};  ///< a code that decides whether and how it is read
   std::optional<Bounds> range{};
-  Shape as{};
+  Shape as = kNoShape;                               // clang 14 makes no default of a default
   std::string (*text)(unsigned int word) = nullptr;  ///< of an item that is one word's text
   Decoder decode = nullptr;                          ///< of a text that takes more than its word
   unsigned int written_at = 0;  ///< the ID whose code takes the writes, if not its own

@@ -50,7 +50,7 @@ consteval void check_field(const catalogue::Row& row) {
   if (row.as.kind != Kind::kText && (row.text != nullptr || row.decode != nullptr)) {
     throw "a number with a function for its text";
   }
-  if (row.text != nullptr && row.decode != nullptr) {
+  if (row.decode != nullptr && row.text != nullptr) {
     throw "a field with two functions for its text";
   }
   if (row.as.through_text != (row.as.kind != Kind::kText)) {

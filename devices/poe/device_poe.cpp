@@ -68,16 +68,21 @@ constexpr unsigned int place_of(unsigned int id) {
   return (id >> 8) & 0xFU;
 }
 
-constexpr auto kKinds = []() consteval {
+static_assert([]() consteval {
+  for (const Row& row : kRows) {
+    poe::check_kind(row);
+  }
+  return true;
+}());
+
+constexpr auto kKinds = [] {
   std::array<Row, 16> kinds{};
   kinds.fill({.id = 1});  // no group's: these have bits 7..0 clear
   for (const Row& row : kRows) {
-    poe::check_kind(row);
     kinds[place_of(row.id)] = row;
   }
   return kinds;
-}
-();
+}();
 
 const Row* kind_of(unsigned int id) {
   const Row& kind = kKinds[place_of(id)];
