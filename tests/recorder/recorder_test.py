@@ -187,13 +187,11 @@ class Lasting(TestCase):
         ):
             with self.subTest(reason):
                 plant(file, make)
-                err = run([*AGENT, "session", "1", "9"], RECORDER,
-                          **self.recording(self.machine()))[2]
-                self.assertIn(reason, err)
+                settings = self.recording(self.machine())
+                self.assertIn(reason, run([*AGENT, "session", "1", "9"], RECORDER, **settings)[2])
                 self.assertFalse(target.exists())
             file.unlink()
-        plant(self.file, lambda: self.file.touch())
-        self.file.chmod(0o666)
+        plant(self.file, lambda: (self.file.touch(), self.file.chmod(0o666)))
         self.polling()
         plant(stop, stop.touch)
         time.sleep(2.5)
@@ -361,8 +359,8 @@ class Lasting(TestCase):
         """Also at the end of what a description may take: 60001 codes and half a million answers."""
         err = run([*AGENT, "writes", "600000"], RECORDER, **self.recording(self.machine()))[2]
         self.assertIn("has as many answers as can be replayed\n", err)
-        self.assertEqual(run([*AGENT, "codes", "1"], SIMULATOR, KOVA_SIM_MACHINE=str(self.file))[2],
-                         "")
+        replay = {"KOVA_SIM_MACHINE": str(self.file)}
+        self.assertEqual(run([*AGENT, "codes", "1"], SIMULATOR, **replay)[2], "")
 
     def test_an_agent_notices_nothing(self):
         machine = self.machine()
