@@ -105,15 +105,20 @@ TEST(Comparison, TellsReadingsThatAppearAndDisappear) {
   const auto listed = [](uint32_t id, const Reading& reading) {
     return ListedItem{item_of(id, Role::reading, ValueKind::real), reading};
   };
-  const Comparison result = compare(
-      {listed(1, good(2.0)), listed(2, kAbsent), listed(3, failed(5)), listed(4, good(2.0))},
-      {listed(5, kAbsent), listed(1, kAbsent), listed(2, good(2.0)), listed(3, failed(6))}, false);
+  Reading blank = kAbsent;  // in a recording that was handed on
+  blank.redacted = true;
+  const Comparison result = compare({listed(1, good(2.0)), listed(2, kAbsent), listed(3, failed(5)),
+                                     listed(4, good(2.0)), listed(6, good(2.0)), listed(7, blank)},
+                                    {listed(5, kAbsent), listed(1, kAbsent), listed(2, good(2.0)),
+                                     listed(3, failed(6)), listed(6, blank), listed(7, good(2.0))},
+                                    false);
   std::string told;
   for (const Change& change : result.changes) {
     told += change.item().name + " " + std::string(change_name(change.kind)) + "; ";
   }
   EXPECT_EQ(told, "n5 new; n1 changed; n2 changed; n3 fails otherwise; n4 vanished; ");
   EXPECT_EQ(result.compared, 3U);
+  EXPECT_EQ(result.redacted, 2U);
 }
 
 }  // namespace

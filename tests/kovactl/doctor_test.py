@@ -92,6 +92,20 @@ class Doctor(TestCase):
                 self.assertEqual({finding["rule"] for finding in result.json.get("findings", {})},
                                  set(findings))
 
+    def test_a_text_that_is_read_in_part_is_not_good(self):
+        half = self.machine(codes={"0x00B00025": {"fail_read": 5}, "0x00A00112": {"fail_read": 6}})
+        told = "in part only, 'KovaKovargy': the device did not answer (0x5)"
+        for command, exit_code in (("list", 1), ("check", 2), ("doctor", 1)):
+            with self.subTest(command):
+                result = run([*half, command])
+                self.assertEqual(result.exit_code, exit_code)
+                self.assertIn(told, result.out)
+                self.assertIn("device did not answer (0x6)", result.out)
+        self.assertIn("0xB00024 reads 0x4B6F7661, 0xB00025 answers 0x5", result.out)
+        items = run([*half, "list", "--json", "--family", "SMART BATTERY"]).json["items"]
+        self.assertEqual([(item["value"], item["code"]) for item in items if "in_part" in item],
+                         [(None, 5)])
+
     def test_names_the_cause_when_there_is_no_device(self):
         dead = self.folder / "dead.json"
         dead.write_text(json.dumps({"bus": {"fail_read": 9}}))

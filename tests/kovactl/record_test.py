@@ -89,7 +89,14 @@ class Records(TestCase):
         names = ("Serial Number", "Part Number", "Specific Data")
         listed = run(f"--simulate {self.file} list --json").json["items"]
         values = {item["value"] for item in listed if item["name"] in names}
-        self.assertEqual(values, {"0x0000", "", None})
+        self.assertEqual(values, {None})
+        blanks = [item["name"] for item in listed if "redacted" in item]
+        # Whether a module is write-protected stands by its part number's first word.
+        self.assertEqual(set(blanks), {*names, "Write Protection"})
+        self.assertIn(" redacted ", run(f"--simulate {self.file} list").out)
+        result = run(f"--simulate default diff now {self.file}")
+        self.assertEqual((result.exit_code, result.out.count("\n")), (0, 1), result.out)
+        self.assertIn(f"; {len(blanks)} redacted ones left out", result.out)
 
     def test_what_goes_wrong_leaves_the_file_alone(self):
         self.file.write_text("the one before")

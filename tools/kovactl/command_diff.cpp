@@ -200,12 +200,15 @@ std::string summary(const Comparison& comparison) {
       comparison.moving == 0
           ? ""
           : fmt::format("; {} measured values moved (--all shows them)", comparison.moving);
+  const std::string redacted =
+      comparison.redacted == 0 ? ""
+                               : fmt::format("; {} redacted ones left out", comparison.redacted);
   return fmt::format(
-      "{} of {} items the same{}\n",
+      "{} of {} items the same{}{}\n",
       comparison.compared - comparison.moving -
           static_cast<size_t>(std::count_if(comparison.changes.begin(), comparison.changes.end(),
                                             [](const Change& c) { return c.before && c.after; })),
-      comparison.compared, moving);
+      comparison.compared, moving, redacted);
 }
 
 JsonPtr json_change(const Change& change) {

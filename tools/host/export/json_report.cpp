@@ -111,6 +111,12 @@ JsonPtr json_item(const Item& item, const Reading& reading, Detail detail) {
   if (reading.state == Reading::State::failed) {
     put(object, "failure", json_text(failure_text(item, reading)));
   }
+  if (!reading.in_part.empty()) {
+    put(object, "in_part", json_text(reading.in_part));
+  }
+  if (reading.redacted) {
+    put(object, "redacted", own(json_true()));
+  }
   if (item.missing) {
     put(object, "missing", own(json_true()));
   }

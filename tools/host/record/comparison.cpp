@@ -70,6 +70,10 @@ Comparison compare(const Listing& before, const Listing& after, bool all) {
       result.changes.push_back({ChangeKind::appeared, std::nullopt, now});
       continue;
     }
+    if (now.reading.redacted || old_item->second->reading.redacted) {
+      ++result.redacted;
+      continue;
+    }
     ++result.compared;
     if (const auto kind = change_between(*old_item->second, now)) {
       Change change{*kind, *old_item->second, now};

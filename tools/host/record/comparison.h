@@ -33,7 +33,8 @@ struct Change {
 
 struct Comparison {
   std::vector<Change> changes;  // in the order of the newer listing, then what has vanished
-  size_t compared = 0;          // items that both have
+  size_t compared = 0;          // items that both have and show
+  size_t redacted = 0;          // items that one of them shows a blank for
   size_t moving = 0;            // measured values left out that merely moved
 };
 

@@ -61,6 +61,8 @@ Reading reading_from(const json_t* json) {
   } else if (json_is_real(value)) {
     reading.value = json_real_value(value);
   }
+  reading.in_part = text_at(json, "in_part");
+  reading.redacted = json_is_true(json_object_get(json, "redacted"));
   if (json_is_true(ok)) {
     reading.state = json_is_null(value) ? Reading::State::absent : Reading::State::good;
   }

@@ -30,7 +30,7 @@ bool has_only_a_trace(json_t* description) {
   json_t* value = nullptr;
   json_object_foreach(description, key, value) {
     const std::string_view name = key;
-    if (name != "note" && name != "trace") {
+    if (name != "note" && name != "trace" && name != "redacted") {
       return false;
     }
   }

@@ -35,17 +35,12 @@ std::vector<Replay::Moment> stops_of(const Replay& replay, milliseconds step) {
 // Which items may read otherwise once a code does: by the codes that they ask, and by their
 // family's presence. An item of which no code is known may do so with any: it gets code 0.
 std::multimap<uint32_t, size_t> by_code(const std::vector<Item>& items) {
-  constexpr uint32_t kFamilyMask = 0xFFFF0000;
-  std::map<uint32_t, uint32_t> presence;
-  for (const FamilyData& family : item_data()) {
-    presence[family.id & kFamilyMask] = family.presence_code;
-  }
   std::multimap<uint32_t, size_t> result;
   for (size_t i = 0; i < items.size(); ++i) {
     std::set<uint32_t> codes(items[i].facts.codes.begin(), items[i].facts.codes.end());
-    if (const auto family = presence.find(items[i].id & kFamilyMask);
-        family != presence.end() && !codes.empty()) {
-      codes.insert(family->second);
+    const FamilyData* family = family_of(items[i].id);
+    if (family != nullptr && !codes.empty()) {
+      codes.insert(family->presence_code);
     } else {
       codes = {0};
     }

@@ -48,8 +48,12 @@ void DirectDevice::require_none_but(std::initializer_list<std::filesystem::path>
 std::optional<DirectDevice> DirectDevice::in_process() {
   void* library = loaded_library();
   void* entry = library == nullptr ? nullptr : dlsym(library, kReadEntry);
-  return entry == nullptr ? std::nullopt
-                          : std::optional(DirectDevice(reinterpret_cast<ReadEntry*>(entry)));
+  if (entry == nullptr) {
+    return std::nullopt;
+  }
+  void* redacted = dlsym(library, "KovaSimulatorIsRedacted");
+  return DirectDevice(reinterpret_cast<ReadEntry*>(entry),
+                      reinterpret_cast<RedactedEntry*>(redacted));
 }
 
 DeviceAnswer DirectDevice::read(uint32_t code) const {

@@ -37,14 +37,20 @@ class DirectDevice {
   // The library if it is in the process with its read entry, as it is after a start of the module.
   static std::optional<DirectDevice> in_process();
 
+  // True if the library tells that it has a blank for what this code holds: a recording, replayed,
+  // whose private words were left out.
+  bool is_redacted(uint32_t code) const { return redacted_ != nullptr && redacted_(code) != 0; }
+
   // One read at a time, and none while the module is at work, as with the module's own.
   DeviceAnswer read(uint32_t code) const;
 
  private:
   using ReadEntry = uint32_t(uint32_t, uint32_t*);
-  explicit DirectDevice(ReadEntry* entry) : read_(entry) {}
+  using RedactedEntry = uint32_t(uint32_t);
+  DirectDevice(ReadEntry* get, RedactedEntry* redacted) : read_(get), redacted_(redacted) {}
 
   ReadEntry* read_;
+  RedactedEntry* redacted_;  // null for a library without it
 };
 
 }  // namespace kova_host

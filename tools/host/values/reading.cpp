@@ -8,6 +8,7 @@
 
 #include "include/kova_iot.h"
 #include "tools/host/model/item_data.h"
+#include "tools/host/session/direct_device.h"
 
 namespace kova_host {
 namespace {
@@ -59,6 +60,40 @@ bool does_not_apply(const Item& item, uint32_t status) {
   return item.kind.has_value() && family != nullptr && status == family->status_without_value;
 }
 
+// Texts alone are blanked, and those that a blank takes along.
+bool is_redacted(const Item& item) {
+  const auto device = item.kind == ValueKind::text ? DirectDevice::in_process() : std::nullopt;
+  return device && std::any_of(item.facts.codes.begin(), item.facts.codes.end(),
+                               [&](uint32_t code) { return device->is_redacted(code); });
+}
+
+// The status of the first of a text's words that cannot be read; 0 if all can.
+uint32_t failing_word(const Item& item) {
+  const bool has_words = item.facts.role == Role::identity && item.facts.codes.size() > 1;
+  const auto device = has_words ? DirectDevice::in_process() : std::nullopt;
+  if (device) {
+    for (const uint32_t code : item.facts.codes) {
+      if (const uint32_t status = device->read(code).status; status != 0) {
+        return status;
+      }
+    }
+  }
+  return 0;
+}
+
+// What the words say of a value that the module gave.
+Reading looked_into(const Item& item, Reading reading) {
+  if (is_redacted(item)) {
+    reading = {Reading::State::absent, IOT_STATUS_SUCCESS, {}};
+    reading.redacted = true;
+  } else if (const auto* text = std::get_if<std::string>(&reading.value)) {
+    if (const uint32_t status = failing_word(item); status != 0) {
+      reading = {Reading::State::failed, status, {}, *text};
+    }
+  }
+  return reading;
+}
+
 Reading read_as(const Session& session, const Item& item, ValueKind kind) {
   const JsonPtr json = preset(kind);
   Reading reading;
@@ -67,8 +102,9 @@ Reading read_as(const Session& session, const Item& item, ValueKind kind) {
   const auto* text = std::get_if<std::string>(&value);
   if (does_not_apply(item, reading.status) || (text != nullptr && *text == "N/A")) {
     reading.state = Reading::State::absent;
+    reading.redacted = is_redacted(item);
   } else if (status_allows_value(item.id, reading.status) && value.index() != 0) {
-    reading = {Reading::State::good, IOT_STATUS_SUCCESS, std::move(value)};
+    reading = looked_into(item, {Reading::State::good, IOT_STATUS_SUCCESS, std::move(value)});
   }
   return reading;
 }

@@ -23,6 +23,10 @@ struct Reading {
   State state = State::failed;
   uint32_t status = 0;  // as the module returned it; 0 for a good reading
   std::variant<std::monostate, int64_t, double, std::string> value;
+  // Of a text that failed because some of its words did: what the module made of the others.
+  std::string in_part = {};
+  // Absent, as the recording that is replayed has a blank in the value's place.
+  bool redacted = false;
 
   // The value of a numeric item.
   std::optional<double> number() const;
@@ -30,6 +34,9 @@ struct Reading {
 
 using Readings = std::map<uint32_t, Reading>;
 
+// The module publishes a text of several words although some of them cannot be read, with others in
+// their place. Where the device library can be asked for the words, such a text fails with the
+// status of the first that does. Texts that can change by themselves fail as a whole.
 Reading read_item(const Session& session, const Item& item);
 
 // Reads each ID once; an item that fails does not stop the others.

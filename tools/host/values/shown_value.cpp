@@ -39,6 +39,9 @@ std::string plain_value(const Reading& reading) {
   if (const auto* text = std::get_if<std::string>(&reading.value)) {
     return printable(*text);
   }
+  if (reading.redacted) {
+    return "redacted";
+  }
   return reading.state == Reading::State::absent ? "N/A" : "unreadable";
 }
 
@@ -62,6 +65,10 @@ std::string value_with_unit(const Item& item, const Reading& reading) {
 }
 
 std::string failure_text(const Item& item, const Reading& reading) {
+  if (!reading.in_part.empty()) {
+    return fmt::format("in part only, '{}': {}", printable(reading.in_part),
+                       read_failure(reading.status));
+  }
   if (!item.missing) {
     return read_failure(reading.status);
   }

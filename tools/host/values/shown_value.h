@@ -11,7 +11,7 @@ namespace kova_host {
 std::string short_number(double value);
 
 // The value alone, in full: at most fifteen significant digits; "N/A" for an item that has
-// none at present, "unreadable" after a failure.
+// none at present, "redacted" where a recording has a blank, "unreadable" after a failure.
 std::string plain_value(const Reading& reading);
 
 // "48.2 V", "1 (Enable)", "PC mode", "N/A", "unreadable: the device did not answer (0x5)".
