@@ -1,4 +1,4 @@
-"""What the pages tell of commands, endpoints and metrics, against what there is."""
+"""What the pages tell of commands, endpoints, metrics and tests, against what there is."""
 import json
 import os
 import pathlib
@@ -61,6 +61,25 @@ class Endpoints(unittest.TestCase):
             told = {path.rstrip("/") for path in re.findall(
                 r"^(?:\.BR?|\|) `?(/[a-z0-9/]+)", text, re.MULTILINE)}
             self.assertEqual(served, told, f"{page} against tools/exporter")
+
+
+class Security(unittest.TestCase):
+    def test_each_claim_is_held_by_something_that_there_is(self):
+        tests = set()
+        for file in (SOURCE / "tests").glob("**/*_test.*"):
+            group = None
+            for kind, name, method in re.findall(
+                    r"^ *(class |TEST\w*\(|def )(\w+)(?:, (\w+))?", file.read_text(), re.MULTILINE):
+                group = name if kind == "class " else group
+                tests.add(f"{name}.{method}" if method else f"{group}.{name}")
+        claims = re.findall(r"^\| (?!What holds)(?=\w)(.*) \|(.*)\|$", read("docs/security.md"),
+                            re.MULTILINE)
+        self.assertTrue(claims)
+        for claim, holders in claims:
+            named = re.findall("`([^`]+)`", holders)
+            self.assertTrue(named, f"nothing holds: {claim}")
+            for name in named:
+                self.assertTrue(name in tests or (SOURCE / name).is_file(), f"{name}: {claim}")
 
 
 class Metrics(unittest.TestCase):
