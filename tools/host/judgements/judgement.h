@@ -86,7 +86,7 @@ struct Judgement {
   std::string_view subject = {};     // of the sentence, where it is not an item
   std::string_view says = {};    // the sentence after its subject: "stands still while others turn"
   std::string_view mark = {};    // the same beside a value: "STOPPED"
-  std::string_view when = {};    // the row of docs/fleet.md: fires when ...; {limit}
+  std::string_view when = {};    // the row of docs/fleet.md: fires when ...; {limit}, {percent}
   std::string_view action = {};  // what to do; {id} is the item's
   std::string_view expression = {};  // the condition in PromQL; {limit}
   std::string_view shown = {};       // PromQL's $value as the sentence's end; "" for none
