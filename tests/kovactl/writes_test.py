@@ -48,7 +48,9 @@ class Writes(TestCase):
         ))
 
     def test_an_unlisted_id_is_written_to_if_that_is_said(self):
-        self.check_words(((["set", "0x14160799=1", "--unlisted"], 0, "written\n", FORGETS),))
+        result = run("--simulate set 0x14160799=1 --unlisted")
+        self.assertEqual((result.exit_code, result.out), (1, ""))  # it cannot be read back
+        self.assertIn("1 was sent to 0x14160799", result.err)
 
     def test_each_outcome_is_told(self):
         result = run("--simulate set 0x14160716=15 0x14140B01=0 --json")
