@@ -8,10 +8,12 @@
 #include <set>
 
 #include "tools/host/export/json_report.h"
+#include "tools/host/model/status_text.h"
 #include "tools/host/record/comparison.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/system/regular_file.h"
+#include "tools/host/system/typed_number.h"
 #include "tools/host/values/shown_value.h"
 #include "tools/kovactl/child_process.h"
 #include "tools/kovactl/command_support.h"
@@ -29,8 +31,16 @@ constexpr const char* kNow = "now";
 struct DiffOptions {
   std::string before;
   std::string after;
+  std::string at;
   bool json = false;
   bool all = false;
+};
+
+// A machine to compare; `later` only of a recording.
+struct Side {
+  std::string name;
+  Listing listing;
+  std::optional<std::vector<LaterFailure>> later;
 };
 
 // What this program prints for such arguments.
@@ -45,12 +55,15 @@ std::string output_of(const std::vector<std::string>& arguments) {
 }
 
 // A child plays the recording: a process has one device library for all its life.
-Listing play(const GlobalOptions& globals, const std::string& file) {
+Side play(const GlobalOptions& globals, const std::string& file, const std::string& at) {
   std::vector<std::string> arguments = {"--simulate", fs::absolute(file)};
   if (!globals.host.module.empty()) {
     arguments.insert(arguments.end(), {"--module", globals.host.module});
   }
-  arguments.insert(arguments.end(), {"list", "--json"});
+  arguments.insert(arguments.end(), {"list-recording", "--json"});
+  if (!at.empty()) {
+    arguments.insert(arguments.end(), {"--at", at});
+  }
   const std::string json = output_of(arguments);
   const JsonPtr document(json_loadb(json.data(), json.size(), 0, nullptr));
   const char* message =
@@ -60,7 +73,16 @@ Listing play(const GlobalOptions& globals, const std::string& file) {
     const std::string text = message;
     throw HostError(Fault::usage, text.find(file) == std::string::npos ? file + ": " + text : text);
   }
-  return listing_from(parse_list_document(json, file));
+  std::vector<LaterFailure> later;
+  const json_t* failures = json_object_get(document.get(), "later");
+  for (size_t i = 0; i < json_array_size(failures); ++i) {
+    const json_t* failure = json_array_get(failures, i);
+    const auto id = parse_item_id(json_string_value(json_object_get(failure, "id")));
+    later.push_back({id.value_or(0),
+                     std::chrono::milliseconds(json_integer_value(json_object_get(failure, "ms"))),
+                     static_cast<uint32_t>(json_integer_value(json_object_get(failure, "code")))});
+  }
+  return {file, listing_from(parse_list_document(json, file)), std::move(later)};
 }
 
 std::string read_whole(const std::string& file) {
@@ -73,13 +95,71 @@ std::string read_whole(const std::string& file) {
   }
 }
 
-Listing listing_of(const GlobalOptions& globals, const std::string& name) {
+Side side_of(const GlobalOptions& globals, const std::string& name, const std::string& at) {
   if (name == kNow) {
-    return list_machine(*open_session(globals));
+    return {name, list_machine(*open_session(globals)), {}};
   }
   const std::string text = read_whole(name);
-  return is_list_document(text) ? listing_from(parse_list_document(text, "'" + name + "'"))
-                                : play(globals, name);
+  if (is_list_document(text)) {
+    return {name, listing_from(parse_list_document(text, "'" + name + "'")), {}};
+  }
+  return play(globals, name, at);
+}
+
+const Item& item_of(const Side& side, const LaterFailure& failure) {
+  return std::find_if(side.listing.begin(), side.listing.end(),
+                      [&](const ListedItem& listed) { return listed.item.id == failure.id; })
+      ->item;
+}
+
+// As --at takes it, to the millisecond.
+std::string seconds_text(std::chrono::milliseconds time) {
+  return fmt::format("{:.12g}s", static_cast<double>(time.count()) / 1000);
+}
+
+// What fails later in a recording, up to so many lines.
+std::string later_text(const Side& side) {
+  constexpr size_t kMostLines = 8;
+  std::string text;
+  if (!side.later || side.later->empty()) {
+    return text;
+  }
+  for (const LaterFailure& failure : *side.later) {
+    if (&failure - side.later->data() == kMostLines) {
+      text += fmt::format("later in {}: {} more\n", printable(side.name),
+                          side.later->size() - kMostLines);
+      break;
+    }
+    text += fmt::format("later in {}: {} fails at {}: {}\n", printable(side.name),
+                        printable(path_of(item_of(side, failure))), seconds_text(failure.time),
+                        read_failure(failure.status));
+  }
+  return text;
+}
+
+// True if something fails later in one of two recordings only.
+bool differs_later(const Side& before, const Side& after) {
+  const auto ids = [](const std::vector<LaterFailure>& later) {
+    std::set<uint32_t> result;
+    for (const LaterFailure& failure : later) {
+      result.insert(failure.id);
+    }
+    return result;
+  };
+  return before.later && after.later && ids(*before.later) != ids(*after.later);
+}
+
+void append_later(const JsonPtr& array, const char* side_name, const Side& side) {
+  for (const LaterFailure& failure : side.later.value_or(std::vector<LaterFailure>())) {
+    JsonPtr entry = own(json_object());
+    put(entry, "in", json_text(side_name));
+    put(entry, "id", json_text(id_text(failure.id)));
+    put(entry, "path", json_text(path_of(item_of(side, failure))));
+    put(entry, "at", own(json_real(static_cast<double>(failure.time.count()) / 1000)));
+    put(entry, "failure", json_text(read_failure(failure.status)));
+    put_status(entry, failure.status);
+    append(array, std::move(entry));
+  }
 }
 
 // Memory modules pad their texts with blanks.
@@ -226,31 +306,38 @@ JsonPtr json_change(const Change& change) {
   return object;
 }
 
-std::string json_text_of(const Comparison& comparison) {
+std::string json_text_of(const Comparison& comparison, const Side& before, const Side& after) {
   JsonPtr changes = own(json_array());
   for (const Change& change : comparison.changes) {
     append(changes, json_change(change));
   }
   JsonPtr document = own(json_object());
   put(document, "ok", own(json_true()));
-  put(document, "same", own(json_boolean(comparison.changes.empty())));
+  put(document, "same",
+      own(json_boolean(comparison.changes.empty() && !differs_later(before, after))));
   put(document, "compared", own(json_integer(static_cast<json_int_t>(comparison.compared))));
   put(document, "moving", own(json_integer(static_cast<json_int_t>(comparison.moving))));
   put(document, "changes", std::move(changes));
+  JsonPtr later = own(json_array());
+  append_later(later, "before", before);
+  append_later(later, "after", after);
+  put(document, "later", std::move(later));
   return json_document(document.get(), JsonLayout::indented);
 }
 
 ExitCode run_diff(const GlobalOptions& globals, const DiffOptions& options) try {
-  const Listing before = listing_of(globals, options.before);
-  const Listing after = listing_of(globals, options.after);
-  const Comparison comparison = compare(before, after, options.all);
+  const Side before = side_of(globals, options.before, options.at);
+  const Side after = side_of(globals, options.after, options.at);
+  const Comparison comparison = compare(before.listing, after.listing, options.all);
   if (options.json) {
-    print(json_text_of(comparison));
+    print(json_text_of(comparison, before, after));
   } else {
-    const Groups groups(comparison.changes, before, after);
-    print(changes_text(comparison.changes, groups) + summary(comparison));
+    const Groups groups(comparison.changes, before.listing, after.listing);
+    print(changes_text(comparison.changes, groups) + summary(comparison) + later_text(before) +
+          later_text(after));
   }
-  return comparison.changes.empty() ? ExitCode::success : ExitCode::item_failed;
+  return comparison.changes.empty() && !differs_later(before, after) ? ExitCode::success
+                                                                     : ExitCode::item_failed;
 } catch (const HostError& error) {
   // As with diff(1), 1 says that there are differences, and all trouble is 2.
   throw HostError(Fault::usage, error.what(), error.status());
@@ -268,6 +355,8 @@ void add_diff(CommandLine& line) {
   command.add_option("A", options->before, "A recording, a file of list --json, or 'now'")
       ->required();
   command.add_option("B", options->after, "The same, for the newer one")->required();
+  command.add_option("--at", options->at, "Compare recordings at this time since they began")
+      ->type_name("TIME");
   command.add_flag("--all", options->all, "Show measured values that merely moved as well");
   command.add_flag("--json", options->json, "Print JSON");
 }

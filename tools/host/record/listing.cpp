@@ -1,11 +1,16 @@
 // A machine's items with their readings at one time.
 #include "tools/host/record/listing.h"
 
+#include <fmt/format.h>
+
 #include <map>
 #include <set>
 
 #include "tools/host/model/selection.h"
+#include "tools/host/record/replay_walk.h"
 #include "tools/host/session/inventory.h"
+#include "tools/host/system/duration.h"
+#include "tools/host/system/errors.h"
 
 namespace kova_host {
 namespace {
@@ -34,6 +39,36 @@ Listing list_machine(const Session& session) {
     listing.push_back({item, readings.at(item.id)});
   }
   return listing;
+}
+
+RecordedListing list_recording(const Replay& replay, const Session& session,
+                               std::chrono::milliseconds at) {
+  if (at >= replay.length()) {
+    throw HostError(Fault::usage, fmt::format("the recording ends at {}: it has nothing at {}",
+                                              duration_text(replay.length()), duration_text(at)));
+  }
+  const std::vector<Item> items = distinct(Inventory::of(session).items());
+  RecordedListing result;
+  Readings readings;
+  std::set<uint32_t> failed;
+  ReplayWalk walk(replay, session, items, std::chrono::seconds(1));
+  while (walk.next([](const Item&) { return true; })) {
+    if (walk.time() <= at) {
+      readings = walk.readings();
+      continue;
+    }
+    for (const uint32_t id : walk.fresh()) {
+      const Reading& reading = walk.readings().at(id);
+      if (reading.state == Reading::State::failed &&
+          readings.at(id).state != Reading::State::failed && failed.insert(id).second) {
+        result.later.push_back({id, walk.time(), reading.status});
+      }
+    }
+  }
+  for (const Item& item : items) {
+    result.listing.push_back({item, readings.at(item.id)});
+  }
+  return result;
 }
 
 Listing listing_from(const std::vector<ListedItem>& listed) {
