@@ -166,6 +166,9 @@ void Server::serve() {
   }
   if (!later_.empty()) {
     resume_next_request();
+    MHD_run(daemon_);
+    // Who has come meanwhile is let in here, and answered below, before the next that takes long.
+    MHD_run(daemon_);
   }
   MHD_run(daemon_);
   clients_.cut_off();
