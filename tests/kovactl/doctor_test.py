@@ -149,6 +149,18 @@ class Doctor(TestCase):
 
 class Expected(TestCase):
     """Items that a machine should have, or had once."""
+    def test_one_garbled_count_makes_no_modules(self):
+        whole = len(run("--simulate list --json").json["items"])
+        for read in range(2, 9):
+            garbled = self.machine(clock={"step_ms": 0}, codes={"0x00A00000": {"trace": [
+                [0, 2, {"word": 0xFFFFFFFF, "read": read}, {"word": 2, "read": read + 1}]]}})
+            with self.subTest(read=read):
+                listed = run([*garbled, "list", "--json"])
+                self.assertEqual((listed.exit_code, len(listed.json["items"])), (0, whole))
+        # What stands is believed.
+        dead = self.machine(codes={"0x00A00000": 3})
+        self.assertEqual(len(run([*dead, "list", "--json"]).json["items"]), whole + 14)
+
     def test_dead_sensor_does_not_vanish(self):
         dead = self.machine(codes={"0x00822005": {"fail_read": 5}, "0x00600000": {"fail_read": 5}})
         listed = run([*dead, "list", "--json"])

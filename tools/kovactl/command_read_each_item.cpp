@@ -15,6 +15,7 @@ namespace {
 
 void load_device_library() {
   for (const char* file : kDeviceLibraryFiles) {
+    print(fmt::format("the loading of {}\n", file));
     if (dlopen(file, RTLD_LAZY) != nullptr) {
       return;
     }

@@ -18,6 +18,11 @@ namespace {
 void* open_library(LibraryAttempt& attempt) {
   std::error_code error;
   attempt.exists = std::filesystem::exists(attempt.file, error);
+  if (attempt.exists && !std::filesystem::is_regular_file(attempt.file, error)) {
+    // To open a FIFO, if only to look at it, would last until somebody writes to it.
+    attempt.error = attempt.file + ": no regular file";
+    return nullptr;
+  }
   void* library = dlopen(attempt.file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
   if (library == nullptr && attempt.exists) {
     library = dlopen(attempt.file.c_str(), RTLD_LAZY | RTLD_LOCAL);

@@ -36,7 +36,30 @@ uint32_t packages_in(const std::vector<Item>& items, const std::string& family) 
   return static_cast<uint32_t>(packages.size());
 }
 
-std::vector<Item> expected_items(const Session& session, const std::vector<Item>& published) {
+// True if the first word of the instance can be read.
+bool answers(const FamilyData& family, uint32_t number, const ReadWord& read) {
+  const std::vector<Item> items = family.items(1);
+  return !items.empty() && !items.front().facts.codes.empty() &&
+         read(items.front().facts.codes.front() + (number - 1) * family.instances->code_step);
+}
+
+// Leaves out the instances above `count`.
+void let_go(const FamilyData& family, uint32_t count, std::vector<Item>& published) {
+  std::set<uint32_t> kept;
+  for (const Item& item : family.items(count)) {
+    kept.insert(item.id);
+  }
+  std::set<uint32_t> known;
+  for (const Item& item : family.items(family.instances->max)) {
+    known.insert(item.id);
+  }
+  std::erase_if(published, [&](const Item& item) {
+    return item.family == family.name && known.contains(item.id) && !kept.contains(item.id);
+  });
+}
+
+// Of the document's items those of instances that the device never had are left out.
+std::vector<Item> expected_items(const Session& session, std::vector<Item>& published) {
   const auto device = DirectDevice::in_process();
   const ReadWord read = [&device](uint32_t code) -> std::optional<uint32_t> {
     if (!device) {
@@ -50,8 +73,12 @@ std::vector<Item> expected_items(const Session& session, const std::vector<Item>
     if (!has_family(published, family.name) && !answers_as_present(session, family)) {
       continue;
     }
-    const uint32_t counted = family.instances ? count_instances(*family.instances, read) : 1;
-    std::vector<Item> items = family.items(std::max(counted, packages_in(published, family.name)));
+    uint32_t count = 1;
+    if (family.instances) {
+      count = instances_there(family, packages_in(published, family.name), read);
+      let_go(family, count, published);
+    }
+    std::vector<Item> items = family.items(count);
     std::move(items.begin(), items.end(), std::back_inserter(expected));
   }
   return expected;
@@ -72,10 +99,25 @@ uint32_t count_instances(const InstanceRule& rule, const ReadWord& read) {
   for (const CountRule& count : rule.counted_by) {
     const auto word = read(count.code);
     if (word && (!count.equals || *word == *count.equals)) {
-      return std::min(count.equals ? count.count : *word, rule.max);
+      const uint32_t counted = count.equals ? count.count : *word;
+      return counted <= rule.max ? counted : 0;
     }
   }
   return 0;
+}
+
+uint32_t instances_there(const FamilyData& family, uint32_t published, const ReadWord& read) {
+  const InstanceRule& rule = *family.instances;
+  const uint32_t first = count_instances(rule, read);
+  const uint32_t second = count_instances(rule, read);
+  // The module walks a garbled count to the end of what there can be.
+  const bool is_walked = published == rule.max && !rule.counted_by.back().equals;
+  const uint32_t sure = first == second && first > 0 ? first : is_walked ? 0 : published;
+  uint32_t count = std::max({published, first, second});
+  while (count > sure && !answers(family, count, read)) {
+    --count;
+  }
+  return count;
 }
 
 Inventory Inventory::of(const Session& session) {

@@ -15,8 +15,8 @@ namespace kova_host {
 class Inventory {
  public:
   // Of the started module's machine. A family is there if the document has it, or if a read of one
-  // of its items answers anything but IOT_STATUS_NOT_READY; ports and modules are as many as the
-  // device counts. Asks the device about families that the document lacks, and for the counts.
+  // of its items answers anything but IOT_STATUS_NOT_READY; ports and modules are as many as
+  // instances_there() finds. Asks the device about families that the document lacks, and for the counts.
   // Throws HostError (no_device) if there is no document.
   static Inventory of(const Session& session);
 
@@ -34,8 +34,14 @@ class Inventory {
   std::vector<Item> items_;
 };
 
-// How many instances the device counts, 0 when it does not answer; at most the rule's `max`.
+// How many instances the device counts; 0 when it does not answer, or with more than the rule's
+// `max`, which is no count.
 using ReadWord = std::function<std::optional<uint32_t>(uint32_t code)>;
 uint32_t count_instances(const InstanceRule& rule, const ReadWord& read);
+
+// How many instances there are of a family that has some, where the document has `published`. The
+// device's count can be garbled, now or when the module has read it: a count holds if it stands
+// twice, and an instance above it if its first word can be read.
+uint32_t instances_there(const FamilyData& family, uint32_t published, const ReadWord& read);
 
 }  // namespace kova_host
