@@ -3,7 +3,6 @@ import concurrent.futures
 import json
 import os
 import pathlib
-import re
 import signal
 import socket
 import subprocess
@@ -208,19 +207,6 @@ class Program(unittest.TestCase):
                 told += manager.recv(4096).decode() + "\n"
             self.assertEqual((told.count("READY=1"), told.count("WATCHDOG=1")), (1, 0))
             self.assertEqual(exporter.terminate()[0], 0)
-
-    def test_every_path_is_documented(self):
-        root = pathlib.Path(__file__).parents[2]
-        manual = re.sub(r'\\f.|[",]', "", (root / "tools/exporter/kova-exporter.1").read_text())
-        guide = (root / "docs/exporter.md").read_text()
-        usage = subprocess.check_output([PROGRAM, "--help"], text=True)
-        paths = re.findall(r"(?m)^  (/\S*) ", usage.partition("Paths:\n")[2])
-        self.assertIn("/metrics", paths)
-        for path in paths:
-            with self.subTest(path=path):
-                plain = re.escape(path.partition("?")[0])
-                self.assertRegex(manual, rf"(?m)^\.BR? (.* )?{plain}( |$)")
-                self.assertIn(f"| `{path}` |", guide)
 
     def test_what_cannot_be_done_is_told_in_one_line(self):
         with socket.socket() as taken:

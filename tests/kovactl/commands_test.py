@@ -1,5 +1,4 @@
 """The commands of the built kovactl, with the plug-in, on simulated machines."""
-import pathlib
 import re
 import unittest
 
@@ -156,32 +155,20 @@ class Commands(TestCase):
                 self.assertEqual(result.err, f"kovactl: {result.json['error']['message']}\n")
                 self.assertEqual(result.json["error"]["exit_code"], 2)
 
-    def test_every_command_and_option_is_documented(self):
+    def test_every_command_is_completed_and_has_an_example(self):
         def complete(*words):
             return run(["complete", "--", *words]).out.splitlines()
 
-        page = (pathlib.Path(__file__).parents[2] / "tools/kovactl/kovactl.1").read_text()
-        page = page.replace("\\-", "-").replace("\\fR", "").replace("\\fB", "")
         commands = complete("=")
         help_text = run("--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
         self.assertEqual(commands, re.findall(r"^  ([a-z-]+) ", help_text, re.M))
         self.assertIn("list", commands)
-        hidden = {"complete", "read-each-item"}
-        self.assertFalse(hidden & set(commands), "they are not for people")
-        sources = pathlib.Path(__file__).parents[2].glob("tools/kovactl/command_*.cpp")
-        written = re.findall(r'\.add\(\s*\{"([a-z-]+)"', "".join(map(pathlib.Path.read_text, sources)))
-        self.assertEqual(set(written), hidden | set(commands), "tools/kovactl/commands.cpp")
+        self.assertFalse({"complete", "read-each-item"} & set(commands), "they are not for people")
         for command in commands:
             with self.subTest(command=command):
                 result = run(f"{command} --help")
                 self.assertEqual(result.exit_code, 0)
                 self.assertIn("Example:\n  kovactl ", result.out)
-                section = re.search(rf"^\.SS {command}\b(.*?)^\.S[SH]", page, re.S | re.M)
-                self.assertTrue(section, "no section in the man page")
-                for option in set(complete("=--", command)) - set(complete("=--")):
-                    self.assertIn(option, section[1])
-                for option in re.findall(r'^\.BI (--[a-z-]+ " [A-Z]+)', section[1], re.M):
-                    self.assertIn(option.replace('"', "").replace("  ", " "), result.out)
 
     def test_completion_asks_no_device(self):
         for words, completed in (

@@ -30,6 +30,14 @@ COMMANDS = options_of()["Subcommands"]
 
 
 class Commands(unittest.TestCase):
+    def test_each_that_is_written_is_there(self):
+        for file in sorted((SOURCE / "tools/kovactl").glob("command_*.cpp")):
+            for name in re.findall(r'\.add\(\s*\{"([a-z-]+)"', file.read_text()):
+                with self.subTest(name):
+                    found = subprocess.run([os.environ["KOVACTL"], name, "--help"], check=False,
+                                           capture_output=True)
+                    self.assertEqual(found.returncode, 0, "tools/kovactl/commands.cpp lacks it")
+
     def test_the_manual_has_each_with_its_options(self):
         sections = {section.split()[0]: section for section in
                     re.split(r"^\.SS ", manual("tools/kovactl/kovactl.1"), flags=re.MULTILINE)[1:]}
@@ -38,6 +46,9 @@ class Commands(unittest.TestCase):
             told = set(re.findall(r"--[a-z-]*[a-z]", sections[command]))
             self.assertLessEqual(set(options_of(command)["Options"]) - {"--help"}, told,
                                  f"tools/kovactl/kovactl.1 lacks options of {command}")
+            own = sections[command].partition("\n.SH ")[0]
+            named = re.findall(r"^\.B[IR]? (--[a-z-]+)", own, re.MULTILINE)
+            self.assertLessEqual(set(named), set(options_of(command)["Options"]), command)
 
     def test_json_has_a_contract(self):
         parts = json.loads(read("docs/json.schema.json"))
@@ -53,14 +64,16 @@ class Commands(unittest.TestCase):
 
 class Endpoints(unittest.TestCase):
     def test_pages_have_each(self):
-        sources = "".join(file.read_text() for file in (SOURCE / "tools/exporter").glob("*.cpp"))
-        served = {path.rstrip("/") for path in re.findall(r'"(/[a-z0-9/]+)"', sources)}
+        usage = subprocess.run([os.environ["KOVA_EXPORTER"], "--help"], check=True,
+                               capture_output=True, text=True).stdout.partition("Paths:\n")[2]
+        served = {path.rstrip("/") for path in re.findall(r"^  (/[a-z0-9/]+)", usage, re.MULTILINE)}
+        self.assertIn("/metrics", served)
         for page, text in (("docs/exporter.md", read("docs/exporter.md")),
                            ("tools/exporter/kova-exporter.1", manual("tools/exporter/kova-exporter.1"))):
             # In the manual's section or the page's table, with what parts and parameters follow.
             told = {path.rstrip("/") for path in re.findall(
                 r"^(?:\.BR?|\|) `?(/[a-z0-9/]+)", text, re.MULTILINE)}
-            self.assertEqual(served, told, f"{page} against tools/exporter")
+            self.assertEqual(served, told, f"{page} against tools/exporter/site.cpp")
 
 
 class Security(unittest.TestCase):
