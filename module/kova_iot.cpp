@@ -8,6 +8,9 @@
 
 namespace {
 
+// Tells a reader of the file which release it is; nothing in the process looks at it.
+[[gnu::used]] const char kReleaseMark[] = "KOVA-IOT-RELEASE " KOVA_IOT_VERSION;
+
 // The single manager. It is left alone at unload: a host that exits without a shutdown, perhaps
 // while another thread still waits for the device, must not have it pulled away.
 KovaDevice* kova_dev = nullptr;

@@ -122,7 +122,7 @@ class Commands(TestCase):
             ("lst --help", 2, "", "no command 'lst': did you mean 'list'?"),
             ("check --help", 0, "Exit codes: 0 OK, 1 WARNING, 2 CRITICAL, 3 UNKNOWN.", ""),
             ("help gte", 2, "", "no command 'gte': did you mean 'get'?"),
-            ("-V", 0, f"kovactl {VERSION}\n", ""),
+            ("-V", 0, f"libKovaIoT.so, release {VERSION}\n", ""),
             ("--simulate get", 2, "", "ITEM or --family is required"),
             ("--simulate list --family nosuch", 2, "", "only: SDRAM, SMART BATTERY"),
             ("--simulate list extra", 2, "", "no item 'extra'"),
@@ -139,7 +139,8 @@ class Commands(TestCase):
             ("--simulate watch --count -1", 2, "", "'-1' is no number of samples"),
             ("--simulate senml --base-name a,b", 2, "", "base name"),
             (["get", "--simulate", "failing-reads", "IGN status"], 0, "OFF", ""),  # shipped
-            ("--version", 0, f"kovactl {VERSION}\n", ""),
+            ("--version", 0, f"kovactl {VERSION}\nmodule ", ""),
+            ("--module /etc/passwd --version", 0, f"kovactl {VERSION}\nmodule /etc/passwd\n", ""),
         ))
 
     def test_errors_are_one_json_document_too(self):

@@ -9,6 +9,7 @@
 #include "tools/host/judgements/judge.h"
 #include "tools/host/model/status_text.h"
 #include "tools/host/session/diagnosis.h"
+#include "tools/host/session/module_release.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/values/shown_value.h"
@@ -276,7 +277,8 @@ ExitCode examine(const GlobalOptions& globals, const RulesFile& rules, Record& r
     record.advise("name the module's file with --module, or install the package kova-iot again");
     return ExitCode::no_device;
   }
-  record.add("module", Verdict::ok, "module: " + module->file().native());
+  record.add("module", Verdict::ok,
+             "module: " + module->file().native() + release_text(module->file()));
   std::unique_ptr<Session> session;
   std::string refusal;
   try {

@@ -8,6 +8,7 @@
 
 #include "include/kova_iot.h"
 #include "tools/host/session/locations.h"
+#include "tools/host/session/module_release.h"
 #include "tools/host/system/duration.h"
 #include "tools/host/system/nearest.h"
 
@@ -64,7 +65,14 @@ CommandLine::CommandLine()
                   "End when the device takes longer than this to answer, check when it takes "
                   "longer in all (10 by default); 0: wait for ever")
       ->type_name("TIME");
-  app_.set_version_flag("-V,--version", "kovactl " KOVA_IOT_VERSION, "Print the version and exit");
+  app_.set_version_flag(
+      "-V,--version",
+      [this] {
+        const std::string module = module_.empty() ? module_library().native() : module_;
+        return fmt::format("kovactl {}\nmodule {}{}", KOVA_IOT_VERSION, module,
+                           release_text(module));
+      },
+      "Print the releases of kovactl and of the module, and exit");
   app_.footer(fmt::format("Exit codes: {}.\nExample:\n  kovactl --simulate list", kUsualExitCodes));
   app_.require_subcommand(1);
 }
