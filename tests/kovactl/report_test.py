@@ -84,12 +84,12 @@ class Reports(TestCase):
                        *second(2 * third, "0x822005", {"status": 6}, 3000)]
             # A machine that moves all the time is thinned out.
             moments += [[1000 * t, "0x820000", 3000 + t % 2] for t in range(1, length)]
-            recording.write_text(json.dumps({"base": "builtin", "trace": {
+            recording.write_text(json.dumps({"base": BASE, "trace": {
                 "moments": sorted(moments, key=lambda m: m[0]), "seconds": length}}))
             with self.subTest(hours=hours):
                 result = self.report("--from", str(recording), "--interval", "1s")
                 self.assertEqual(result.exit_code, 1, result.err)
-                self.assertIn("2 of 129 items failed", result.err)
+                self.assertIn(f"2 of {item_count()} items failed", result.err)
                 report = self.content()
                 self.assertEqual({id: told["count"] for id, told in report["failures"].items()},
                                  {"0x14170311": 2, "0x14170313": 2})
