@@ -33,7 +33,7 @@ MACHINE = {
         "0x00A00011..0x00A00015": {"text": HOSTILE},
     },
 }
-PROBLEMS = [("CycleCount", "the device did not answer (0x6E)"), ("TRK7K VTIN 1", "above the highest of 100")]
+PROBLEMS = [("CycleCount", "the device did not answer (0x6E)"), ("TRK7K VTIN 1", "is outside its published range")]
 PART_NUMBER = "0x14181101"
 FAN = "0x14170311"
 CURRENT = "0x14140401"  # of the first port

@@ -9,6 +9,7 @@
 #include "include/kova_iot.h"
 #include "tests/exporter/sample.h"
 #include "tools/exporter/log.h"
+#include "tools/host/judgements/judgement_table.h"
 #include "tools/page/api_document.h"
 
 namespace kova_exporter {
@@ -50,8 +51,11 @@ TEST(Documents, EventsAreWhole) {
   EXPECT_EQ(kova_page::sweep_event(*sample_sweep(7, 0), kUp),
             "event: sweep\nid: 7\ndata: {" + kUpText +
                 R"~(,"values":[3000,null,"a \"b\""],"failed":{"1":{"failure":)~"
-                R"~("the device did not answer (0x5)","status":null,"code":5}}})~"
-                "\n\n");
+                R"~("the device did not answer (0x5)","status":null,"code":5}},"findings":[)~"
+                R"~({"rule":"unreadable","severity":"critical","id":"0x14170312",)~"
+                R"~("path":"F/P/fan 2","message":"cannot be read: the device did not answer )~"
+                R"~((0x5)","action":")~" +
+                std::string(kova_host::find_judgement("unreadable")->action) + "\"}]}\n\n");
   EXPECT_EQ(kova_page::status_event(kWaiting), "event: status\ndata: {" + kWaitingText + "}\n\n");
 }
 

@@ -5,9 +5,12 @@
 
 #include <cmath>
 #include <iterator>
+#include <set>
 
 #include "include/kova_iot.h"
 #include "tools/host/export/json_report.h"
+#include "tools/host/judgements/finding_json.h"
+#include "tools/host/judgements/judge.h"
 #include "tools/host/model/status_text.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/values/units.h"
@@ -86,6 +89,19 @@ void append_numbers(std::string& text, const std::vector<double>& numbers) {
   text += ']';
 }
 
+// What needs attention on `items`, judged with all that the machine has.
+JsonPtr json_findings_on(const Snapshot& snapshot, const std::vector<kova_host::Item>& items) {
+  std::set<uint32_t> wanted;
+  for (const kova_host::Item& item : items) {
+    wanted.insert(item.id);
+  }
+  auto findings = kova_host::judge(snapshot.list->items, snapshot.readings);
+  std::erase_if(findings, [&wanted](const kova_host::Finding& finding) {
+    return !wanted.contains(finding.id);
+  });
+  return kova_host::json_findings(findings);
+}
+
 }  // namespace
 
 ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item>& items) {
@@ -97,6 +113,8 @@ ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item
     kova_host::append(array, kova_host::json_item(item, reading));
   }
   result.json = one_line(array);
+  result.json.erase(result.json.find_last_not_of('\n') + 1);
+  result.json += R"(,"findings":)" + one_line(json_findings_on(snapshot, items));
   return result;
 }
 
@@ -155,6 +173,7 @@ std::string sweep_event(const Snapshot& snapshot, const SweepState& state) {
   put(data, "sweep", json_sweep(state));
   put(data, "values", std::move(values));
   put(data, "failed", std::move(failed));
+  put(data, "findings", json_findings_on(snapshot, snapshot.list->items));
   return fmt::format("event: sweep\nid: {}\ndata: {}\n", snapshot.number, one_line(data));
 }
 

@@ -17,13 +17,13 @@ struct Machine {
 
 // The part of a document that stays the same as long as the snapshot does.
 struct ItemsText {
-  std::string json;  // an array
+  std::string json;  // the array, and behind it "findings" on these items, without a brace
   bool all_read = true;
 };
 ItemsText items_text(const Snapshot& snapshot, const std::vector<kova_host::Item>& items);
 
-// {"ok", "machine", "release", "sweep", "units", "items"}, and what of it stands before the items: "}" comes
-// after them.
+// {"ok", "machine", "release", "sweep", "units", "items", "findings"}, and what of it stands before
+// the items' text: "}" comes after that.
 std::string items_head(const Machine& machine, bool all_read, const SweepState& state);
 std::string items_document(const Machine& machine, const ItemsText& items, const SweepState& state);
 

@@ -41,6 +41,7 @@ class Item {
     this.slots = kRecentSamples;  // how many the small line has room for
     this.value = null;
     this.failure = "";  // why there is no value, if that is a failure
+    this.findings = [];  // what needs attention, as /api/v1/items has it
   }
 
   // A state has labels: its numbers are names, not quantities.
@@ -48,22 +49,10 @@ class Item {
     return this.labels.size > 0;
   }
 
-  get outOfRange() {
-    return this.numeric && this.value !== null && this.failure === "" &&
-           (this.value < this.min || this.value > this.max);
-  }
-
-  // What is wrong with it; "" if nothing is.
+  // What is wrong with it, in the machine's own words; "" if nothing is.
   get problem() {
-    if (this.failure !== "") {
-      return this.failure;
-    }
-    if (!this.outOfRange) {
-      return "";
-    }
-    const side = this.value < this.min ? `below the lowest of ${this.min}`
-                                       : `above the highest of ${this.max}`;
-    return `${this.text(this.value)}: ${side}${this.unit && ` ${this.unit}`}`;
+    return this.failure !== "" ? this.failure
+                               : this.findings.map(({message}) => message).join("; ");
   }
 
   // `value` as people read it: with its label or its unit.
@@ -79,8 +68,9 @@ class Item {
     return number && this.unit !== "" ? `${value} ${this.unit}` : String(value);
   }
 
-  take(value, failure) {
+  take(value, failure, findings) {
     this.value = value;
+    this.findings = findings;
     this.failure = failure === undefined ? "" : failureText(failure);
   }
 }
@@ -140,7 +130,7 @@ class Row {
   update() {
     const {item} = this;
     setText(this.value, item.failure === "" ? item.text(item.value) : "failed");
-    const look = item.failure !== "" ? "item failed" : item.outOfRange ? "item outside" : "item";
+    const look = item.failure !== "" ? "item failed" : item.problem !== "" ? "item outside" : "item";
     if (this.look !== look) {
       this.look = look;
       this.node.className = look;
@@ -276,8 +266,12 @@ class ItemList {
     }
   }
 
-  take(values, failed) {
-    this.order.forEach((item, i) => item.take(values[i] ?? null, failed[i]));
+  take(values, failed, findings) {
+    const byId = new Map();
+    for (const finding of findings ?? []) {
+      byId.set(finding.id, [...(byId.get(finding.id) ?? []), finding]);
+    }
+    this.order.forEach((item, i) => item.take(values[i] ?? null, failed[i], byId.get(item.id) ?? []));
   }
 
   // One more sample to each small line.
@@ -321,7 +315,7 @@ class ItemList {
 
   problems() {
     const all = [...this.items.values()].filter((item) => item.problem !== "");
-    return [...all.filter((item) => item.failure !== ""), ...all.filter((item) => item.outOfRange)];
+    return [...all.filter((item) => item.failure !== ""), ...all.filter((item) => item.failure === "")];
   }
 
   // Shows the rows that have all the words of `text`; how many these are.

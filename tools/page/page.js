@@ -41,7 +41,7 @@ class Page {
     }
     const failed = Object.fromEntries(answer.items.map((item, i) => [i, item]).filter(
       ([, item]) => item.ok === false));
-    this.list.take(answer.items.map((item) => item.value), failed);
+    this.list.take(answer.items.map((item) => item.value), failed, answer.findings);
     this.showMachine(answer);
     this.takeStatus(answer.sweep);
     const recent = await this.source.history().catch(() => null);
@@ -65,9 +65,9 @@ class Page {
     }
   }
 
-  takeSweep({sweep, values, failed}) {
+  takeSweep({sweep, values, failed, findings}) {
     const again = this.sweep !== null && sweep.number === this.sweep.number;
-    this.list.take(values, failed);
+    this.list.take(values, failed, findings);
     if (!again) {
       this.list.remember();
       this.chart.push(sweep);
@@ -262,7 +262,7 @@ class Page {
   }
 }
 
-// The failed items and those outside their range, each with its reason, and with a link to its line.
+// What needs attention, each item with its reason, and with a link to its line.
 // In a report also those that were so at any time.
 class Attention {
   constructor(root, show) {

@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <fnmatch.h>
 
+#include <algorithm>
+
 #include "tools/host/values/units.h"
 
 namespace kova_host {
@@ -20,13 +22,6 @@ std::string_view severity_name(Severity severity) {
   return "";
 }
 
-SweepView::SweepView(const std::vector<Item>& items, const Readings& readings)
-    : items_(items), readings_(readings) {
-  for (const Item& item : items) {
-    by_path_.emplace(path_of(item), &item);
-  }
-}
-
 const Reading* SweepView::reading(uint32_t id) const {
   const auto found = readings_.find(id);
   return found == readings_.end() ? nullptr : &found->second;
@@ -38,8 +33,9 @@ const Reading* SweepView::good_reading(const Item* item) const {
 }
 
 const Item* SweepView::find(std::string_view path) const {
-  const auto found = by_path_.find(path);
-  return found == by_path_.end() ? nullptr : found->second;
+  const auto found = std::find_if(items_.begin(), items_.end(),
+                                  [path](const Item& item) { return fits_path(path, item); });
+  return found == items_.end() ? nullptr : &*found;
 }
 
 std::optional<double> SweepView::number(std::string_view path) const {
@@ -61,6 +57,11 @@ std::string_view SweepView::label(std::string_view path) const {
 }
 
 bool fits_path(std::string_view pattern, const Item& item) {
+  // Most items differ in their names already.
+  const std::string_view name = pattern.substr(pattern.rfind('/') + 1);
+  if (name.find_first_of("*?[") == std::string_view::npos && name != item.name) {
+    return false;
+  }
   return fnmatch(std::string(pattern).c_str(), path_of(item).c_str(), 0) == 0;
 }
 

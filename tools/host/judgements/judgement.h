@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +21,8 @@ std::string_view severity_name(Severity severity);
 class SweepView {
  public:
   // Both have to outlive the view. An item without a reading was not asked; it counts as unknown.
-  SweepView(const std::vector<Item>& items, const Readings& readings);
+  SweepView(const std::vector<Item>& items, const Readings& readings)
+      : items_(items), readings_(readings) {}
 
   const std::vector<Item>& items() const { return items_; }
 
@@ -40,7 +40,6 @@ class SweepView {
 
   const std::vector<Item>& items_;
   const Readings& readings_;
-  std::map<std::string, const Item*, std::less<>> by_path_;
 };
 
 // Which items a rule looks at: those that fit every column that is not empty.
