@@ -72,16 +72,18 @@ class Reports(TestCase):
     def test_nothing_is_lost_of_a_recording_however_long_it_is(self):
         recording = self.folder / "long.json"
         for hours in (1, 3, 24):
-            # A second of trouble each, between the steps of any clock: two failures, and a fan that
-            # leaves its range.
+            # A second of trouble each, between the steps of any clock: two failures, a fan that
+            # leaves its range, and one that stands still.
             def second(at, code, word, then):
                 return [[at, code, word], [at + 1000, code, then]]
             length = 3600 * hours
             third = 333 * length + 123
-            moments = [[0, "0x822003", 3000, "0x822004", 3000, "0x822005", 3000, "0x820000", 3000],
+            moments = [[0, "0x822003", 3000, "0x822004", 3000, "0x822005", 3000, "0x822006", 3000,
+                        "0x820000", 3000],
                        *second(third, "0x822003", {"status": 5}, 3000),
                        *second(third + 5000, "0x822004", 9000, 3000),
-                       *second(2 * third, "0x822005", {"status": 6}, 3000)]
+                       *second(2 * third, "0x822005", {"status": 6}, 3000),
+                       *second(2 * third + 7000, "0x822006", 0, 3000)]
             # A machine that moves all the time is thinned out.
             moments += [[1000 * t, "0x820000", 3000 + t % 2] for t in range(1, length)]
             recording.write_text(json.dumps({"base": BASE, "trace": {
@@ -93,9 +95,11 @@ class Reports(TestCase):
                 report = self.content()
                 self.assertEqual({id: told["count"] for id, told in report["failures"].items()},
                                  {"0x14170311": 2, "0x14170313": 2})
-                self.assertEqual({id: told["count"] for id, told in report["outside"].items()},
-                                 {"0x14170312": 2})
-                self.assertEqual(report["items"]["sweep"]["number"], length + 6)
+                self.assertEqual({id: (told["count"], told["message"].partition(":")[0])
+                                  for id, told in report["judged"].items()},
+                                 {"0x14170312": (2, "is outside its published range"),
+                                  "0x14170314": (2, "stands still while others turn")})
+                self.assertEqual(report["items"]["sweep"]["number"], length + 8)
                 self.assertEqual("drawn in steps of" in report["source"], True)
                 lines = report["history"]["series"]
                 self.assertLess(len(lines["0x14170311"]), 3700)

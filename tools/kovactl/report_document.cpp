@@ -1,4 +1,5 @@
-// What a report holds: the last readings, their history, every failure and every leave of a range.
+// What a report holds: the last readings, their history, every failure and all else that needed
+// attention.
 #include "tools/kovactl/report_document.h"
 
 #include <algorithm>
@@ -15,13 +16,9 @@ namespace kovactl {
 using namespace kova_host;
 
 ReportDocument::ReportDocument(std::vector<Item> items, double step)
-    : list_(std::make_shared<kova_page::ItemList>()), samples_(step) {
-  list_->number = 1;
-  list_->items = std::move(items);
-  for (const Item& item : list_->items) {
-    items_.emplace(item.id, &item);
-  }
-}
+    : list_(std::make_shared<kova_page::ItemList>(kova_page::ItemList{1, std::move(items)})),
+      samples_(step),
+      judge_(list_->items) {}
 
 // Notes how it is from this sweep on.
 void ReportDocument::note(Spells& spells, uint32_t id, bool is_so, uint32_t status) {
@@ -43,6 +40,21 @@ void ReportDocument::count(Spells& spells, double time) {
   }
 }
 
+void ReportDocument::judge(const std::vector<uint32_t>& fresh) {
+  for (const uint32_t id : judge_.take(readings_, fresh)) {
+    std::string message;
+    for (const Finding& finding : judge_.on(id)) {
+      if (finding.kind != kUnreadableKind) {  // told as a failure
+        message += (message.empty() ? "" : "; ") + finding.message();
+      }
+    }
+    note(judged_, id, !message.empty(), 0);
+    if (!message.empty()) {
+      judged_.at(id).last_message = message;
+    }
+  }
+}
+
 void ReportDocument::add(double time, const Readings& readings,
                          const std::vector<uint32_t>& fresh) {
   std::vector<std::pair<uint32_t, double>> numbers;
@@ -53,11 +65,11 @@ void ReportDocument::add(double time, const Readings& readings,
     const bool good = reading.state == Reading::State::good && number && std::isfinite(*number);
     numbers.emplace_back(id, good ? *number : std::numeric_limits<double>::quiet_NaN());
     note(failures_, id, reading.state == Reading::State::failed, reading.status);
-    note(leaves_, id, good && out_of_range(*items_.at(id), reading), 0);
   }
+  judge(fresh);
   samples_.add(time, numbers);
   count(failures_, time);
-  count(leaves_, time);
+  count(judged_, time);
   ++sweeps_;
   last_time_ = time;
 }
@@ -87,10 +99,12 @@ JsonPtr ReportDocument::failures() const {
   return object;
 }
 
-JsonPtr ReportDocument::leaves() const {
+JsonPtr ReportDocument::judgements() const {
   JsonPtr object = own(json_object());
-  for (const auto& [id, spell] : leaves_) {
-    put(object, id_text(id).c_str(), entry_of(spell));
+  for (const auto& [id, spell] : judged_) {
+    JsonPtr entry = entry_of(spell);
+    put(entry, "message", json_text(spell.last_message));
+    put(object, id_text(id).c_str(), std::move(entry));
   }
   return object;
 }
@@ -110,7 +124,7 @@ std::string ReportDocument::json(const Heading& heading) const {
   put(head, "made", own(json_real(heading.made)));
   put(head, "source", json_text(heading.source));
   put(head, "failures", failures());
-  put(head, "outside", leaves());
+  put(head, "judged", judgements());
   std::string text = json_document(head.get(), JsonLayout::one_line);
   text.resize(text.rfind('}'));
   return text + R"(,"items":)" +

@@ -1,4 +1,4 @@
-// What a report holds: the last readings, their history, every failure and every leave of a range.
+// What a report holds: the last readings, their history, every failure and all else that needed attention.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/host/values/reading.h"
+#include "tools/host/judgements/judge.h"
 #include "tools/page/api_document.h"
 #include "tools/page/thinned_samples.h"
 
@@ -44,6 +44,7 @@ class ReportDocument {
     size_t count = 0;
     double last_time = 0;
     uint32_t last_status = 0;
+    std::string last_message;
     bool lasts = false;
   };
   using Spells = std::map<uint32_t, Spell>;
@@ -52,16 +53,17 @@ class ReportDocument {
   static void count(Spells& spells, double time);
   static kova_host::JsonPtr entry_of(const Spell& spell);
   kova_host::JsonPtr failures() const;
-  kova_host::JsonPtr leaves() const;
+  kova_host::JsonPtr judgements() const;
+  void judge(const std::vector<uint32_t>& fresh);
 
   std::shared_ptr<kova_page::ItemList> list_;
-  std::map<uint32_t, const kova_host::Item*> items_;
   kova_page::ThinnedSamples samples_;
   kova_host::Readings readings_;
   size_t sweeps_ = 0;
   double last_time_ = 0;
   Spells failures_;
-  Spells leaves_;  // of the published range
+  kova_host::RunningJudge judge_;
+  Spells judged_;  // by another rule than that it failed
 };
 
 }  // namespace kovactl

@@ -280,15 +280,15 @@ class Attention {
     const sweeps = report.items.sweep.number;
     for (const item of items.values()) {
       const failures = report.failures[item.id];
-      const outside = report.outside[item.id];
+      const judged = report.judged[item.id];
       const texts = [];
       if (failures !== undefined) {
         texts.push(`failed in ${failures.count} of ${sweeps} sweeps, last at ` +
                    `${clock(failures.last)}: ${failureText(failures)}`);
       }
-      if (outside !== undefined) {
-        texts.push(`outside its range in ${outside.count} of ${sweeps} sweeps, last at ` +
-                   `${clock(outside.last)}`);
+      if (judged !== undefined) {
+        texts.push(`in ${judged.count} of ${sweeps} sweeps, last at ${clock(judged.last)}: ` +
+                   `${judged.message}`);
       }
       if (texts.length > 0) {
         this.past.set(item, texts.join("; "));

@@ -145,7 +145,7 @@ class ReportSource {
   // `report` is {"made": Unix time, "source": text, "items": as /api/v1/items answers,
   // "history": as /api/v1/history answers, with all items and the samples that are drawn,
   // "failures": {id: {"count": sweeps in which it failed, "last": Unix time, "failure": text}},
-  // "outside": {id: {"count": sweeps in which it was outside its range, "last": Unix time}}}.
+  // "judged": {id: {"count": sweeps in which it needed attention, "last": Unix time, "message"}}}.
   constructor(report) {
     this.live = false;
     this.report = report;

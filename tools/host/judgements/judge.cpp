@@ -158,6 +158,47 @@ std::vector<Finding> judge(const std::vector<Item>& items, const Readings& readi
   return findings;
 }
 
+RunningJudge::RunningJudge(const std::vector<Item>& items, Thresholds thresholds)
+    : items_(items), thresholds_(std::move(thresholds)) {
+  for (const Item& item : items) {
+    by_id_.emplace(item.id, &item);
+    for (const Judgement* rule : rules_on({item})) {
+      for (const Item& other : items) {
+        if (asks(*rule, other) || (rule->asks_peers && looks_at(rule->looks_at, other))) {
+          asked_by_[other.id].insert(item.id);
+        }
+      }
+    }
+  }
+}
+
+std::vector<uint32_t> RunningJudge::take(const Readings& readings,
+                                         const std::vector<uint32_t>& fresh) {
+  std::set<uint32_t> judged(fresh.begin(), fresh.end());
+  for (const uint32_t id : fresh) {
+    if (const auto asked = asked_by_.find(id); asked != asked_by_.end()) {
+      judged.insert(asked->second.begin(), asked->second.end());
+    }
+  }
+  const SweepView sweep(items_, readings);
+  for (const uint32_t id : judged) {
+    const auto item = by_id_.find(id);
+    const Reading* reading = sweep.reading(id);
+    if (item != by_id_.end() && reading != nullptr) {
+      std::vector<Finding>& findings = findings_[id];
+      findings.clear();
+      judge_item(sweep, *item->second, *reading, thresholds_, findings);
+    }
+  }
+  return {judged.begin(), judged.end()};
+}
+
+const std::vector<Finding>& RunningJudge::on(uint32_t id) const {
+  static const std::vector<Finding> kNone;
+  const auto findings = findings_.find(id);
+  return findings == findings_.end() ? kNone : findings->second;
+}
+
 std::vector<Item> with_companions(const std::vector<Item>& selected, const std::vector<Item>& all) {
   const auto rules = rules_on(selected);
   std::set<uint32_t> taken;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct Thresholds {
   std::map<std::string, RuleChange, std::less<>> rules;  // by the rule's kind
 };
 
+// The kind of findings about items that failed.
+inline constexpr std::string_view kUnreadableKind = "unreadable";
+
 // The kind of findings that come from a limit of the user's, and of those about a limit that there
 // is no number for: its verdict is neither good nor bad.
 inline constexpr std::string_view kLimitKind = "limit";
@@ -37,6 +41,27 @@ inline constexpr std::string_view kNoNumberKind = "no-number";
 // that could not be read.
 std::vector<Finding> judge(const std::vector<Item>& items, const Readings& readings,
                            const Thresholds& thresholds = {});
+
+// Judges a machine's sweeps one after the other, and of each only what fresh readings can change.
+class RunningJudge {
+ public:
+  // `items` outlives it.
+  explicit RunningJudge(const std::vector<Item>& items, Thresholds thresholds = {});
+
+  // Judges anew with all readings of the machine, of which those of `fresh` have come since the
+  // last time. Gives the IDs of the items that it has judged.
+  std::vector<uint32_t> take(const Readings& readings, const std::vector<uint32_t>& fresh);
+
+  // What needs attention on the item now.
+  const std::vector<Finding>& on(uint32_t id) const;
+
+ private:
+  const std::vector<Item>& items_;
+  Thresholds thresholds_;
+  std::map<uint32_t, const Item*> by_id_;
+  std::map<uint32_t, std::set<uint32_t>> asked_by_;  // an item, and those whose rules ask it
+  std::map<uint32_t, std::vector<Finding>> findings_;
+};
 
 // `selected`, and behind them what of `all` the rules on them ask beside them: to be read together.
 std::vector<Item> with_companions(const std::vector<Item>& selected, const std::vector<Item>& all);

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "tools/host/judgements/conditions.h"
+#include "tools/host/judgements/judge.h"
 
 namespace kova_host {
 namespace {
@@ -74,7 +75,7 @@ or (time() - kova_sweep_timestamp_seconds unless kova_sweep_age_seconds) > 300)"
      .expression = "kova_sweep_duration_seconds > {limit} * kova_sweep_interval_seconds",
      .shown = "{{ $value | humanizeDuration }}"},
 
-    {.kind = "unreadable",
+    {.kind = kUnreadableKind,
      .alert = "KovaItemUnreadable",
      .severity = Severity::critical,
      .held = minutes(2),
