@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "recorder/change_filter.h"
-#include "recorder/device_library.h"
+#include "recorder/recorded_library.h"
 #include "recorder/recording_file.h"
 #include "recorder/settings.h"
 
@@ -29,7 +29,7 @@ class Recorder {
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
 
-  const DeviceLibrary& library() const { return library_; }
+  const RecordedLibrary& library() const { return library_; }
 
   void record_read(std::uint32_t code, const kova_sim::Answer& answer) noexcept;
   void record_write(std::uint32_t code, std::uint32_t word, std::uint32_t status) noexcept;
@@ -84,7 +84,7 @@ class Recorder {
   void close_file(Lock& lock) noexcept;
 
   Settings settings_;
-  DeviceLibrary library_;
+  RecordedLibrary library_;
 
   std::mutex mutex_;  // of all that follows but the file, which is the thread's own
   std::condition_variable wake_;

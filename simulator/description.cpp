@@ -15,7 +15,7 @@ namespace {
 
 constexpr int MAX_DEPTH = 8;
 
-using Items = std::map<std::uint32_t, Item>;
+using Items = std::map<std::uint32_t, DescribedCode>;
 
 void read_clock(MachineDescription& machine, const Node& node) {
   constexpr std::int64_t ONE_DAY_MS = 86'400'000;
@@ -44,7 +44,7 @@ void check_size(const Items& items, const Node& node) {
 }
 
 // Codes inside a copied run that the copied item refers to move with the run.
-Item moved_item(Item item, const CodeRun& source, std::uint32_t target) {
+DescribedCode moved_item(DescribedCode item, const CodeRun& source, std::uint32_t target) {
   if (item.write) {
     move_codes(*item.write, [&](std::uint32_t& code) {
       if (source.contains(code)) {
@@ -55,7 +55,7 @@ Item moved_item(Item item, const CodeRun& source, std::uint32_t target) {
   return item;
 }
 
-std::size_t memory_of(const Item& item) {
+std::size_t memory_of(const DescribedCode& item) {
   return CODE_MEMORY + (item.write ? item.write->changes.size() * sizeof(std::uint32_t) : 0);
 }
 

@@ -223,7 +223,7 @@ Entry read_entry(const Node& node, const CodeRun& run) {
   return entry;
 }
 
-void Entry::apply(Item& item, std::uint32_t index) const {
+void Entry::apply(DescribedCode& item, std::uint32_t index) const {
   if (text) {
     item.value = text_word(*text, index);
   } else if (value) {

@@ -30,7 +30,7 @@ struct Entry {
 
   /// Changes `item`, which stands at this place of the run, as the entry says. Codes that the
   /// entry names, and the characters of its text, move on with the place.
-  void apply(Item& item, std::uint32_t index) const;
+  void apply(DescribedCode& item, std::uint32_t index) const;
 
   /// What an item keeps outside itself, in bytes, but for the trace that all share.
   std::size_t memory() const;

@@ -31,9 +31,9 @@ bool is_negative(const std::optional<Limit>& limit) {
 Machine::Machine(MachineDescription description) : description_(std::move(description)) {}
 
 // Lets the time of a call pass. Returns the item of the code, or null if it is not described.
-Item* Machine::begin_call(std::uint32_t code) {
+DescribedCode* Machine::begin_call(std::uint32_t code) {
   const auto found = description_.items.find(code);
-  Item* item = found == description_.items.end() ? nullptr : &found->second;
+  DescribedCode* item = found == description_.items.end() ? nullptr : &found->second;
   const std::uint64_t delay_us =
       std::uint64_t{description_.bus.delay_us} + (item == nullptr ? 0 : item->delay_us);
   if (set_time_) {
@@ -58,7 +58,8 @@ std::uint32_t Machine::not_described() const {
 }
 
 // What is there to read, once no failure has struck.
-std::uint32_t Machine::value_of(const Item& item, Calls& calls, std::uint32_t* value) const {
+std::uint32_t Machine::value_of(const DescribedCode& item, Calls& calls,
+                                std::uint32_t* value) const {
   if (!item.value) {
     return not_described();
   }
@@ -73,7 +74,7 @@ std::uint32_t Machine::value_of(const Item& item, Calls& calls, std::uint32_t* v
 }
 
 std::uint32_t Machine::read(std::uint32_t code, std::uint32_t* value) {
-  const Item* item = begin_call(code);
+  const DescribedCode* item = begin_call(code);
   const std::uint64_t all_reads = ++all_calls_.reads;
   Calls unknown;
   Calls& calls = item == nullptr ? unknown : calls_[code];
@@ -89,7 +90,7 @@ std::uint32_t Machine::read(std::uint32_t code, std::uint32_t* value) {
 }
 
 std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
-  const Item* item = begin_call(code);
+  const DescribedCode* item = begin_call(code);
   const std::uint64_t all_writes = ++all_calls_.writes;
   Calls unknown;
   Calls& calls = item == nullptr ? unknown : calls_[code];
@@ -113,7 +114,7 @@ std::uint32_t Machine::write(std::uint32_t code, std::uint32_t value) {
     return item->write->refused;
   }
   for (const std::uint32_t changed : item->write->changes) {
-    Item& target = description_.items[changed];
+    DescribedCode& target = description_.items[changed];
     target.value = Stored{value};
     target.is_redacted = false;
   }

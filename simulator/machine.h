@@ -35,7 +35,7 @@ struct WriteRule {
 
 /// What is described for one device code. Without a value it cannot be read, without a write
 /// rule it cannot be written.
-struct Item {
+struct DescribedCode {
   std::optional<ValueSource> value;
   std::optional<Failure> fail_read;
   std::optional<Failure> fail_write;
@@ -62,7 +62,7 @@ struct MachineDescription {
   std::optional<std::uint32_t> clock_step_ms;
   /// How long the recording lasts that this is, or builds on.
   std::optional<std::uint64_t> recorded_ms;
-  std::map<std::uint32_t, Item> items;
+  std::map<std::uint32_t, DescribedCode> items;
 };
 
 class Machine {
@@ -100,8 +100,8 @@ class Machine {
     TracePosition write_position;
   };
 
-  Item* begin_call(std::uint32_t code);
-  std::uint32_t value_of(const Item& item, Calls& calls, std::uint32_t* value) const;
+  DescribedCode* begin_call(std::uint32_t code);
+  std::uint32_t value_of(const DescribedCode& item, Calls& calls, std::uint32_t* value) const;
   std::uint32_t not_described() const;
   std::uint32_t word_of(std::uint32_t code) const;
   bool accepts(const WriteRule& rule, std::uint32_t value) const;

@@ -200,7 +200,7 @@ void read_recording(MachineDescription& machine, const Node& node) {
   }
   machine.recorded_ms = frame.length_ms;
   for (auto& [code, traces] : MomentReader(std::nullopt).read(frame)) {
-    Item& item = machine.items[code];
+    DescribedCode& item = machine.items[code];
     if (!traces.reads.empty()) {
       item.value = finish(std::move(traces.reads), frame);
       item.is_redacted = false;

@@ -8,7 +8,6 @@
 namespace {
 
 using catalogue::Kind;
-using catalogue::Role;
 using catalogue::Row;
 using catalogue::Shape;
 using catalogue::Word;

@@ -1,5 +1,5 @@
 // Opening the library behind the one that has taken its name.
-#include "recorder/device_library.h"
+#include "recorder/recorded_library.h"
 
 #include <dlfcn.h>
 
@@ -20,9 +20,9 @@ std::string loader_reason() {
 
 }  // namespace
 
-DeviceLibrary open_device_library(const std::string& file) {
+RecordedLibrary open_device_library(const std::string& file) {
   const std::vector<std::string> places = file.empty() ? OWN_PLACES : std::vector{file};
-  DeviceLibrary library;
+  RecordedLibrary library;
   void* handle = nullptr;
   for (const std::string& place : places) {
     // As hosts open it, so that what else it exports is seen as it would be.

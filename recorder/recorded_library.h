@@ -7,13 +7,13 @@
 namespace kova_recorder {
 
 /// The real entries, or null both with the one-line reason.
-struct DeviceLibrary {
+struct RecordedLibrary {
   std::uint32_t (*get)(std::uint32_t code, std::uint32_t* value) = nullptr;
   std::uint32_t (*set)(std::uint32_t code, std::uint32_t value) = nullptr;
   std::string error;
 };
 
 /// Opens `file`, or the device library at its own places when that is empty.
-DeviceLibrary open_device_library(const std::string& file);
+RecordedLibrary open_device_library(const std::string& file);
 
 }  // namespace kova_recorder
