@@ -1,4 +1,6 @@
 """The commands of the built kovactl, with the plug-in, on simulated machines."""
+import csv
+import io
 import re
 import unittest
 
@@ -9,8 +11,8 @@ from program import VERSION, TestCase, run
 class Lists(TestCase):
     def setUp(self):
         super().setUp()
-        # One reading that fails, one outside its range, and two that stand still.
-        self.worn = self.machine(codes={
+        # One reading that fails, one outside its range; nothing moves.
+        self.worn = self.machine(clock={"step_ms": 0}, codes={
             "0x00240001": {"fail_read": 5}, "0x00820000": 4231, "0x00240000": 412002,
             "0x00250000": 12100, "0x00250001": 48247})
 
@@ -54,6 +56,34 @@ PoE: PoE 2
         failed = [(item["id"], item["code"], item["status"], item["value"])
                   for item in items if not item["ok"]]
         self.assertEqual(failed, [("0x14140402", 5, None, None)])  # the device's own code
+
+    def test_csv_has_what_json_has(self):
+        machine = [*self.worn, "list"]
+        items = run([*machine, "--json"]).json["items"]
+        listed = run([*machine, "--csv"])
+        self.assertEqual(listed.exit_code, 1)
+        rows = list(csv.DictReader(io.StringIO(listed.out, newline=""), strict=True))
+        self.assertEqual([row["id"] for row in rows], [item["id"] for item in items])
+        fields = set(rows[0])
+        self.assertEqual({key for item in items for key in item} - fields, {"options"})
+        for row, item in zip(rows, items):
+            self.assertEqual(row["path"], item["path"])
+            self.assertEqual(row["ok"], str(item["ok"]).lower())
+            if isinstance(item["value"], float):
+                self.assertEqual(float(row["value"]), item["value"], row)
+        self.assertIn("out-of-range", {row["findings"] for row in rows})
+        self.assertTrue(run([*machine, "--csv", "--fields", "unit,id", "--sort", "unit"]).out.startswith(
+            "unit,id\r\n"))
+        ordered = run([*machine, "--json", "--sort", "path"]).json["items"]
+        self.assertEqual(ordered, sorted(items, key=lambda item: item["path"].encode()))
+
+    def test_layouts_that_do_not_go_together_are_refused(self):
+        self.check((
+            ("list --fields id", 2, "", "--fields goes with --csv"),
+            ("list --sort id", 2, "", "--sort goes with --csv or --json"),
+            ("list --csv --fields id,pth", 2, "", "no field 'pth': did you mean 'path'?"),
+            ("list --csv --sort pth", 2, "", "no field 'pth': did you mean 'path'?"),
+        ))
 
 
 class Commands(TestCase):
