@@ -72,6 +72,7 @@ while IFS=: read -r document link; do
 done < <(grep -roE --include='*.md' '\]\([^)#:]+[)#]' "$prefix/share/doc")
 
 for file in share/man/man1/kovactl.1 share/bash-completion/completions/kovactl \
+  share/zsh/vendor-completions/_kovactl share/fish/vendor_completions.d/kovactl.fish \
   share/doc/kova-iot-dev/host-guide.md share/doc/kova-iot-dev/items.md \
   share/doc/kova-iot-tools/support.md; do
   [ -s "$prefix/$file" ] || fail "no $file"

@@ -220,6 +220,14 @@ class Commands(TestCase):
             (("=", "metrics", "--output"), ["@files"]), (("=", "doctor"), []), (("=--si",), ["--simulate"]),
             (("=f", "--simulate"), ["failing-reads", "@files"]), (("=p", "list", "--family"), ["PIC", "PoE"]),
             (("=e", "set", "PoE 1 power"), ["Enable"]), (("=", "set", "IGN status"), []),
+            (("=", "diff"), ["@files", "now"]), (("=", "diff", "--at=5m", "a.json"), ["@files", "now"]),
+            (("=", "diff", "a", "b"), []), (("=", "record"), ["@files"]), (("=", "report"), ["@files"]),
+            (("=", "report", "a.html"), []), (("=", "report", "--from"), ["@files"]),
+            (("=", "list", "--expect"), ["@files"]), (("=", "check", "--rules"), ["@files"]),
+            (("=poe 1 p", "record", "m.json"), ["PoE 1 power"]), (("=poe 1 p", "check", "--warn"), ["PoE 1 power"]),
+            (("=--output=f", "metrics"), ["@files"]), (("=--family=p", "list"), ["--family=PIC", "--family=PoE"]),
+            (("=id,pa", "list", "--fields"), ["id,path", "id,package"]), (("=va", "list", "--sort"), ["value"]),
+            (("=d", "diff", "--simulate"), ["default", "@files"]), (("=", "list", "--timeout"), []),
             (("=re",), ["reset", "record", "report"]), (("=--j", "doctor"), ["--json"]),
         ):
             self.assertEqual(run(["complete", "--", *words]).out.splitlines(), completed, words)

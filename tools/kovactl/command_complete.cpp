@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <set>
 
+#include "tools/host/export/csv.h"
 #include "tools/host/model/item_data.h"
 #include "tools/host/session/locations.h"
 #include "tools/host/system/typed_number.h"
@@ -114,12 +116,12 @@ struct Before {
 Before understand(const CLI::App& app, const Words& words) {
   Before before;
   for (const std::string& word : words) {
-    const CLI::Option* option =
-        word.starts_with("-") ? option_called(app, before.command, word) : nullptr;
+    const bool is_option = word.size() > 1 && word.starts_with("-");
+    const CLI::Option* option = is_option ? option_called(app, before.command, word) : nullptr;
     const CLI::App* command = before.command == nullptr ? command_called(app, word) : nullptr;
     if (command != nullptr) {
       before.command = command;
-    } else if (before.waiting == nullptr && option == nullptr) {
+    } else if (before.waiting == nullptr && !is_option) {
       before.positionals.push_back(word);
     }
     before.waiting = takes_value(option) ? option : nullptr;
@@ -127,46 +129,97 @@ Before understand(const CLI::App& app, const Words& words) {
   return before;
 }
 
-// Of "--family" and its kin.
-Words option_values(const CLI::Option& option) {
-  const std::string& name = option.get_lnames().front();
-  if (name == "family") {
-    return families();
-  }
-  Words words = name == "simulate" ? shipped_machines() : Words();
-  const std::string type = option.get_type_name();
-  if (name == "simulate" || type == "FILE" || type == "PATH") {
-    words.emplace_back(kFiles);
+// The fields behind what stands in front of the last comma.
+Words field_words(const std::string& current, bool may_be_many) {
+  const std::string earlier = may_be_many ? current.substr(0, current.rfind(',') + 1) : "";
+  Words words = csv_fields();
+  for (std::string& word : words) {
+    word.insert(0, earlier);
   }
   return words;
 }
 
-Words positional_words(const Before& before, const std::string& current) {
-  const bool writes = before.command->get_name() == "set";
+// What can be in the place of which the help says so: "FILE", or "FILE|now" for that word too.
+Words words_of_type(const std::string& type, const std::string& current) {
+  Words words;
+  for (size_t begin = 0; begin <= type.size();) {
+    const size_t end = std::min(type.find('|', begin), type.size());
+    const std::string part = type.substr(begin, end - begin);
+    if (part == "[MACHINE]") {
+      words = shipped_machines();
+    }
+    if (part == "FILE" || part == "PATH" || part == "RECORDING" || part == "[MACHINE]") {
+      words.emplace_back(kFiles);
+    } else if (part == "ITEM" || part == "ITEM=RANGE") {
+      words = item_words(current);
+    } else if (part == "FIELD" || part == "FIELD,...") {
+      words = field_words(current, part != "FIELD");
+    } else if (!part.empty() && std::islower(static_cast<unsigned char>(part.front())) != 0) {
+      words.push_back(part);
+    }
+    begin = end + 1;
+  }
+  return words;
+}
+
+Words option_values(const CLI::Option& option, const std::string& current) {
+  return option.get_lnames().front() == "family" ? families()
+                                                 : words_of_type(option.get_type_name(), current);
+}
+
+// For "set": items, and what can be written to one that is named.
+Words assignments(const Before& before, const std::string& current) {
   const size_t equals = current.find('=');
-  if (writes && equals != std::string::npos) {
+  if (equals != std::string::npos) {
     const std::string item = current.substr(0, equals);
     Words words = labels(item);
     std::transform(words.begin(), words.end(), words.begin(),
                    [&item](const std::string& label) { return item + '=' + label; });
     return words;
   }
-  if (writes && before.positionals.size() == 1) {
-    return labels(before.positionals.front());
-  }
+  return before.positionals.size() == 1 ? labels(before.positionals.front()) : item_words(current);
+}
+
+Words positional_words(const Before& before, const std::string& current) {
   const auto positionals = before.command->get_options(
       [](const CLI::Option* option) { return option->get_positional(); });
-  return positionals.empty() ? Words() : item_words(current);
+  const size_t place = before.positionals.size();
+  if (positionals.empty() ||
+      (place >= positionals.size() && positionals.back()->get_items_expected_max() == 1)) {
+    return {};
+  }
+  const CLI::Option& option = *positionals[std::min(place, positionals.size() - 1)];
+  // One without a type of its own is called by it.
+  const std::string type =
+      option.get_type_name() == "TEXT" ? option.get_name(true) : option.get_type_name();
+  return type == "ITEM=VALUE" ? assignments(before, current) : words_of_type(type, current);
+}
+
+// For "--option=VALUE", which is one word.
+Words joined_values(const CLI::App& app, const Before& before, const std::string& current) {
+  const size_t equals = current.find('=');
+  const std::string name = current.substr(0, equals);
+  const CLI::Option* option = option_called(app, before.command, name);
+  Words words = takes_value(option) ? option_values(*option, current.substr(equals + 1)) : Words();
+  for (std::string& word : words) {
+    if (word != kFiles) {
+      word.insert(0, name + '=');
+    }
+  }
+  return words;
 }
 
 Words candidates(const CLI::App& app, const Words& words, const std::string& current) {
   const Before before = understand(app, words);
   Words result;
   if (before.waiting != nullptr) {
-    result = option_values(*before.waiting);
+    result = option_values(*before.waiting, current);
     if (before.waiting->get_lnames().front() != "simulate") {
       return result;
     }
+  }
+  if (current.starts_with("--") && current.find('=') != std::string::npos) {
+    return joined_values(app, before, current);
   }
   if (current.starts_with("-")) {
     add_options(app, result);
@@ -175,8 +228,13 @@ Words candidates(const CLI::App& app, const Words& words, const std::string& cur
     }
     return result;
   }
-  const Words more = before.command == nullptr ? commands(app) : positional_words(before, current);
-  result.insert(result.end(), more.begin(), more.end());
+  for (const std::string& word :
+       before.command == nullptr ? commands(app) : positional_words(before, current)) {
+    // Files are one word, whatever asks for them.
+    if (std::find(result.begin(), result.end(), word) == result.end()) {
+      result.push_back(word);
+    }
+  }
   return result;
 }
 

@@ -353,8 +353,11 @@ void add_diff(CommandLine& line) {
                 "0 the same, 1 something differs, 2 trouble, 3 no device"},
                [options](const GlobalOptions& globals) { return run_diff(globals, *options); });
   command.add_option("A", options->before, "A recording, a file of list --json, or 'now'")
+      ->type_name("FILE|now")
       ->required();
-  command.add_option("B", options->after, "The same, for the newer one")->required();
+  command.add_option("B", options->after, "The same, for the newer one")
+      ->type_name("FILE|now")
+      ->required();
   command.add_option("--at", options->at, "Compare recordings at this time since they began")
       ->type_name("TIME");
   command.add_flag("--all", options->all, "Show measured values that merely moved as well");

@@ -1,5 +1,5 @@
 # Bash completion for kovactl, which knows best itself: commands, options, items by name, path or
-# ID, labels, families and machines. No device is asked.
+# ID, labels, families, machines, and where files belong. No device is asked.
 
 _kovactl() {
   # shellcheck disable=SC2034 # all four are set by the line after
@@ -8,11 +8,14 @@ _kovactl() {
 
   # As the program will see them: without the shell's quoting.
   local unquoted=("${words[@]//[\\\"\']/}")
-  local line IFS=$'\n'
+  local line whole IFS=$'\n'
   COMPREPLY=()
   while read -r line; do
     if [[ $line == @files ]]; then
+      whole=$cur
+      cur=${cur#--*=}
       _filedir
+      cur=$whole
       continue
     fi
     # The shell replaces what stands behind the last "=".
