@@ -8,6 +8,7 @@ set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/KovaIoT)
 set(generated_folder ${PROJECT_BINARY_DIR}/install)
 
 install(FILES include/kova_iot.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev)
+install(FILES include/kova_iot.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT dev)
 
 # find_package(KovaIoT)
 set(include_folder ${CMAKE_INSTALL_INCLUDEDIR})

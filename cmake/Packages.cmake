@@ -42,8 +42,9 @@ set(CPACK_RPM_SPEC_MORE_DEFINE "%define _buildhost reproducible
 # Folders that the system has, or that another package brings.
 foreach(folder bin include lib lib/systemd lib/systemd/system ${CMAKE_INSTALL_LIBDIR}
         ${CMAKE_INSTALL_LIBDIR}/cmake ${CMAKE_INSTALL_LIBDIR}/pkgconfig share share/doc share/man
-        share/man/man1 share/man/man8 share/bash-completion share/bash-completion/completions
-        share/zsh share/zsh/vendor-completions share/fish share/fish/vendor_completions.d)
+        share/man/man1 share/man/man3 share/man/man5 share/man/man8 share/bash-completion
+        share/bash-completion/completions share/zsh share/zsh/vendor-completions share/fish
+        share/fish/vendor_completions.d)
   list(APPEND CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION /usr/${folder})
 endforeach()
 

@@ -71,9 +71,9 @@ while IFS=: read -r document link; do
   [ -e "${document%/*}/$link" ] || fail "$document links to $link"
 done < <(grep -roE --include='*.md' '\]\([^)#:]+[)#]' "$prefix/share/doc")
 
-for file in share/man/man1/kovactl.1 share/bash-completion/completions/kovactl \
-  share/zsh/vendor-completions/_kovactl share/fish/vendor_completions.d/kovactl.fish \
-  share/doc/kova-iot-dev/host-guide.md share/doc/kova-iot-dev/items.md \
-  share/doc/kova-iot-tools/support.md; do
+for file in share/man/man1/kovactl.1 share/man/man3/kova_iot.3 share/man/man5/kova-machine.5 \
+  share/bash-completion/completions/kovactl share/zsh/vendor-completions/_kovactl \
+  share/fish/vendor_completions.d/kovactl.fish share/doc/kova-iot-dev/host-guide.md \
+  share/doc/kova-iot-dev/items.md share/doc/kova-iot-tools/support.md; do
   [ -s "$prefix/$file" ] || fail "no $file"
 done

@@ -105,7 +105,7 @@ class Metrics(unittest.TestCase):
                                       "tools/monitoring/prometheus/*", "tools/monitoring/grafana/*")
                  for file in SOURCE.glob(pattern)]
         for page in pages:
-            for name in re.findall(r"(?<![a-z_])kova_(?:[a-z]+_)*[a-z]+(?!\.(?:h|cpp)\b|[a-z_])",
+            for name in re.findall(r"(?<![a-z_])kova_(?:[a-z]+_)*[a-z]+(?!\.(?:h|cpp)\b|[a-z_]| ?\(\d\))",
                                    page.read_text()):
                 with self.subTest(f"{name} in {page.relative_to(SOURCE)}"):
                     end = re.sub("_(?:minimum|maximum)(?=_)", "", name)
