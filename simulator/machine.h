@@ -87,7 +87,7 @@ class Machine {
   void visit_moments(Visit visit) const {
     for (const auto& [code, item] : description_.items) {
       if (const auto* trace = item.value ? std::get_if<SharedTrace>(&*item.value) : nullptr) {
-        (*trace)->visit_moments([&](std::uint64_t ms) { visit(code, ms); });
+        (*trace)->visit_moments([&visit, at = code](std::uint64_t ms) { visit(at, ms); });
       }
     }
   }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "simulator/description.h"
+#include "simulator/device_code.h"
 
 namespace {
 
