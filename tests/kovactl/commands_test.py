@@ -233,5 +233,33 @@ class Commands(TestCase):
             self.assertEqual(run(["complete", "--", *words]).out.splitlines(), completed, words)
 
 
+class Streams(TestCase):
+    def test_minus_is_stdin_or_stdout(self):
+        machine = self.machine(clock={"step_ms": 0})
+        listing = run([*machine, "list", "--json"]).out
+        less = listing.replace("0x14160716", "0x1416FFFF")
+        recording = (self.folder / "machine.json").read_text()
+        for words, stdin, exit_code, out, err in (
+                ("diff - now", listing, 0, "items the same\n", ""),
+                ("diff now -", less, 1, "vanished", ""),
+                ("list --expect -", less, 1, "0x1416FFFF", "kovactl: 0x1416FFFF "),
+                ("check --rules -", '{"crit": {"Power input": "1"}}', 2, "KOVA CRITICAL", ""),
+                ("report - --for 0", "", 0, "</html>", ""),
+                ("diff - -", listing, 2, "", "cannot read '-': stdin can be read once only"),
+                ("diff - now", recording, 2, "", "a recording is read more than once"),
+                ("diff - now", "", 2, "", "stdin has no output of list --json"),
+                ("check --rules - --expect -", listing, 3, "KOVA UNKNOWN", "stdin can be read once only"),
+                ("record -", "", 2, "", "cannot go to stdout: name a file"),
+                ("report page.html --from -", recording, 2, "", "needs a file, not stdin")):
+            with self.subTest(words=words, stdin=stdin[:20]):
+                options = [] if "--from" in words else machine
+                result = run([*options, *words.split()], {"input": stdin.encode(), "timeout": 60})
+                self.assertEqual(result.exit_code, exit_code, result.err)
+                for part, whole in ((out, result.out), (err, result.err)):
+                    self.assertIn(part, whole)
+                    self.assertEqual(part == "", whole == "", whole)
+        self.assertEqual([file.name for file in self.folder.iterdir()], ["machine.json"])
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -269,7 +269,8 @@ vanished  GSensor  all {gsensor} items
         good = self.variation("good.json")
         for file in (pipe, link, "/dev/zero", "/proc/self/status", self.folder):
             for words in (["diff", good, str(file)], ["diff", str(file), good],
-                          ["--simulate", "list", "--expect", str(file)]):
+                          ["--simulate", "list", "--expect", str(file)],
+                          ["--simulate", "list", "--rules", str(file)]):
                 with self.subTest(words):
                     result = run(words, {"timeout": 10})
                     self.assertEqual((result.exit_code, result.out), (2, ""))

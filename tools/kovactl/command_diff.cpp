@@ -87,7 +87,7 @@ Side play(const GlobalOptions& globals, const std::string& file, const std::stri
 
 std::string read_whole(const std::string& file) {
   try {
-    return read_regular_file(file);
+    return read_file_or_stdin(file);
   } catch (const HostError& error) {
     throw HostError(error.fault(), fmt::format("{}; give a recording, a file that list --json has "
                                                "written, or 'now'",
@@ -102,6 +102,11 @@ Side side_of(const GlobalOptions& globals, const std::string& name, const std::s
   const std::string text = read_whole(name);
   if (is_list_document(text)) {
     return {name, listing_from(parse_list_document(text, "'" + name + "'")), {}};
+  }
+  if (name == kStandardStream) {
+    throw HostError(Fault::usage,
+                    "stdin has no output of list --json; a recording is read more than once and "
+                    "needs a file");
   }
   return play(globals, name, at);
 }
@@ -352,7 +357,9 @@ void add_diff(CommandLine& line) {
                 "kovactl diff last-good.json now",
                 "0 the same, 1 something differs, 2 trouble, 3 no device"},
                [options](const GlobalOptions& globals) { return run_diff(globals, *options); });
-  command.add_option("A", options->before, "A recording, a file of list --json, or 'now'")
+  command
+      .add_option("A", options->before,
+                  "A recording, a file of list --json or - for stdin, or 'now'")
       ->type_name("FILE|now")
       ->required();
   command.add_option("B", options->after, "The same, for the newer one")

@@ -7,6 +7,7 @@
 #include "tools/host/record/recording.h"
 #include "tools/host/system/duration.h"
 #include "tools/host/system/plain_text.h"
+#include "tools/host/system/regular_file.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
@@ -144,6 +145,11 @@ std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recordin
 }
 
 ExitCode run_record(const GlobalOptions& globals, const RecordOptions& options) {
+  if (options.file == kStandardStream) {
+    throw HostError(Fault::usage,
+                    "a recording is written piece by piece into a file and cannot go to stdout: "
+                    "name a file, ./- for one of that name");
+  }
   const Plan plan = plan_of(options);
   Attendant& attendant = *globals.attendant;
   Recording recording({options.file, options.redact, globals.host.simulate});

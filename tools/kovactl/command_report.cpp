@@ -13,6 +13,7 @@
 #include "tools/host/system/duration.h"
 #include "tools/host/system/host_name.h"
 #include "tools/host/system/plain_text.h"
+#include "tools/host/system/regular_file.h"
 #include "tools/host/system/unix_time.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
@@ -95,9 +96,10 @@ class ReportFile {
                       drawn_text(), early.empty() ? "" : ". Ended early: " + early),
           unix_time(),
           static_cast<double>(std::max(course_.step, course_.interval).count()) / 1000};
-      replace_file(file_, kova_page::single_file(document_.json(heading)));
+      put(kova_page::single_file(document_.json(heading)));
     }
-    return fmt::format("{} has the {} until then", printable(file_), sweeps);
+    return fmt::format("{} has the {} until then",
+                       file_ == kStandardStream ? "stdout" : printable(file_), sweeps);
   }
 
   // The same as what to add to the message about an early end.
@@ -113,6 +115,14 @@ class ReportFile {
   size_t failed_items() const { return document_.failed_items(); }
 
  private:
+  void put(const std::string& page) const {
+    if (file_ == kStandardStream) {
+      print(page);
+    } else {
+      replace_file(file_, page);
+    }
+  }
+
   std::string drawn_text() const {
     return document_.is_thinned()
                ? fmt::format(
@@ -248,12 +258,17 @@ ExitCode report_recording(const GlobalOptions& globals, const ReportOptions& opt
 }
 
 ExitCode run_report(const GlobalOptions& globals, const ReportOptions& options) {
-  check_writable(options.file);
+  if (options.file != kStandardStream) {
+    check_writable(options.file);
+  }
   if (options.recording.empty()) {
     return report_live(globals, options);
   }
   if (globals.host.simulate) {
     throw HostError(Fault::usage, "--from names the machine; --simulate names another one");
+  }
+  if (options.recording == kStandardStream) {
+    throw HostError(Fault::usage, "a recording is read more than once and needs a file, not stdin");
   }
   return report_recording(globals, options);
 }
@@ -267,7 +282,9 @@ void add_report(CommandLine& line) {
                 "kovactl report bus-042.html --for 5m",
                 "0 all well, 1 an item failed in some sweep, 2 usage, 3 no device"},
                [options](const GlobalOptions& globals) { return run_report(globals, *options); });
-  command.add_option("FILE", options->file, "The file to write, as a whole or not at all")
+  command
+      .add_option("FILE", options->file,
+                  "The file to write, as a whole or not at all; - for stdout")
       ->required();
   auto* from = command
                    .add_option("--from", options->recording,

@@ -9,6 +9,7 @@
 #include "tools/host/system/errors.h"
 #include "tools/host/system/json_ptr.h"
 #include "tools/host/system/nearest.h"
+#include "tools/host/system/regular_file.h"
 
 namespace kova_host {
 namespace {
@@ -146,11 +147,11 @@ void add_limits(const std::vector<NamedLimit>& limits, const std::vector<Item>& 
 
 RulesFile read_rules_file(const std::string& path) {
   json_error_t error;
-  const JsonPtr json(json_load_file(path.c_str(), JSON_REJECT_DUPLICATES, &error));
+  const std::string text = read_file_or_stdin(path);
+  const JsonPtr json(json_loadb(text.data(), text.size(), JSON_REJECT_DUPLICATES, &error));
   if (!json_is_object(json.get())) {
-    refuse(json             ? fmt::format("'{}' has no JSON object", path)
-           : error.line < 1 ? fmt::format("cannot read '{}': {}", path, error.text)
-                            : fmt::format("'{}', line {}: {}", path, error.line, error.text));
+    refuse(json ? fmt::format("'{}' has no JSON object", path)
+                : fmt::format("'{}', line {}: {}", path, error.line, error.text));
   }
   RulesFile file;
   const char* key = nullptr;

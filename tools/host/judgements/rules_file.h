@@ -37,8 +37,8 @@ struct RulesFile {
 //              "battery-worn": {"limit": 0.7, "severity": "critical", "for": "1h"}},
 //    "warn": {"TRK7K VTIN *": "70"}, "crit": {"TRK7K VTIN *": "~:85"}}
 //
-// Limits of rules are in the base units of metrics. Throws HostError (usage) for a file that cannot
-// be read or is none, and for a rule that there is not, with the nearest.
+// Limits of rules are in the base units of metrics. "-" is stdin. Throws HostError (usage) for a
+// file that cannot be read or is none, and for a rule that there is not, with the nearest.
 RulesFile read_rules_file(const std::string& path);
 
 // The file's, for a machine with these items.

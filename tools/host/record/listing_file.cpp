@@ -96,7 +96,7 @@ std::vector<ListedItem> parse_list_document(std::string_view text, const std::st
 }
 
 std::vector<ListedItem> read_list_document(const std::string& file) {
-  return parse_list_document(read_regular_file(file), "'" + file + "'");
+  return parse_list_document(read_file_or_stdin(file), "'" + file + "'");
 }
 
 std::vector<Item> with_missing(std::vector<Item> items, const std::vector<ListedItem>& expected) {

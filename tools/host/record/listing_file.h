@@ -18,7 +18,7 @@ struct ListedItem {
 // for a text that is no such document.
 std::vector<ListedItem> parse_list_document(std::string_view text, const std::string& name);
 
-// The same of a file. Throws HostError (usage) too if the file cannot be read.
+// The same of a file, or of stdin for "-". Throws HostError (usage) too if the file cannot be read.
 std::vector<ListedItem> read_list_document(const std::string& file);
 
 // The items of a machine, and those of `expected` whose ID none of them has, marked as missing.

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <system_error>
 
@@ -59,14 +60,12 @@ OwnedDescriptor open_regular(const std::string& file) {
   return descriptor;
 }
 
-}  // namespace
-
-std::string read_regular_file(const std::string& file, size_t at_most) {
-  const OwnedDescriptor descriptor = open_regular(file);
+// From an open descriptor; `file` is for messages.
+std::string read_to_end(int descriptor, const std::string& file, size_t at_most) {
   std::string text;
   std::array<char, 65536> block;
   for (;;) {
-    const ssize_t size = read(descriptor.get(), block.data(), block.size());
+    const ssize_t size = read(descriptor, block.data(), block.size());
     if (size == 0) {
       return text;
     }
@@ -79,6 +78,24 @@ std::string read_regular_file(const std::string& file, size_t at_most) {
       refuse_file(file, fmt::format("it has more than {} bytes", at_most));
     }
   }
+}
+
+}  // namespace
+
+std::string read_regular_file(const std::string& file, size_t at_most) {
+  const OwnedDescriptor descriptor = open_regular(file);
+  return read_to_end(descriptor.get(), file, at_most);
+}
+
+std::string read_file_or_stdin(const std::string& file, size_t at_most) {
+  static std::atomic<bool> is_read{false};
+  if (file != kStandardStream) {
+    return read_regular_file(file, at_most);
+  }
+  if (is_read.exchange(true)) {
+    refuse_file(file, "stdin can be read once only");
+  }
+  return read_to_end(STDIN_FILENO, file, at_most);
 }
 
 }  // namespace kova_host
