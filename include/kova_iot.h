@@ -42,20 +42,21 @@
 
 /* Every status with its meaning, for programs that tell people: define ROW(status, meaning), such
  * as a case of a switch or a line of an array, and expand KOVA_IOT_STATUSES(ROW). */
-#define KOVA_IOT_STATUSES(ROW)                                                                    \
-  ROW(IOT_STATUS_SUCCESS, "success")                                                              \
-  ROW(IOT_STATUS_NOT_READY,                                                                       \
-      "not started; the family is not present; an entry of the device library is missing; there " \
-      "is no document, or its target is no object; memory ran out")                               \
-  ROW(IOT_STATUS_NOT_FOUND,                                                                       \
-      "at a start: no device library, or no family present; at a read: no such text, or a "       \
-      "battery time that does not apply")                                                         \
-  ROW(IOT_STATUS_UNSUPPORTED, "no such family or item, or it cannot be written")                  \
-  ROW(IOT_STATUS_READ_FAILED, "the device library failed to read; any accelerometer read")        \
-  ROW(IOT_STATUS_WRITE_FAILED, "the device library failed to write, or refused the value")        \
-  ROW(IOT_STATUS_INVALID_PARAMETER,                                                               \
-      "a write of a null value or of a type that the item does not take")                         \
-  ROW(IOT_STATUS_JSON_ERROR, "a JSON element or package could not be built")                      \
+#define KOVA_IOT_STATUSES(ROW)                                                                   \
+  ROW(IOT_STATUS_SUCCESS, "success")                                                             \
+  ROW(IOT_STATUS_NOT_READY,                                                                      \
+      "not started; the family is not present (reads, and writes of PoE ports); the device "     \
+      "library has no entry for this call; there is no document, or its target is no object; "   \
+      "memory ran out")                                                                          \
+  ROW(IOT_STATUS_NOT_FOUND,                                                                      \
+      "at a start: no device library, no read entry in it, or no family present; at a read: no " \
+      "such text, or a battery time that does not apply")                                        \
+  ROW(IOT_STATUS_UNSUPPORTED, "no such family or item, or it cannot be written")                 \
+  ROW(IOT_STATUS_READ_FAILED, "the device library failed to read; any accelerometer read")       \
+  ROW(IOT_STATUS_WRITE_FAILED, "the device library failed to write, or refused the value")       \
+  ROW(IOT_STATUS_INVALID_PARAMETER,                                                              \
+      "a write of a null value or of a type that the item does not take")                        \
+  ROW(IOT_STATUS_JSON_ERROR, "a JSON element or package could not be built")                     \
   ROW(IOT_STATUS_UNDEFINED_ITEM, "a memory-module item without an SPD field")
 
 #ifdef __cplusplus
@@ -66,7 +67,7 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 /* Loads the device library (/usr/lib/libKOVADevice.so, else /usr/lib64/libKOVADevice.so), asks
- * which families are present and builds the capability document: expect some hundred device reads.
+ * which families are present and builds the capability document: expect 200 to 600 device reads.
  * IOT_STATUS_SUCCESS: at least one family is present. (The document may still lack a group that
  *   could not be built; KovaIoTGetMDCapability tells whether there is one at all.)
  * IOT_STATUS_NOT_FOUND: no device library, no read entry in it, or no family present.
@@ -90,7 +91,8 @@ uint32_t KovaIoTGetMDCapability(json_t* target);
 /* Reads item `id` into `value`, which the caller has made with the JSON type that the item has in
  * the document: a string for "sv", an integer for "bv", an integer or real for "v". jansson
  * refuses a change of type: a value of another type (or NULL) is left as it was and the status is
- * still 0. On a failure `value` is left as it was.
+ * still 0. So it is with a text of the device that is not UTF-8. On a failure `value` is left as it
+ * was.
  *
  * Accelerometer items (0x1415xxxx) answer IOT_STATUS_READ_FAILED even when they have filled the
  * scalar they were given. Preset the value to something the item cannot report (a real of 1e9, an
@@ -102,11 +104,13 @@ uint32_t KovaIoTGetMDCapability(json_t* target);
 uint32_t KovaIoTGetMDValue(uint32_t id, json_t* value);
 
 /* Writes `value`, a JSON integer or real, to item `id`; `value` is only read. Ranges in the
- * document are advice: the value goes to the device as it is, and the device decides.
+ * document are advice: the value goes to the device as it is, and the device decides. That is so
+ * for a controller or an accelerometer that is not present, too: the write is sent and may succeed.
  * The checks in order: IOT_STATUS_NOT_READY (not started, or the device library lacks an entry),
- * IOT_STATUS_INVALID_PARAMETER (`value` is NULL or neither integer nor real; a PoE switch takes
- * integers only), IOT_STATUS_UNSUPPORTED (read-only family or item), IOT_STATUS_WRITE_FAILED or
- * the device library's own code (the device refused). */
+ * IOT_STATUS_INVALID_PARAMETER (`value` is NULL or neither integer nor real), of PoE ports
+ * IOT_STATUS_NOT_READY (there are none), IOT_STATUS_UNSUPPORTED (read-only family or item), of a
+ * PoE switch IOT_STATUS_INVALID_PARAMETER (it takes integers only), IOT_STATUS_WRITE_FAILED or the
+ * device library's own code (the device refused). */
 uint32_t KovaIoTSetMDValue(uint32_t id, json_t* value);
 
 /* Any function pointer, cast: the module raises no events and never calls it. */
