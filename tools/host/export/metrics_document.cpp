@@ -112,9 +112,10 @@ int main() {
   fmt::print("{}", kIntroduction);
   print_metrics("Program and sweep", kova_host::sweep_metrics());
   fmt::print(
-      "`kova_up` of the exporter falls to 0 three intervals after the last sweep. Age, interval "
-      "and\n"
-      "number of the sweeps are the exporter's only.\n\n");
+      "`kova_up` of the exporter falls to 0 three intervals after the last sweep (later on a slow\n"
+      "bus), without a device, and when no item can be read; that of `kovactl metrics --output` "
+      "is\n"
+      "0 without a device. Age, interval and number of the sweeps are the exporter's only.\n\n");
   print_metrics("Every item", kova_host::item_status_metrics());
   print_values();
 }
