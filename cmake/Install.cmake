@@ -42,7 +42,7 @@ install(FILES examples/minimal_host.c examples/minimal_host.py
 # elsewhere gets its link rewritten. What is said to scripts/docs_test.sh stays behind.
 set(dev_documents host-guide items)
 set(tools_documents json machine-description support troubleshooting)
-set(exporter_documents exporter fleet live-page metrics)
+set(exporter_documents exporter fleet live-page metrics performance)
 
 function(install_documents component)
   set(folder ${document_folder}/kova-iot-${component})
