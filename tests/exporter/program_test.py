@@ -143,7 +143,6 @@ class Program(unittest.TestCase):
         exporter.wait_until(lambda: exporter.text("/healthz") == "ok\n")
         self.assertIn("kova_temperature_celsius{", exporter.text("/metrics"))
         self.assertEqual(exporter.terminate()[0], 0)
-        self.assertNotIn("does not return", exporter.process.stderr.read())
 
     def test_a_device_that_hangs_holds_up_nobody(self):
         exporter = Exporter(self, *self.machine(bus={"delay_us": 10000000}), "--interval", "1s")
@@ -153,7 +152,7 @@ class Program(unittest.TestCase):
         self.assertLess(time.monotonic() - start, 5)  # a call to the device takes ten
         code, seconds = exporter.terminate()
         self.assertEqual(code, 0)
-        self.assertLess(seconds, 8)
+        self.assertLess(seconds, 4)  # two, on a machine that is not busy
 
     def test_a_socket_file_goes_with_the_program(self):
         path = self.folder / "http.sock"
@@ -171,8 +170,6 @@ class Program(unittest.TestCase):
                 time.sleep(0.5 if machine == hanging else 0)  # until it hangs
                 program.send_signal(end)
                 self.assertEqual(program.wait(10), 0)
-                self.assertEqual("the device library does not return" in program.stderr.read(),
-                                 machine == hanging)
             self.assertFalse(path.exists())
 
     def test_each_request_and_sweep_is_logged_if_wanted(self):

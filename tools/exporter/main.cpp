@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/exporter/service.h"
+#include "tools/host/session/worker.h"
 
 namespace {
 
@@ -28,6 +29,9 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   using kova_exporter::LogLevel;
+  if (const auto code = kova_host::run_if_worker(argc, argv)) {
+    return *code;
+  }
   try {
     return run(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const std::invalid_argument& error) {

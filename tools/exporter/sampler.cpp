@@ -1,8 +1,14 @@
 // The sampling thread.
 #include "tools/exporter/sampler.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <system_error>
 #include <utility>
 
 #include "tools/exporter/log.h"
@@ -29,6 +35,18 @@ kova_page::RecentSamples::Row numbers_of(const Readings& readings) {
   return row;
 }
 
+using kova_host::WorkerEvent;
+
+constexpr double kLimitSeconds = 10;              // of a single call of the device
+constexpr std::chrono::milliseconds kGrace{700};  // at the end of the program
+
+void wait_until(int descriptor, std::chrono::steady_clock::time_point time) {
+  const auto rest =
+      std::chrono::ceil<std::chrono::milliseconds>(time - std::chrono::steady_clock::now());
+  pollfd stop = {descriptor, POLLIN, 0};
+  poll(&stop, 1, static_cast<int>(std::max<int64_t>(rest.count(), 0)));
+}
+
 bool all_failed(const Readings& readings) {
   return !readings.empty() && std::all_of(readings.begin(), readings.end(), [](const auto& entry) {
     return entry.second.state == Reading::State::failed;
@@ -37,61 +55,71 @@ bool all_failed(const Readings& readings) {
 
 }  // namespace
 
-Sampler::Sampler(kova_host::HostOptions options, Store& store,
+Sampler::Sampler(kova_host::HostOptions options, Store& store, kova_host::WorkerSettings worker,
                  std::chrono::nanoseconds between_looks)
     : options_(std::move(options)),
       store_(store),
+      worker_([&] {
+        worker.limit_seconds = kLimitSeconds;
+        worker.outlives_hangs = true;
+        worker.patience = kGrace;
+        worker.waiting = this;
+        worker.tell = [this](WorkerEvent event, const std::string& text) { note(event, text); };
+        return std::move(worker);
+      }()),
       between_looks_(between_looks),
-      list_(store.latest()->list) {
-  thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
+      list_(store.latest()->list),
+      stop_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (stop_ < 0) {
+    throw std::system_error(errno, std::generic_category(), "cannot make an event descriptor");
+  }
+  thread_ = std::thread([this] { run(); });
 }
 
-Sampler::~Sampler() = default;
-
-bool Sampler::finish(std::chrono::milliseconds patience) {
-  thread_.request_stop();
-  std::unique_lock lock(mutex_);
-  return end_.wait_for(lock, patience, [this] { return ended_; });
+Sampler::~Sampler() {
+  stop_time_ = Clock::now().time_since_epoch().count();
+  (void)eventfd_write(stop_, 1);
+  thread_.join();
+  close(stop_);
 }
 
-std::chrono::steady_clock::duration Sampler::busy_for() const {
-  const Clock::rep since = busy_since_.load();
-  return since == 0 ? Clock::duration(0) : Clock::now().time_since_epoch() - Clock::duration(since);
+std::vector<int> Sampler::descriptors() const {
+  return stop_time_ == 0 ? std::vector{stop_} : std::vector<int>();
 }
 
-void Sampler::run(const std::stop_token& stop) {
+// A sweep that is about to end may.
+bool Sampler::go_on(const kova_host::CallUnderWay& /*call*/) {
+  const Clock::rep stop = stop_time_;
+  return stop == 0 || Clock::now().time_since_epoch() - Clock::duration(stop) < kGrace;
+}
+
+void Sampler::run() {
   const auto interval =
       std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(store_.interval()));
   auto next = Clock::now();
-  std::unique_lock lock(mutex_);
-  while (!stop.stop_requested() && store_.failure().empty()) {
-    lock.unlock();
+  while (stop_time_ == 0 && store_.failure().empty()) {
     const auto began = Clock::now();
-    busy_since_ = began.time_since_epoch().count();
-    work_once(stop);
-    busy_since_ = 0;
-    lock.lock();
+    work_once();
     next = kova_host::next_sweep(next, interval, began, Clock::now());
-    wake_.wait_until(lock, stop, next, [] { return false; });
+    wait_until(stop_, next);
   }
-  lock.unlock();
   session_.reset();
-  lock.lock();
-  ended_ = true;
-  end_.notify_all();
+  host_.reset();
 }
 
-void Sampler::work_once(const std::stop_token& stop) {
+void Sampler::work_once() {
   try {
     if (session_ == nullptr) {
       start_module();
     } else {
       look_for_new_items();
     }
-    sweep(stop);
+    sweep();
+  } catch (const kova_host::CallGivenUp&) {
+    // The end of the program.
   } catch (const kova_host::HostError& error) {
     // What was wrong with the arguments at the start will not mend itself.
-    if (error.fault() == kova_host::Fault::usage && !has_started_) {
+    if (error.fault() == kova_host::Fault::usage && host_ == nullptr) {
       store_.fail(error.what());
     } else {
       publish_failure(error.what());
@@ -102,14 +130,18 @@ void Sampler::work_once(const std::stop_token& stop) {
 }
 
 void Sampler::start_module() {
-  auto session = std::make_unique<kova_host::Session>(options_);
+  if (host_ == nullptr) {
+    auto host = std::make_shared<kova_host::WorkerHost>(worker_);
+    host->load({options_});
+    host_ = std::move(host);
+  }
+  auto session = std::make_unique<kova_host::Session>(host_, options_.simulate);
   auto list = std::make_shared<kova_page::ItemList>();
   list->number = list_->number + 1;
   list->items = kova_host::Inventory::of(*session).items();
   list_ = std::move(list);
   plan_.emplace(list_->items);
   session_ = std::move(session);
-  has_started_ = true;
   last_look_ = Clock::now();
   log(LogLevel::info, "the device has {} items", kova_host::distinct(list_->items).size());
 }
@@ -132,29 +164,43 @@ void Sampler::look_for_new_items() {
   }
 }
 
-void Sampler::sweep(const std::stop_token& stop) {
+void Sampler::sweep() {
   const auto began = Clock::now();
-  auto readings = kova_host::sweep_items(*session_, *plan_, began.time_since_epoch(),
-                                         [&stop](const Item&) { return !stop.stop_requested(); });
-  if (!readings) {
-    return;
+  Readings readings = kova_host::sweep_items(*session_, *plan_, began.time_since_epoch());
+  const auto unasked = std::find_if(readings.begin(), readings.end(),
+                                    [](const auto& entry) { return !entry.second.reason.empty(); });
+  const bool whole = unasked == readings.end();
+  if (whole && !trouble_.empty()) {
+    trouble_.clear();
+    log(LogLevel::info, "the device library answers for all items again");
   }
-  const bool lost = all_failed(*readings);
-  publish(std::move(*readings), lost ? "no item of the device can be read" : "", began);
-  if (lost) {
+  const bool lost = all_failed(readings);
+  std::string error = whole ? "no item of the device can be read" : unasked->second.reason;
+  publish(std::move(readings), lost ? std::move(error) : "", began);
+  if (lost && whole) {
     // A module that starts anew finds a device that has come back, or another one.
     session_.reset();
   }
 }
 
+void Sampler::note(WorkerEvent event, const std::string& text) {
+  if (event == WorkerEvent::recovery) {
+    log(LogLevel::info, "{}", text);
+    return;
+  }
+  trouble_ = text;
+  log(LogLevel::warn, "{}", text);
+}
+
 // The items and what was last known of them stay; none of it is fresh.
 void Sampler::publish_failure(const std::string& error) {
   const auto before = store_.latest();
-  if (before->error != error) {
+  if (before->error != error && trouble_ != error) {
     log(LogLevel::warn, "{}", error);
   }
   auto snapshot = std::make_shared<kova_page::Snapshot>(*before);
   snapshot->error = error;
+  snapshot->trouble = trouble_;
   store_.publish(std::move(snapshot), nullptr);
 }
 
@@ -167,6 +213,7 @@ void Sampler::publish(Readings readings, std::string error, Clock::time_point be
   snapshot->ended = Clock::now();
   snapshot->duration = std::chrono::duration<double>(snapshot->ended - began).count();
   snapshot->error = std::move(error);
+  snapshot->trouble = trouble_;
   for (const auto& [id, reading] : readings) {
     if (reading.state != Reading::State::failed) {
       snapshot->last_success[id] = snapshot->time;

@@ -60,23 +60,23 @@ class ServiceManager {
     }
   }
 
-  // The first sweep has ended, well or not.
-  void ready(const kova_page::SweepState& state) {
-    if (!ready_) {
-      ready_ = true;
-      sd_notify(0, "READY=1");
+  // Clients are answered, with what there is.
+  static void ready() { sd_notify(0, "READY=1"); }
+
+  // A sweep has ended, well or not.
+  static void tell(const kova_page::SweepState& state) {
+    std::string status =
+        state.up ? fmt::format("sweeps take {:.3f} s", *state.duration) : state.error;
+    if (!state.trouble.empty() && state.trouble != state.error) {
+      status += "; " + state.trouble;
     }
-    const std::string status = state.up ? fmt::format("sweeps take {:.3f} s", *state.duration)
-                                        : kova_host::printable(state.error);
-    sd_notifyf(0, "STATUS=%s", status.c_str());
+    sd_notifyf(0, "STATUS=%s", kova_host::printable(status).c_str());
   }
 
-  // At each turn of the serving loop: the watchdog is fed when the loop has answered. A device
-  // library that does not return for so long will not come back: then only a new process can help,
-  // and the watchdog makes one.
-  void turn(std::chrono::steady_clock::duration busy) {
-    constexpr std::chrono::minutes kGivenUp{10};
-    if (pulse_ && pulse_->beat() && busy < kGivenUp) {
+  // At each turn of the serving loop: the watchdog is fed when the loop has answered. What the
+  // device library does is the worker's fate alone.
+  void turn() {
+    if (pulse_ && pulse_->beat()) {
       sd_notify(0, "WATCHDOG=1");
     }
   }
@@ -84,13 +84,13 @@ class ServiceManager {
   static void stopping() { sd_notify(0, "STOPPING=1"); }
 
  private:
-  bool ready_ = false;
   std::optional<Pulse> pulse_;  // with a watchdog
 };
 
 void serve_until_signal(const EndSignals& signals, const Store& store, const Site& site,
-                        Server& server, const Sampler& sampler) {
+                        Server& server) {
   ServiceManager manager(server);
+  ServiceManager::ready();
   enum { kSignal, kStore, kServer, kCount };
   std::array<pollfd, kCount> descriptors{};
   descriptors[kSignal] = {signals.descriptor(), POLLIN, 0};
@@ -108,17 +108,16 @@ void serve_until_signal(const EndSignals& signals, const Store& store, const Sit
     if ((descriptors[kStore].revents & POLLIN) != 0) {
       store.acknowledge();
       server.announce(site.newest_event());
-      manager.ready(site.state());
+      ServiceManager::tell(site.state());
     }
     server.serve();
-    manager.turn(sampler.busy_for());
+    manager.turn();
   }
 }
 
 }  // namespace
 
 int run_service(const Options& options) {
-  constexpr std::chrono::seconds kPatience{2};
   const EndSignals signals;
   (void)std::signal(SIGPIPE, SIG_IGN);
   const Listener listener(options.listen_address);
@@ -127,20 +126,14 @@ int run_service(const Options& options) {
                     .local_hosts_only = listener.address().is_loopback()});
   Server server(listener, site, {.connections_per_address = options.connections_per_address});
   log(LogLevel::info, "listening on {}", listener.address().url());
-  Sampler sampler(options.host, store);
-  serve_until_signal(signals, store, site, server, sampler);
+  const Sampler sampler(options.host, store);
+  serve_until_signal(signals, store, site, server);
   ServiceManager::stopping();
   const std::string failure = store.failure();
   if (!failure.empty()) {
     log(LogLevel::error, "{}", failure);
   }
-  const int exit_code = failure.empty() ? EXIT_SUCCESS : kWrongArguments;
-  if (!sampler.finish(kPatience)) {
-    log(LogLevel::warn, "the device library does not return; leaving without it");
-    listener.remove_file();
-    _exit(exit_code);
-  }
-  return exit_code;
+  return failure.empty() ? EXIT_SUCCESS : kWrongArguments;
 }
 
 }  // namespace kova_exporter

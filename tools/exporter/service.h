@@ -5,8 +5,8 @@
 
 namespace kova_exporter {
 
-// Serves until SIGTERM, SIGINT or SIGHUP comes. Returns the exit code; does not return if the
-// device library hangs then, but ends the process. Throws std::exception if it cannot serve.
+// Serves until SIGTERM, SIGINT or SIGHUP comes, and ends within two seconds then. Returns the exit
+// code. Throws std::exception if it cannot serve.
 int run_service(const Options& options);
 
 }  // namespace kova_exporter

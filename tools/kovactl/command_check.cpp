@@ -33,19 +33,21 @@ std::vector<NamedLimit> limits_from(const std::vector<std::string>& texts) {
 
 // What goes wrong on the way is told as an unknown state: by main, as for every command.
 ExitCode run_check(const GlobalOptions& globals, const CheckOptions& options) {
-  globals.attendant->limit_all(globals.timeout_seconds.value_or(kUsualLimitSeconds));
+  globals.device->limit_all(globals.timeout_seconds.value_or(kUsualLimitSeconds));
   const auto expected =
       options.expected.empty() ? std::vector<ListedItem>() : read_list_document(options.expected);
   const RulesFile rules = rules_from(options.rules);
   const auto warning = limits_from(options.warning);
   const auto critical = limits_from(options.critical);
-  const auto session = open_session(globals);
+  auto session = open_session(globals);
   const std::vector<Item> known = with_missing(Inventory::of(*session).items(), expected);
   Thresholds thresholds = thresholds_of(rules, known);
   add_limits(warning, known, thresholds.warning);
   add_limits(critical, known, thresholds.critical);
   const std::vector<Item> items = select_distinct(known, options.selection);
   const Judged judged = read_and_judge(*session, items, known, thresholds);
+  session.reset();
+  globals.device->require_good_end();
   const CheckResult result = check_readings(items, judged.readings, judged.findings, thresholds);
   print(result.text);
   return static_cast<ExitCode>(result.state);

@@ -3,19 +3,18 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <limits>
 #include <map>
 #include <set>
 
 #include "tools/host/export/json_report.h"
 #include "tools/host/model/status_text.h"
 #include "tools/host/record/comparison.h"
+#include "tools/host/system/duration.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/host/system/regular_file.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/host/values/shown_value.h"
-#include "tools/kovactl/child_process.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 
@@ -43,46 +42,41 @@ struct Side {
   std::optional<std::vector<LaterFailure>> later;
 };
 
-// What this program prints for such arguments.
-std::string output_of(const std::vector<std::string>& arguments) {
-  constexpr double kForever = std::numeric_limits<double>::infinity();
-  ChildProcess child(arguments);
-  std::string text;
-  while (const auto line = child.next_line(kForever, [] { return true; })) {
-    text += *line + '\n';
+// As a recording; nothing if it is another machine description, which is listed as ever.
+std::optional<Side> play_recording(const GlobalOptions& globals, const HostOptions& options,
+                                   const std::string& file, const std::string& at) {
+  const auto host = globals.device->host();
+  std::optional<Replay> replay;
+  try {
+    replay.emplace(host, options);
+  } catch (const WorkerDeath&) {
+    throw;
+  } catch (const HostError&) {
+    if (!at.empty()) {
+      throw;
+    }
+    return std::nullopt;
   }
-  return text;
+  const Session session(host, true);
+  const auto time = at.empty() ? std::chrono::milliseconds(0)
+                               : checked_duration(at, "time", std::chrono::milliseconds(0));
+  RecordedListing recorded = list_recording(*replay, session, time);
+  return Side{file, std::move(recorded.listing), std::move(recorded.later)};
 }
 
-// A child plays the recording: a process has one device library for all its life.
+// Another worker plays the recording: a process has one device library for all its life.
 Side play(const GlobalOptions& globals, const std::string& file, const std::string& at) {
-  std::vector<std::string> arguments = {"--simulate", fs::absolute(file)};
-  if (!globals.host.module.empty()) {
-    arguments.insert(arguments.end(), {"--module", globals.host.module});
-  }
-  arguments.insert(arguments.end(), {"list-recording", "--json"});
-  if (!at.empty()) {
-    arguments.insert(arguments.end(), {"--at", at});
-  }
-  const std::string json = output_of(arguments);
-  const JsonPtr document(json_loadb(json.data(), json.size(), 0, nullptr));
-  const char* message =
-      json_string_value(json_object_get(json_object_get(document.get(), "error"), "message"));
-  if (message != nullptr) {
+  const HostOptions options{globals.host.module, true, fs::absolute(file)};
+  try {
+    if (auto side = play_recording(globals, options, file, at)) {
+      return std::move(*side);
+    }
+    return {file, list_machine(*globals.device->start(options)), std::vector<LaterFailure>()};
+  } catch (const HostError& error) {
     // The simulator's messages begin with the file's name.
-    const std::string text = message;
+    const std::string text = error.what();
     throw HostError(Fault::usage, text.find(file) == std::string::npos ? file + ": " + text : text);
   }
-  std::vector<LaterFailure> later;
-  const json_t* failures = json_object_get(document.get(), "later");
-  for (size_t i = 0; i < json_array_size(failures); ++i) {
-    const json_t* failure = json_array_get(failures, i);
-    const auto id = parse_item_id(json_string_value(json_object_get(failure, "id")));
-    later.push_back({id.value_or(0),
-                     std::chrono::milliseconds(json_integer_value(json_object_get(failure, "ms"))),
-                     static_cast<uint32_t>(json_integer_value(json_object_get(failure, "code")))});
-  }
-  return {file, listing_from(parse_list_document(json, file)), std::move(later)};
 }
 
 std::string read_whole(const std::string& file) {

@@ -149,15 +149,17 @@ void check_families(const DeviceDiagnosis& diagnosis, Record& record) {
 }
 
 // "device code 0x822005 answers 0x5"; what the module made of it may not tell which one failed.
-std::string ask_codes(const Item& item, const JsonPtr& entry) {
-  const auto device = DirectDevice::in_process();
-  if (!device || item.facts.codes.empty()) {
+std::string ask_codes(const Session& session, const Item& item, const JsonPtr& entry) {
+  const std::vector<uint32_t>& codes = item.facts.codes;
+  const auto answers = session.read_codes(codes);
+  if (answers.empty()) {
     return "";
   }
   std::vector<std::string> texts;
   JsonPtr array = own(json_array());
-  for (const uint32_t code : item.facts.codes) {
-    const DeviceAnswer answer = device->read(code);
+  for (size_t i = 0; i < codes.size(); ++i) {
+    const uint32_t code = codes[i];
+    const DeviceAnswer& answer = answers[i];
     JsonPtr detail = own(json_object());
     put(detail, "device_code", json_text(id_text(code)));
     put(detail, "status", own(json_integer(answer.status)));
@@ -173,9 +175,9 @@ std::string ask_codes(const Item& item, const JsonPtr& entry) {
   return fmt::format("; device code {}", fmt::join(texts, ", "));
 }
 
-void add_finding(const Item& item, const Finding& finding, Record& record) {
+void add_finding(const Session& session, const Item& item, const Finding& finding, Record& record) {
   const JsonPtr codes = own(json_object());
-  const std::string answers = ask_codes(item, codes);
+  const std::string answers = ask_codes(session, item, codes);
   const JsonPtr& entry = record.add(
       "item", Verdict::failed, fmt::format("{} {}{}", title(item), finding.message(), answers));
   put(entry, "id", json_text(id_text(item.id)));
@@ -195,22 +197,13 @@ struct TimedRead {
 Readings read_timed(const Session& session, const std::vector<Item>& items,
                     std::vector<TimedRead>& times) {
   using std::chrono::steady_clock;
-  Progress progress("reading", items.size());
-  auto start = steady_clock::now();
-  const auto end_last = [&times, &start] {
-    const auto now = steady_clock::now();
-    if (!times.empty()) {
-      times.back().time = now - start;
-    }
-    start = now;
-  };
-  Readings readings = *read_items(session, items, [&](const Item& item) {
-    end_last();
-    times.push_back({&item});
-    progress.advance(item);
-    return true;
-  });
-  end_last();
+  const Progress progress("reading", items);
+  Readings readings;
+  for (const Item& item : items) {
+    const auto start = steady_clock::now();
+    readings.emplace(item.id, read_item(session, item));
+    times.push_back({&item, steady_clock::now() - start});
+  }
   return readings;
 }
 
@@ -258,7 +251,7 @@ void check_items(const Session& session, const RulesFile& rules, Record& record)
   for (const Finding& finding : judge(items, readings, thresholds)) {
     const auto item = std::find_if(items.begin(), items.end(),
                                    [&](const Item& one) { return one.id == finding.id; });
-    add_finding(*item, finding, record);
+    add_finding(session, *item, finding, record);
   }
   if (std::any_of(items.begin(), items.end(), [](const Item& item) { return !item.published; })) {
     record.advise(
@@ -269,25 +262,24 @@ void check_items(const Session& session, const RulesFile& rules, Record& record)
 
 // The exit code.
 ExitCode examine(const GlobalOptions& globals, const RulesFile& rules, Record& record) {
-  std::unique_ptr<Module> module;
+  const std::shared_ptr<DeviceHost> host = globals.device->host();
   try {
-    module = std::make_unique<Module>(globals.host);
+    const std::string file = host->load({globals.host}).module_file;
+    record.add("module", Verdict::ok, "module: " + file + release_text(file));
   } catch (const HostError& error) {
     record.add("module", Verdict::failed, error.what());
     record.advise("name the module's file with --module, or install the package kova-iot again");
     return ExitCode::no_device;
   }
-  record.add("module", Verdict::ok,
-             "module: " + module->file().native() + release_text(module->file()));
   std::unique_ptr<Session> session;
   std::string refusal;
   try {
     const Progress progress("starting the module");
-    session = std::make_unique<Session>(*module, globals.host.simulate);
+    session = std::make_unique<Session>(host, globals.host.simulate);
   } catch (const HostError& error) {
     refusal = error.what();
   }
-  const DeviceDiagnosis diagnosis = diagnose_device();
+  const DeviceDiagnosis diagnosis = host->diagnose();
   check_library(diagnosis, record);
   if (!diagnosis.library.empty()) {
     check_entries(diagnosis, record);

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/host/session/session.h"
+#include "tools/host/session/device_host.h"
 #include "tools/host/system/errors.h"
 
 namespace kovactl {
@@ -24,13 +24,13 @@ enum class ExitCode : int {
 
 ExitCode exit_code_of(const kova_host::HostError& error);
 
-class Attendant;
+class DeviceUse;
 
 // Options that every command takes.
 struct GlobalOptions {
   kova_host::HostOptions host;
   std::optional<double> timeout_seconds;  // of a call into the module; 0 for no limit
-  Attendant* attendant = nullptr;         // what looks after the command; never null in one
+  DeviceUse* device = nullptr;            // never null in a command
 };
 
 // Does a command's work. What ends it early is thrown: HostError or OutputError.

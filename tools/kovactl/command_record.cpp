@@ -70,25 +70,20 @@ struct Result {
 // own, from the first sample on, so that a replay that is sampled alike shows the same.
 class Sampling {
  public:
-  Sampling(const Recording& recording, const Plan& plan, Attendant& attendant)
-      : recording_(recording), plan_(plan), attendant_(attendant) {}
+  Sampling(const Recording& recording, const Plan& plan, const DeviceUse& device)
+      : recording_(recording), plan_(plan), device_(device) {}
 
-  Result run(const Session& session, const std::vector<Item>& items) {
+  void run(const Session& session, const std::vector<Item>& items, Result& result) {
     Progress progress("recording, Ctrl-C ends it", plan_.count > 1 ? plan_.count : 0);
     const auto start = steady_clock::now();
     auto next = start;
     SweepPlan sweeps(items);
-    Result result;
     result.items = items.size();
     for (;;) {
       const auto began = steady_clock::now();
-      const auto readings =
-          sweep_unless_interrupted(session, sweeps, began.time_since_epoch(), attendant_);
-      if (!readings) {
-        break;
-      }
+      const Readings readings = sweep_items(session, sweeps, began.time_since_epoch());
       ++result.samples;
-      for (const auto& [id, reading] : *readings) {
+      for (const auto& [id, reading] : readings) {
         if (reading.state == Reading::State::failed) {
           result.failed.insert(id);
         }
@@ -97,20 +92,24 @@ class Sampling {
       result.trouble = recording_.trouble();
       next = next_sweep(next, plan_.interval, began, steady_clock::now());
       result.length = std::chrono::duration_cast<milliseconds>(next - start);
-      if (result.trouble || result.samples == plan_.count || wait_until(attendant_, next)) {
+      if (result.trouble || result.samples == plan_.count || wait_until(device_, next)) {
         break;
       }
       recording_.set_time(result.length);
     }
     recording_.set_time(result.length);
-    return result;
   }
 
  private:
   const Recording& recording_;
   const Plan& plan_;
-  Attendant& attendant_;
+  const DeviceUse& device_;
 };
+
+std::unique_ptr<Session> started(const std::shared_ptr<WorkerHost>& host, bool simulated) {
+  const Progress progress("starting the module");
+  return std::make_unique<Session>(host, simulated);
+}
 
 void print_result(const Result& result, const std::string& file) {
   std::string text = fmt::format("{}: {} sample{} of {} items", printable(file), result.samples,
@@ -126,22 +125,44 @@ void print_result(const Result& result, const std::string& file) {
 }
 
 // What to add to the message about an early end.
-std::string keep(Recording& recording, const std::string& file) {
-  const auto trouble = recording.finish();
+std::string kept(const std::optional<std::string>& trouble, const std::string& file) {
   return trouble ? "; " + *trouble : fmt::format("; {} has what was answered", printable(file));
 }
 
-// A machine on which nothing is found is worth a recording all the more.
-std::unique_ptr<Session> start(const GlobalOptions& globals, Recording& recording,
-                               const std::string& file) {
+// Records, and keeps what was answered where the device, or the user, ends it early.
+ExitCode record(const GlobalOptions& globals, const RecordOptions& options, const Plan& plan,
+                const std::shared_ptr<WorkerHost>& host, Recording& recording) {
+  Result result;
+  std::optional<std::string> trouble;
   try {
-    return open_session(globals);
+    const auto session = started(host, globals.host.simulate);
+    const std::vector<Item> items =
+        select_distinct(Inventory::of(*session).items(), options.selection);
+    Sampling(recording, plan, *globals.device).run(*session, items, result);
+    trouble = recording.finish();
+  } catch (const WorkerDeath& death) {
+    throw HostError(death.fault(),
+                    death.what() + kept(recording.finish_without_worker(), options.file));
+  } catch (const CallGivenUp& call) {
+    trouble = recording.finish_without_worker();
+    if (result.samples == 0 || call.waited() >= std::chrono::seconds(1)) {
+      report(interruption_text(call) + kept(trouble, options.file));
+      return ExitCode::item_failed;
+    }
   } catch (const HostError& error) {
+    // A machine on which nothing is found is worth a recording all the more.
     if (error.fault() == Fault::no_device) {
-      throw HostError(Fault::no_device, error.what() + keep(recording, file), error.status());
+      throw HostError(Fault::no_device, error.what() + kept(recording.finish(), options.file),
+                      error.status());
     }
     throw;
   }
+  if (trouble) {
+    report(*trouble);
+    return ExitCode::item_failed;
+  }
+  print_result(result, options.file);
+  return ExitCode::success;
 }
 
 ExitCode run_record(const GlobalOptions& globals, const RecordOptions& options) {
@@ -151,20 +172,10 @@ ExitCode run_record(const GlobalOptions& globals, const RecordOptions& options) 
                     "name a file, ./- for one of that name");
   }
   const Plan plan = plan_of(options);
-  Attendant& attendant = *globals.attendant;
-  Recording recording({options.file, options.redact, globals.host.simulate});
-  const KeptOnExit kept(attendant,
-                        [&](const std::string&) { return keep(recording, options.file); });
-  const auto session = start(globals, recording, options.file);
-  const Inventory inventory = Inventory::of(*session);
-  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  const Result result = Sampling(recording, plan, attendant).run(*session, items);
-  if (const auto trouble = recording.finish()) {
-    report(*trouble);
-    return ExitCode::item_failed;
-  }
-  print_result(result, options.file);
-  return ExitCode::success;
+  globals.device->let_command_end();
+  const auto host = globals.device->host();
+  Recording recording(host, globals.host, {options.file, options.redact});
+  return record(globals, options, plan, host, recording);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <mutex>
 #include <utility>
 
 #include "tools/host/record/replay_walk.h"
@@ -62,8 +61,7 @@ struct Course {
   milliseconds step{kSecond};  // of the lines
 };
 
-// The file to be. It is written by the command in the end, or by the attendant where the device
-// hangs: once, as the first of them wants it.
+// The file to be.
 class ReportFile {
  public:
   ReportFile(std::string file, Course course, const std::vector<Item>& items)
@@ -76,28 +74,23 @@ class ReportFile {
   // As ReportDocument's.
   template <typename... Arguments>
   void add(const Arguments&... arguments) {
-    const std::lock_guard lock(mutex_);
     document_.add(arguments...);
   }
 
   // `early` tells why not all sweeps were made, "" if they were. Gives what the file has; throws
   // OutputError.
   std::string write(const std::string& early) {
-    const std::lock_guard lock(mutex_);
     if (document_.sweeps() == 0) {
       return "the first sweep was not whole, and nothing is written";
     }
     const std::string sweeps =
         fmt::format("{} sweep{}", document_.sweeps(), document_.sweeps() == 1 ? "" : "s");
-    if (!std::exchange(written_, true)) {
-      const ReportDocument::Heading heading = {
-          course_.machine,
-          fmt::format("{}{}{}{}{}", sweeps, course_.source.empty() ? "" : " from ", course_.source,
-                      drawn_text(), early.empty() ? "" : ". Ended early: " + early),
-          unix_time(),
-          static_cast<double>(std::max(course_.step, course_.interval).count()) / 1000};
-      put(kova_page::single_file(document_.json(heading)));
-    }
+    const ReportDocument::Heading heading = {
+        course_.machine,
+        fmt::format("{}{}{}{}{}", sweeps, course_.source.empty() ? "" : " from ", course_.source,
+                    drawn_text(), early.empty() ? "" : ". Ended early: " + early),
+        unix_time(), static_cast<double>(std::max(course_.step, course_.interval).count()) / 1000};
+    put(kova_page::single_file(document_.json(heading)));
     return fmt::format("{} has the {} until then",
                        file_ == kStandardStream ? "stdout" : printable(file_), sweeps);
   }
@@ -134,13 +127,11 @@ class ReportFile {
 
   const std::string file_;
   const Course course_;
-  std::mutex mutex_;
   ReportDocument document_;
-  bool written_ = false;
 };
 
-// Sweeps until the time is over, or Ctrl-C, which leaves out the sweep that is running.
-void watch(const Session& session, const std::vector<Item>& items, Attendant& attendant,
+// Sweeps until the time is over, or Ctrl-C.
+void watch(const Session& session, const std::vector<Item>& items, const DeviceUse& device,
            ReportFile& file) {
   const Course& course = file.course();
   Progress progress("sweep, Ctrl-C ends it",
@@ -150,25 +141,23 @@ void watch(const Session& session, const std::vector<Item>& items, Attendant& at
   const auto end = next + course.length;
   do {
     const auto began = steady_clock::now();
-    auto readings = sweep_unless_interrupted(session, sweeps, began.time_since_epoch(), attendant);
-    if (!readings) {
-      break;
-    }
-    file.add(unix_time(), *readings);
+    const Readings readings = sweep_items(session, sweeps, began.time_since_epoch());
+    file.add(unix_time(), readings);
     progress.advance();
     next = next_sweep(next, course.interval, began, steady_clock::now());
-  } while (next <= end && !wait_until(attendant, next));
+  } while (next <= end && !wait_until(device, next));
 }
 
 // The same through a recording, at each of its moments, as fast as it can be read.
 void walk(const Replay& replay, const Session& session, const std::vector<Item>& items,
-          Attendant& attendant, ReportFile& file) {
+          const DeviceUse& device, ReportFile& file) {
   ReplayWalk walk(replay, session, items, file.course().interval);
   Progress progress("sweep, Ctrl-C ends it", walk.size());
-  while (walk.next([&attendant](const Item&) { return !attendant.interrupted(); })) {
+  while (!device.interrupted() && walk.next()) {
     file.add(replay.begin() + static_cast<double>(walk.time().count()) / 1000, walk.readings(),
              walk.fresh());
     progress.advance();
+    draw_progress();
   }
 }
 
@@ -211,49 +200,58 @@ void check_writable(const std::string& file) {
   }
 }
 
-// Reads and writes; `read` makes the sweeps.
+// Reads and writes; `read` makes the sweeps. What was read is kept where the device, or the user,
+// ends it early.
 template <typename Read>
-ExitCode make_report(const Session& session, Attendant& attendant, const std::string& name,
+ExitCode make_report(const Session& session, const DeviceUse& device, const std::string& name,
                      const Course& course, const Read& read) {
   const Inventory inventory = Inventory::of(session);
   const std::vector<Item> items = distinct(inventory.items());
   ReportFile file(name, course, inventory.items());
-  {
-    const KeptOnExit kept(attendant, [&](const std::string& early) { return file.keep(early); });
+  std::string early;
+  bool unanswered = false;
+  try {
     read(items, file);
+    early = device.interrupted() ? "interrupted" : "";
+  } catch (const WorkerDeath& death) {
+    throw HostError(death.fault(), death.what() + file.keep(death.what()));
+  } catch (const CallGivenUp& call) {
+    early = interruption_text(call);
+    unanswered = call.waited() >= std::chrono::seconds(1);
   }
-  const std::string content = file.write(attendant.interrupted() ? "interrupted" : "");
-  if (attendant.interrupted()) {
-    report("interrupted; " + content);
+  const std::string content = file.write(early);
+  if (!early.empty()) {
+    report(early + "; " + content);
   }
   if (file.failed_items() > 0) {
     report(fmt::format("{} of {} items failed in at least one sweep, as the report tells",
                        file.failed_items(), items.size()));
   }
-  return file.sweeps() == 0 || file.failed_items() > 0 ? ExitCode::item_failed : ExitCode::success;
+  return unanswered || file.sweeps() == 0 || file.failed_items() > 0 ? ExitCode::item_failed
+                                                                     : ExitCode::success;
 }
 
 ExitCode report_live(const GlobalOptions& globals, const ReportOptions& options) {
   const Course course = live_course(options, globals.host);
+  DeviceUse& device = *globals.device;
   const auto session = open_session(globals);
-  Attendant& attendant = *globals.attendant;
-  return make_report(*session, attendant, options.file, course,
+  device.let_command_end();
+  return make_report(*session, device, options.file, course,
                      [&](const std::vector<Item>& items, ReportFile& file) {
-                       watch(*session, items, attendant, file);
+                       watch(*session, items, device, file);
                      });
 }
 
 ExitCode report_recording(const GlobalOptions& globals, const ReportOptions& options) {
-  HostOptions host = globals.host;
-  host.simulate = true;
-  host.machine = options.recording;
-  const Module module(host);
-  const Replay replay(host);
-  const Session session(module, true);
-  Attendant& attendant = *globals.attendant;
-  return make_report(session, attendant, options.file, recorded_course(options, replay),
+  const HostOptions source{globals.host.module, true, options.recording};
+  DeviceUse& device = *globals.device;
+  const auto host = device.host();
+  const Replay replay(host, source);
+  const Session session(host, true);
+  device.let_command_end();
+  return make_report(session, device, options.file, recorded_course(options, replay),
                      [&](const std::vector<Item>& items, ReportFile& file) {
-                       walk(replay, session, items, attendant, file);
+                       walk(replay, session, items, device, file);
                      });
 }
 

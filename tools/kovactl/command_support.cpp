@@ -12,47 +12,40 @@
 #include "tools/host/values/shown_value.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/progress.h"
+#include "tools/kovactl/signals.h"
 
 namespace kovactl {
 
 using namespace kova_host;
 
-bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time) {
+bool wait_until(const DeviceUse& device, std::chrono::steady_clock::time_point time) {
   using std::chrono::ceil, std::chrono::milliseconds, std::chrono::steady_clock;
-  pollfd descriptor = {attendant.interruption().descriptor(), POLLIN, 0};
-  while (!attendant.interrupted()) {
+  constexpr int64_t kTickMilliseconds = 200;  // for the progress
+  pollfd descriptor = {signal_descriptor(), POLLIN, 0};
+  while (!device.interrupted()) {
+    draw_progress();
     const auto rest = ceil<milliseconds>(time - steady_clock::now()).count();
     if (rest <= 0) {
       break;
     }
-    poll(&descriptor, 1, static_cast<int>(std::min<int64_t>(rest, 60'000)));
+    poll(&descriptor, 1, static_cast<int>(std::min(rest, kTickMilliseconds)));
   }
-  return attendant.interrupted();
+  return device.interrupted();
 }
 
-KeptOnExit::KeptOnExit(Attendant& attendant, Attendant::BeforeExit keep) : attendant_(attendant) {
-  attendant.let_command_end();
-  attendant.end_with(ExitCode::item_failed);
-  attendant.before_exit(std::move(keep));
+std::string interruption_text(const CallGivenUp& call) {
+  return call.waited() < std::chrono::seconds(1)
+             ? "interrupted"
+             : fmt::format("interrupted while {} did not answer", subject_text(call.subject()));
 }
 
 std::unique_ptr<Session> open_session(const GlobalOptions& globals) {
-  const Progress progress("starting the module");
-  return std::make_unique<Session>(globals.host);
+  return globals.device->start(globals.host);
 }
 
 Readings read_with_progress(const Session& session, const std::vector<Item>& items) {
-  Progress progress("reading", items.size());
-  return *read_items(session, items, [&progress](const Item& item) {
-    progress.advance(item);
-    return true;
-  });
-}
-
-std::optional<Readings> sweep_unless_interrupted(const Session& session, SweepPlan& plan,
-                                                 SweepPlan::Time now, const Attendant& attendant) {
-  return sweep_items(session, plan, now,
-                     [&attendant](const Item&) { return !attendant.interrupted(); });
+  const Progress progress("reading", distinct(items));
+  return read_items(session, items);
 }
 
 Judged read_and_judge(const Session& session, const std::vector<Item>& items,

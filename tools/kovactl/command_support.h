@@ -12,26 +12,16 @@
 #include "tools/host/model/selection.h"
 #include "tools/host/session/inventory.h"
 #include "tools/host/values/sweep_plan.h"
-#include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_line.h"
+#include "tools/kovactl/device_use.h"
 
 namespace kovactl {
 
 // Waits for that time, or until a signal asks the command to end; true if one has.
-bool wait_until(Attendant& attendant, std::chrono::steady_clock::time_point time);
+bool wait_until(const DeviceUse& device, std::chrono::steady_clock::time_point time);
 
-// While it lives, a signal that comes while the device hangs, or the time limit, ends the program
-// with what the command has done until then: `keep` is what Attendant::before_exit takes.
-class KeptOnExit {
- public:
-  KeptOnExit(Attendant& attendant, Attendant::BeforeExit keep);
-  ~KeptOnExit() { attendant_.before_exit(nullptr); }
-  KeptOnExit(const KeptOnExit&) = delete;
-  KeptOnExit& operator=(const KeptOnExit&) = delete;
-
- private:
-  Attendant& attendant_;
-};
+// "interrupted", or with the call that did not come back: "interrupted while X did not answer".
+std::string interruption_text(const kova_host::CallGivenUp& call);
 
 // Starts the module; shows progress on a terminal.
 std::unique_ptr<kova_host::Session> open_session(const GlobalOptions& globals);
@@ -39,12 +29,6 @@ std::unique_ptr<kova_host::Session> open_session(const GlobalOptions& globals);
 // As kova_host::read_items, with progress on a terminal.
 kova_host::Readings read_with_progress(const kova_host::Session& session,
                                        const std::vector<kova_host::Item>& items);
-
-// One sweep at `now`; nothing if a signal has come before its last read.
-std::optional<kova_host::Readings> sweep_unless_interrupted(const kova_host::Session& session,
-                                                            kova_host::SweepPlan& plan,
-                                                            kova_host::SweepPlan::Time now,
-                                                            const Attendant& attendant);
 
 // Readings, and what is to be thought of them.
 struct Judged {

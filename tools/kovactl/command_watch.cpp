@@ -8,18 +8,19 @@
 
 #include "tools/host/system/duration.h"
 #include "tools/host/system/typed_number.h"
-#include "tools/kovactl/attendant.h"
 #include "tools/kovactl/command_support.h"
 #include "tools/kovactl/output.h"
 #include "tools/kovactl/sample_text.h"
+#include "tools/kovactl/signals.h"
 #include "tools/kovactl/terminal.h"
-#include "tools/kovactl/watch_sampler.h"
 #include "tools/kovactl/watch_screen.h"
 
 namespace kovactl {
 
 using namespace kova_host;
 namespace {
+
+using std::chrono::steady_clock;
 
 struct WatchOptions {
   Selection selection;
@@ -37,98 +38,130 @@ uint32_t checked_count(const std::string& text) {
   return *count;
 }
 
-// Waits for one of the descriptors, or so many milliseconds; -1 for no end. False once nobody sees
-// the output any more: the terminal is gone, or the reader of a pipe.
-bool wait_for(std::initializer_list<int> descriptors, int milliseconds) {
-  std::vector<pollfd> events = {{.fd = STDOUT_FILENO, .events = 0, .revents = 0}};
-  for (const int descriptor : descriptors) {
-    events.push_back({.fd = descriptor, .events = POLLIN, .revents = 0});
-  }
-  poll(events.data(), events.size(), milliseconds);
-  return std::none_of(events.begin(), events.end(), [](const pollfd& event) {
-    return (event.revents & (POLLHUP | POLLERR)) != 0;
-  });
+struct WatchPlan {
+  std::vector<Item> items;
+  steady_clock::duration interval;
+  uint32_t count;  // samples; 0 for no end
+};
+
+// True once nobody sees the output any more: the terminal is gone, or the reader of a pipe.
+bool is_unseen(const pollfd& output) {
+  return (output.revents & (POLLHUP | POLLERR)) != 0;
 }
 
 // The work of one `watch`, in the form that was asked for or that suits stdout.
 class Watch {
  public:
-  Watch(Attendant& attendant, const WatchOptions& options, const Session& session,
-        const WatchSampler::Plan& plan)
-      : attendant_(attendant), options_(options), items_(plan.items), sampler_(session, plan) {}
-  // The sampler's last read may never come back.
-  ~Watch() { attendant_.end(); }
-  Watch(const Watch&) = delete;
-  Watch& operator=(const Watch&) = delete;
+  Watch(DeviceUse& device, const WatchOptions& options, const Session& session, WatchPlan plan)
+      : device_(device), options_(options), session_(session), plan_(std::move(plan)) {}
 
   // Until the last sample, a signal or the user's wish.
-  void as_lines();
-  // False if the terminal cannot show it.
-  bool on_screen();
+  void run() {
+    if (options_.json || !can_draw_on(STDOUT_FILENO) || !on_screen()) {
+      work();
+    }
+  }
+
+  ExitCode exit_code() const { return failed_ ? ExitCode::item_failed : ExitCode::success; }
 
  private:
-  void note_failures(const Sample& sample);
+  bool on_screen();
+  void work();
+  bool wait_for(steady_clock::time_point time);
+  bool go_on(const CallUnderWay* call);
+  void show(const Sample& sample);
   void print_lines(const Sample& sample);
 
-  Attendant& attendant_;
+  DeviceUse& device_;
   const WatchOptions& options_;
-  std::vector<Item> items_;
+  const Session& session_;
+  const WatchPlan plan_;
   WatchHistory history_;
-  WatchSampler sampler_;
+  std::unique_ptr<WatchScreen> screen_;
+  int keys_ = -1;
+  bool failed_ = false;
 };
 
-void Watch::note_failures(const Sample& sample) {
-  if (any_failed(sample.readings)) {
-    attendant_.end_with(ExitCode::item_failed);
-  }
-}
-
 void Watch::print_lines(const Sample& sample) {
-  history_.follow(items_, sample.readings);
+  history_.follow(plan_.items, sample.readings);
   std::vector<Item> items;
-  std::copy_if(items_.begin(), items_.end(), std::back_inserter(items), [this](const Item& item) {
-    return !options_.changed || history_.samples() == 1 || history_.track(item).changed;
-  });
+  std::copy_if(
+      plan_.items.begin(), plan_.items.end(), std::back_inserter(items), [this](const Item& item) {
+        return !options_.changed || history_.samples() == 1 || history_.track(item).changed;
+      });
   if (!items.empty()) {
     print(options_.json ? sample_json(items, sample) : sample_line(items, sample));
   }
 }
 
-void Watch::as_lines() {
-  while (!sampler_.finished() && !attendant_.interrupted() &&
-         wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor()}, -1)) {
-    if (const auto sample = sampler_.take()) {
-      note_failures(*sample);
-      print_lines(*sample);
+void Watch::show(const Sample& sample) {
+  failed_ = failed_ || any_failed(sample.readings);
+  if (screen_ != nullptr) {
+    screen_->show(sample);
+  } else {
+    print_lines(sample);
+  }
+}
+
+// What goes on beside the samples, while the device is waited for and in between: the keys, and a
+// look whether anybody is there.
+bool Watch::go_on(const CallUnderWay* call) {
+  pollfd output = {STDOUT_FILENO, 0, 0};
+  poll(&output, 1, 0);
+  if (screen_ != nullptr) {
+    screen_->answer(call == nullptr ? std::nullopt : std::optional(*call));
+  }
+  return !is_unseen(output) && (screen_ == nullptr || !screen_->wants_to_quit());
+}
+
+// False if the watching ends before that time.
+bool Watch::wait_for(steady_clock::time_point time) {
+  while (!device_.interrupted() && go_on(nullptr)) {
+    const bool paused = screen_ != nullptr && screen_->paused();
+    const auto rest =
+        std::chrono::ceil<std::chrono::milliseconds>(time - steady_clock::now()).count();
+    if (rest <= 0 && !paused) {
+      return true;
+    }
+    pollfd descriptors[] = {
+        {STDOUT_FILENO, 0, 0}, {signal_descriptor(), POLLIN, 0}, {keys_, POLLIN, 0}};
+    poll(descriptors, std::size(descriptors),
+         static_cast<int>(paused ? 1000 : std::min<int64_t>(rest, 60'000)));
+  }
+  return false;
+}
+
+void Watch::work() {
+  device_.while_waiting([this](const CallUnderWay& call) { return go_on(&call); }, keys_);
+  SweepPlan sweeps(plan_.items);
+  auto next = steady_clock::now();
+  for (uint32_t number = 1; wait_for(next); ++number) {
+    const auto began = steady_clock::now();
+    Readings readings = sweep_items(session_, sweeps, began.time_since_epoch());
+    next = next_sweep(next, plan_.interval, began, steady_clock::now());
+    show({std::move(readings), std::chrono::system_clock::now()});
+    if (number == plan_.count) {
+      break;
     }
   }
 }
 
+// False if the terminal cannot show it.
 bool Watch::on_screen() {
-  auto screen = WatchScreen::open(items_, options_.changed);
-  if (screen == nullptr) {
+  screen_ = WatchScreen::open(plan_.items, options_.changed);
+  if (screen_ == nullptr) {
     return false;
   }
-  attendant_.before_exit([&screen](const std::string&) {
-    screen->abandon();
-    return std::string();
-  });
-  const int keys = is_terminal(STDIN_FILENO) ? STDIN_FILENO : -1;
-  bool is_seen = true;
-  while (is_seen && !sampler_.finished() && !attendant_.interrupted() && !screen->wants_to_quit()) {
-    // Once a second too, to show that the device is waited for.
-    is_seen = wait_for({sampler_.news().descriptor(), attendant_.interruption().descriptor(), keys},
-                       1000);
-    if (const auto sample = sampler_.take()) {
-      note_failures(*sample);
-      screen->show(*sample);
-    }
-    screen->answer();
-    sampler_.pause(screen->paused());
+  keys_ = is_terminal(STDIN_FILENO) ? STDIN_FILENO : -1;
+  try {
+    work();
+    (void)go_on(nullptr);
+  } catch (const CallGivenUp&) {
+    // The end that the user wants.
   }
-  attendant_.before_exit(nullptr);
-  const std::string rows = screen->rows_as_text();
-  screen.reset();
+  device_.while_waiting({}, -1);
+  const std::string rows = screen_->rows_as_text();
+  screen_.reset();
   print(rows);
   return true;
 }
@@ -140,16 +173,17 @@ ExitCode run_watch(const GlobalOptions& globals, const WatchOptions& options) {
           : checked_duration(options.interval, "interval", std::chrono::milliseconds(50),
                              std::chrono::hours(24));
   const uint32_t count = options.count.empty() ? 0 : checked_count(options.count);  // 0: no end
-  Attendant& attendant = *globals.attendant;
-  attendant.let_command_end();
+  globals.device->let_command_end();
   const auto session = open_session(globals);
   const Inventory inventory = Inventory::of(*session);
-  const std::vector<Item> items = select_distinct(inventory.items(), options.selection);
-  Watch watch(attendant, options, *session, {items, interval, count});
-  if (options.json || !can_draw_on(STDOUT_FILENO) || !watch.on_screen()) {
-    watch.as_lines();
+  Watch watch(*globals.device, options, *session,
+              {select_distinct(inventory.items(), options.selection), interval, count});
+  try {
+    watch.run();
+  } catch (const CallGivenUp&) {
+    // The end that the user wants.
   }
-  return attendant.exit_code();
+  return watch.exit_code();
 }
 
 }  // namespace

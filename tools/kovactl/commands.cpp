@@ -20,14 +20,12 @@ void add_record(CommandLine& line);
 void add_diff(CommandLine& line);
 void add_report(CommandLine& line);
 void add_complete(CommandLine& line);
-void add_read_each_item(CommandLine& line);
-void add_list_recording(CommandLine& line);
 
 void add_commands(CommandLine& line) {
   // In the order of the help text.
   for (const auto add :
        {add_list, add_capability, add_get, add_set, add_reset, add_watch, add_doctor, add_metrics,
-        add_senml, add_check, add_record, add_diff, add_report, add_complete, add_read_each_item, add_list_recording}) {
+        add_senml, add_check, add_record, add_diff, add_report, add_complete}) {
     add(line);
   }
 }

@@ -7,11 +7,13 @@
 
 #include "tools/host/export/json_report.h"
 #include "tools/host/judgements/monitoring_check.h"
+#include "tools/host/session/worker.h"
 #include "tools/host/system/descriptor_output.h"
 #include "tools/host/system/json_writer.h"
-#include "tools/kovactl/attendant.h"
 #include "tools/kovactl/commands.h"
+#include "tools/kovactl/device_use.h"
 #include "tools/kovactl/output.h"
+#include "tools/kovactl/signals.h"
 
 namespace {
 
@@ -52,10 +54,13 @@ ExitCode run(const std::vector<std::string>& arguments) {
       kovactl::print(*parsed.answer);
       return ExitCode::success;
     }
-    kovactl::Attendant attendant(
-        parsed.globals, [&](const kova_host::HostError& error) { tell(error, line, arguments); });
-    parsed.globals.attendant = &attendant;
-    return parsed.run(parsed.globals);
+    kovactl::DeviceUse device(parsed.globals);
+    parsed.globals.device = &device;
+    const ExitCode code = parsed.run(parsed.globals);
+    device.report_end();
+    return code == ExitCode::success && device.anything_died() ? ExitCode::item_failed : code;
+  } catch (const kova_host::CallGivenUp&) {
+    kovactl::die_of(kovactl::signal_that_came());
   } catch (const kova_host::HostError& error) {
     return tell(error, line, arguments);
   }
@@ -64,6 +69,9 @@ ExitCode run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (const auto code = kova_host::run_if_worker(argc, argv)) {
+    return *code;
+  }
   // A reader that has seen enough shows as EPIPE instead, and the module is shut down in order.
   (void)std::signal(SIGPIPE, SIG_IGN);
   try {

@@ -4,8 +4,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
-#include <mutex>
 #include <utility>
 
 #include "tools/host/system/plain_text.h"
@@ -20,9 +20,8 @@ namespace {
 using std::chrono::steady_clock;
 
 struct State {
-  std::mutex mutex;
-  bool ended = false;
   std::string label;  // "" if there is nothing to show
+  std::vector<Item> items;
   std::string item;
   size_t done = 0;
   size_t total = 0;
@@ -44,49 +43,9 @@ std::string line_of(const State& now, steady_clock::duration elapsed) {
                      now.item);
 }
 
-void erase(State& now) {
-  if (std::exchange(now.drawn, false)) {
-    write_if_possible(STDERR_FILENO, fmt::format("\r{}", kEraseToEndOfLine));
-  }
-}
-
-}  // namespace
-
-Progress::Progress(std::string label, size_t total) {
-  State& now = state();
-  const std::lock_guard lock(now.mutex);
-  now.label = std::move(label);
-  now.item.clear();
-  now.done = 0;
-  now.total = total;
-  now.start = steady_clock::now();
-}
-
-Progress::~Progress() {
-  State& now = state();
-  const std::lock_guard lock(now.mutex);
-  now.label.clear();
-  erase(now);
-}
-
-void Progress::advance(const kova_host::Item& item) {
-  State& now = state();
-  const std::lock_guard lock(now.mutex);
-  ++now.done;
-  now.item = label_of(item);
-}
-
-void Progress::advance() {
-  State& now = state();
-  const std::lock_guard lock(now.mutex);
-  ++now.done;
-}
-
-void draw_progress() {
-  State& now = state();
-  const std::lock_guard lock(now.mutex);
+void draw(State& now) {
   const auto elapsed = steady_clock::now() - now.start;
-  if (now.ended || now.label.empty() || elapsed < std::chrono::milliseconds(500) ||
+  if (now.label.empty() || elapsed < std::chrono::milliseconds(500) ||
       !can_draw_on(STDERR_FILENO)) {
     return;
   }
@@ -97,11 +56,41 @@ void draw_progress() {
   now.drawn = true;
 }
 
-void end_progress() {
+}  // namespace
+
+Progress::Progress(std::string label, size_t total) {
+  state() = {};
+  state().label = std::move(label);
+  state().total = total;
+  state().start = steady_clock::now();
+}
+
+Progress::Progress(std::string label, std::vector<kova_host::Item> items)
+    : Progress(std::move(label), items.size()) {
+  state().items = std::move(items);
+}
+
+Progress::~Progress() {
+  state().label.clear();
+  if (state().drawn) {
+    write_if_possible(STDERR_FILENO, fmt::format("\r{}", kEraseToEndOfLine));
+  }
+}
+
+void Progress::advance() {
+  ++state().done;
+}
+
+void draw_progress(const CallSubject& subject) {
   State& now = state();
-  const std::lock_guard lock(now.mutex);
-  erase(now);
-  now.ended = true;
+  const auto item = std::find_if(now.items.begin(), now.items.end(), [&](const Item& candidate) {
+    return subject == CallSubject{CallSubject::Kind::item, candidate.id};
+  });
+  if (item != now.items.end()) {
+    now.done = static_cast<size_t>(item - now.items.begin()) + 1;
+    now.item = label_of(*item);
+  }
+  draw(now);
 }
 
 }  // namespace kovactl

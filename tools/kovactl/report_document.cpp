@@ -8,8 +8,8 @@
 #include <limits>
 
 #include "tools/host/export/json_report.h"
-#include "tools/host/model/status_text.h"
 #include "tools/host/system/json_writer.h"
+#include "tools/host/values/shown_value.h"
 
 namespace kovactl {
 
@@ -21,11 +21,13 @@ ReportDocument::ReportDocument(std::vector<Item> items, double step)
       judge_(list_->items) {}
 
 // Notes how it is from this sweep on.
-void ReportDocument::note(Spells& spells, uint32_t id, bool is_so, uint32_t status) {
+void ReportDocument::note(Spells& spells, uint32_t id, bool is_so, const std::string& message,
+                          uint32_t status) {
   if (is_so) {
     Spell& spell = spells[id];
     spell.lasts = true;
     spell.last_status = status;
+    spell.last_message = message;
   } else if (const auto spell = spells.find(id); spell != spells.end()) {
     spell->second.lasts = false;
   }
@@ -48,10 +50,7 @@ void ReportDocument::judge(const std::vector<uint32_t>& fresh) {
         message += (message.empty() ? "" : "; ") + finding.message();
       }
     }
-    note(judged_, id, !message.empty(), 0);
-    if (!message.empty()) {
-      judged_.at(id).last_message = message;
-    }
+    note(judged_, id, !message.empty(), message, 0);
   }
 }
 
@@ -64,7 +63,8 @@ void ReportDocument::add(double time, const Readings& readings,
     const auto number = reading.number();
     const bool good = reading.state == Reading::State::good && number && std::isfinite(*number);
     numbers.emplace_back(id, good ? *number : std::numeric_limits<double>::quiet_NaN());
-    note(failures_, id, reading.state == Reading::State::failed, reading.status);
+    const bool failed = reading.state == Reading::State::failed;
+    note(failures_, id, failed, failed ? failure_reason(reading) : "", reading.status);
   }
   judge(fresh);
   samples_.add(time, numbers);
@@ -92,7 +92,7 @@ JsonPtr ReportDocument::failures() const {
   JsonPtr object = own(json_object());
   for (const auto& [id, spell] : failures_) {
     JsonPtr entry = entry_of(spell);
-    put(entry, "failure", json_text(read_failure(spell.last_status)));
+    put(entry, "failure", json_text(spell.last_message));
     put_status(entry, spell.last_status);
     put(object, id_text(id).c_str(), std::move(entry));
   }

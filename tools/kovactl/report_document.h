@@ -1,4 +1,5 @@
-// What a report holds: the last readings, their history, every failure and all else that needed attention.
+// What a report holds: the last readings, their history, every failure and all else that needed
+// attention.
 #pragma once
 
 #include <cstdint>
@@ -49,7 +50,8 @@ class ReportDocument {
   };
   using Spells = std::map<uint32_t, Spell>;
 
-  static void note(Spells& spells, uint32_t id, bool is_so, uint32_t status);
+  static void note(Spells& spells, uint32_t id, bool is_so, const std::string& message,
+                   uint32_t status);
   static void count(Spells& spells, double time);
   static kova_host::JsonPtr entry_of(const Spell& spell);
   kova_host::JsonPtr failures() const;

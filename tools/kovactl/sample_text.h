@@ -1,12 +1,18 @@
 // A sample of `kovactl watch` for pipes and logs.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
-#include "tools/kovactl/watch_sampler.h"
+#include "tools/host/values/reading.h"
 
 namespace kovactl {
+
+struct Sample {
+  kova_host::Readings readings;
+  std::chrono::system_clock::time_point taken;
+};
 
 // One line: the UTC time with milliseconds, then "0x14140201=48.2" for each item, separated by
 // tabs.

@@ -11,11 +11,9 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/host/session/pending_call.h"
 #include "tools/host/system/plain_text.h"
 #include "tools/kovactl/sparkline.h"
 #include "tools/kovactl/terminal_type.h"
-#include "tools/kovactl/unanswered.h"
 
 // Without its macros, some of which have names such as "erase" and "timeout".
 #define NCURSES_NOMACROS 1
@@ -118,14 +116,8 @@ WatchScreen::WatchScreen(SCREEN* terminal, bool utf8, std::vector<Item> items, b
 }
 
 WatchScreen::~WatchScreen() {
-  const std::lock_guard lock(drawing_);
   endwin();
   delscreen(terminal_);
-}
-
-void WatchScreen::abandon() {
-  drawing_.lock();
-  endwin();
 }
 
 void WatchScreen::show(const Sample& sample) {
@@ -144,8 +136,8 @@ void WatchScreen::show(const Sample& sample) {
   answer();
 }
 
-void WatchScreen::answer() {
-  const std::lock_guard lock(drawing_);
+void WatchScreen::answer(const std::optional<CallUnderWay>& call) {
+  call_ = call;
   for (int key = getch(); key != ERR; key = getch()) {
     answer_key(key);
   }
@@ -289,11 +281,11 @@ void WatchScreen::write(std::string_view text, Style style) const {
 }
 
 std::string WatchScreen::status() const {
-  const auto call = PendingCall::now();
   using std::chrono::duration_cast, std::chrono::seconds, std::chrono::steady_clock;
-  const auto waited = call ? duration_cast<seconds>(steady_clock::now() - call->since) : seconds(0);
+  const auto waited =
+      call_ ? duration_cast<seconds>(steady_clock::now() - call_->since) : seconds(0);
   if (waited >= seconds(1)) {
-    return fmt::format("waiting for {}, {} s", subject_of(*call), waited.count());
+    return fmt::format("waiting for {}, {} s", subject_text(call_->subject), waited.count());
   }
   if (history_.samples() == 0) {
     return fmt::format("reading {} items", list_.items().size());

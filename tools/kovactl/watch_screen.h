@@ -2,15 +2,16 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/host/session/worker_link.h"
 #include "tools/kovactl/row_layout.h"
+#include "tools/kovactl/sample_text.h"
 #include "tools/kovactl/watch_history.h"
 #include "tools/kovactl/watch_list.h"
-#include "tools/kovactl/watch_sampler.h"
 
 struct screen;  // ncurses' own
 
@@ -29,16 +30,13 @@ class WatchScreen {
 
   // Answers what was typed and a new size of the terminal, and draws: to call now and then, since
   // it also shows how long the device has been taking.
-  void answer();
+  void answer(const std::optional<kova_host::CallUnderWay>& call = std::nullopt);
 
   bool wants_to_quit() const { return quit_; }
   bool paused() const { return paused_; }
 
   // The rows on the screen as text, which may stay on the terminal after this.
   std::string rows_as_text() const;
-
-  // Gives the terminal back at once, from any thread. Who draws after this waits for ever.
-  void abandon();
 
  private:
   WatchScreen(screen* terminal, bool utf8, std::vector<kova_host::Item> items, bool changed_only);
@@ -56,8 +54,8 @@ class WatchScreen {
   std::string status() const;
   std::string footer() const;
 
-  std::mutex drawing_;
   screen* terminal_;
+  std::optional<kova_host::CallUnderWay> call_;  // that is waited for
   bool utf8_;
   bool coloured_;
   WatchList list_;

@@ -13,6 +13,7 @@
 #include "tools/host/judgements/judge.h"
 #include "tools/host/model/status_text.h"
 #include "tools/host/system/json_writer.h"
+#include "tools/host/values/shown_value.h"
 #include "tools/host/values/units.h"
 
 namespace kova_page {
@@ -66,7 +67,7 @@ JsonPtr json_units() {
 
 JsonPtr json_failure(const Reading& reading) {
   JsonPtr failure = own(json_object());
-  put(failure, "failure", json_text(kova_host::read_failure(reading.status)));
+  put(failure, "failure", json_text(kova_host::failure_reason(reading)));
   kova_host::put_status(failure, reading.status);
   return failure;
 }

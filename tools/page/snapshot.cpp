@@ -19,6 +19,7 @@ SweepState sweep_state(const Snapshot& snapshot, double interval,
   state.list = snapshot.list->number;
   state.interval = interval;
   state.error = snapshot.error;
+  state.trouble = snapshot.trouble;
   if (snapshot.number == 0) {
     if (state.error.empty()) {
       state.error = "the first sweep has not ended yet";

@@ -28,6 +28,7 @@ struct Snapshot {
   std::chrono::steady_clock::time_point ended;
   double duration = 0;  // seconds
   std::string error;    // why there are no fresh readings; "" if the device answered
+  std::string trouble;  // what was wrong with the device library last, until all items answer
 };
 
 // How the newest snapshot stands at the time of an answer.
@@ -39,7 +40,8 @@ struct SweepState {
   std::optional<double> duration;
   double interval = 0;
   bool up = false;
-  std::string error;  // only while not up
+  std::string error;         // only while not up
+  std::string trouble = {};  // as the snapshot has it
 
   // Seconds from one sweep to the next: the interval, or more on a bus so slow that half the time
   // is spent on sweeps.

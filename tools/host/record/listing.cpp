@@ -52,7 +52,7 @@ RecordedListing list_recording(const Replay& replay, const Session& session,
   Readings readings;
   std::set<uint32_t> failed;
   ReplayWalk walk(replay, session, items, std::chrono::seconds(1));
-  while (walk.next([](const Item&) { return true; })) {
+  while (walk.next()) {
     if (walk.time() <= at) {
       readings = walk.readings();
       continue;

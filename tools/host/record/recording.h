@@ -4,26 +4,26 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 
-#include "tools/host/session/session.h"
+#include "tools/host/session/device_host.h"
 
 namespace kova_host {
 
-// Puts the recording stand-in into the process. Make it before the module is loaded, whose calls
-// then go through it; it stays for the life of the process.
+// The recording stand-in before the device library of `host`. Make it before the session.
 class Recording {
  public:
   struct Options {
     std::filesystem::path file;
-    bool redact = false;    // blank what items.json calls private
-    bool simulate = false;  // record the simulated device library
+    bool redact = false;  // blank what items.json calls private
   };
 
-  // Begins at time 0. Throws HostError: no_device without a device library to record, usage if
-  // the file cannot be written, the stand-in is not there, or another one is preloaded before it.
-  explicit Recording(const Options& options);
+  // Loads the host's libraries; begins at time 0. Throws HostError: no_device without a device
+  // library to record, usage if the file cannot be written, the stand-in is not there, or another
+  // one is preloaded before it.
+  Recording(std::shared_ptr<DeviceHost> host, const HostOptions& device, const Options& options);
 
   // Unless finish() was called, the file is left as it was.
   ~Recording();
@@ -41,11 +41,12 @@ class Recording {
   // hold the first part of it.
   std::optional<std::string> finish();
 
+  // The same when the host's worker has died: what was written until then.
+  std::optional<std::string> finish_without_worker();
+
  private:
-  void (*set_time_)(uint64_t) = nullptr;
-  const char* (*error_)() = nullptr;
-  uint32_t (*finish_)() = nullptr;
-  void (*discard_)() = nullptr;
+  const std::shared_ptr<DeviceHost> host_;
+  const std::filesystem::path file_;
   bool is_finished_ = false;
 };
 

@@ -1,18 +1,13 @@
 // A recording that is walked through, at the host's own pace.
 #include "tools/host/record/replay.h"
 
-#include <dlfcn.h>
-#include <fmt/format.h>
-
 #include <ctime>
 #include <map>
 #include <string_view>
 #include <utility>
 
 #include "tools/host/session/locations.h"
-#include "tools/host/system/errors.h"
 #include "tools/host/system/json_ptr.h"
-#include "tools/host/system/loaded_library.h"
 #include "tools/host/system/regular_file.h"
 #include "tools/host/system/unix_time.h"
 
@@ -48,52 +43,34 @@ double recorded_at(const std::string& note) {
 
 }  // namespace
 
-Replay::Replay(const HostOptions& options) {
+Replay::Replay(std::shared_ptr<DeviceHost> host, const HostOptions& options)
+    : host_(std::move(host)) {
   const std::string file = machine_description(options.machine.value_or(""));
-  // It is in the process already; this gives its handle.
-  const LoadedLibrary simulator(simulator_library(), RTLD_NOW | RTLD_NOLOAD,
-                                "the simulated device library");
-  set_time_ = simulator.entry<void(uint64_t)>("KovaSimulatorSetTime");
-  length_ = std::chrono::milliseconds(simulator.entry<uint64_t()>("KovaSimulatorRecordedTime")());
-  if (length_ == std::chrono::milliseconds(0)) {
-    throw HostError(
-        Fault::usage,
-        fmt::format("'{}' is no recording; --simulate reads from other machine descriptions",
-                    file));
-  }
-  tell_moments_ =
-      simulator.entry<void(void (*)(void*, uint32_t, uint64_t), void*)>("KovaSimulatorTellMoments");
+  length_ = std::chrono::milliseconds(host_->load({options, std::nullopt, true}).recorded_ms);
   const std::string text = read_regular_file(file);
   const JsonPtr description(json_loadb(text.data(), text.size(), 0, nullptr));
   note_ = note_of(description.get());
   is_pure_ = has_only_a_trace(description.get());
   begin_ = recorded_at(note_);
-  set_time_(0);
 }
 
 std::vector<Replay::Moment> Replay::moments() const {
-  struct Collected {
-    const int64_t length;
-    std::map<int64_t, std::vector<uint32_t>> codes;
-  } collected{length_.count(), {}};
-  tell_moments_(
-      [](void* context, uint32_t code, uint64_t milliseconds) {
-        auto& [length, codes] = *static_cast<Collected*>(context);
-        // What is answered from the very end on is no part of it.
-        if (const auto time = static_cast<int64_t>(milliseconds); time >= 0 && time < length) {
-          codes[time].push_back(code);
-        }
-      },
-      &collected);
+  std::map<uint64_t, std::vector<uint32_t>> codes;
+  for (const RecordedCode& recorded : host_->recorded_codes()) {
+    // What is answered from the very end on is no part of it.
+    if (recorded.milliseconds < static_cast<uint64_t>(length_.count())) {
+      codes[recorded.milliseconds].push_back(recorded.code);
+    }
+  }
   std::vector<Moment> result;
-  for (auto& [time, codes] : collected.codes) {
-    result.push_back({std::chrono::milliseconds(time), std::move(codes)});
+  for (auto& [time, codes_then] : codes) {
+    result.push_back({std::chrono::milliseconds(time), std::move(codes_then)});
   }
   return result;
 }
 
 void Replay::set_time(std::chrono::milliseconds time) const {
-  set_time_(static_cast<uint64_t>(time.count()));
+  host_->set_time(static_cast<uint64_t>(time.count()));
 }
 
 }  // namespace kova_host

@@ -2,21 +2,20 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "tools/host/session/session.h"
+#include "tools/host/session/device_host.h"
 
 namespace kova_host {
 
 // The clock of a simulated machine that is a recording. It stands until it is set.
 class Replay {
  public:
-  // Takes the clock over, at 0: call it once `options` have put the simulated device library into
-  // the process (as Module does), and before the module starts. Throws HostError (usage) if the
-  // machine is no recording.
-  explicit Replay(const HostOptions& options);
+  // Loads the libraries of `host` and takes the machine's clock over, at 0. Throws HostError
+  // (usage) if the machine of `options` is no recording.
+  Replay(std::shared_ptr<DeviceHost> host, const HostOptions& options);
 
   std::chrono::milliseconds length() const { return length_; }
 
@@ -41,8 +40,7 @@ class Replay {
   bool is_pure() const { return is_pure_; }
 
  private:
-  void (*set_time_)(uint64_t) = nullptr;
-  void (*tell_moments_)(void (*)(void*, uint32_t, uint64_t), void*) = nullptr;
+  const std::shared_ptr<DeviceHost> host_;
   std::chrono::milliseconds length_{0};
   std::string note_;
   bool is_pure_ = false;

@@ -81,19 +81,20 @@ std::vector<size_t> ReplayWalk::items_at(const Replay::Moment& stop) const {
   return result;
 }
 
-bool ReplayWalk::next(const BeforeRead& before_read) {
+bool ReplayWalk::next() {
   if (at_ == stops_.size()) {
     return false;
   }
   const Replay::Moment& stop = stops_[at_];
   replay_.set_time(stop.time);
   fresh_.clear();
+  std::vector<Item> asked;
   for (const size_t i : items_at(stop)) {
-    if (!before_read(items_[i])) {
-      return false;
-    }
-    readings_[items_[i].id] = read_item(session_, items_[i]);
+    asked.push_back(items_[i]);
     fresh_.push_back(items_[i].id);
+  }
+  for (auto& [id, reading] : read_items(session_, asked)) {
+    readings_[id] = std::move(reading);
   }
   ++at_;
   return true;

@@ -23,8 +23,8 @@ class ReplayWalk {
   // Stops that there are.
   size_t size() const { return stops_.size(); }
 
-  // Goes to the next stop; false at the end, and once `before_read` says so.
-  bool next(const BeforeRead& before_read);
+  // Goes to the next stop; false at the end.
+  bool next();
 
   // Where the walk stands: the time since the recording began, the readings of all items, and the
   // IDs of those that were read there.

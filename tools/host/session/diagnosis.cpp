@@ -8,7 +8,6 @@
 #include <filesystem>
 
 #include "tools/host/model/status_text.h"
-#include "tools/host/session/pending_call.h"
 #include "tools/host/system/loaded_library.h"
 
 namespace kova_host {
@@ -36,7 +35,6 @@ void ask_families(uint32_t (*read)(uint32_t, uint32_t*), DeviceDiagnosis& diagno
   for (const FamilyData& family : item_data()) {
     FamilyPresence presence;
     presence.family = &family;
-    const PendingCall pending = PendingCall::of_code(family.presence_code);
     presence.answer.status = read(family.presence_code, &presence.answer.word);
     presence.present =
         presence.answer.status == 0 && (family.present_if_readable || presence.answer.word != 0);
@@ -72,7 +70,7 @@ DeviceDiagnosis diagnose_device(std::span<const char* const> files) {
     if (library == nullptr) {
       continue;
     }
-    const std::string loaded = file_of_library(library);
+    const std::string loaded = file_of_device_library(library);
     diagnosis.library = loaded.empty() ? attempt.file : loaded;
     diagnosis.has_write_entry = dlsym(library, kWriteEntry) != nullptr;
     if (void* read = dlsym(library, kReadEntry)) {

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "tools/host/session/pending_call.h"
+#include "tools/host/session/device_guard.h"
 #include "tools/host/system/errors.h"
 #include "tools/host/system/loaded_library.h"
 
@@ -32,7 +32,7 @@ void DirectDevice::require_none_but(std::initializer_list<std::filesystem::path>
   if (present == nullptr) {
     return;
   }
-  const std::string file = file_of_library(present);
+  const std::string file = file_of_device_library(present);
   const bool is_known = std::any_of(libraries.begin(), libraries.end(), [&](const auto& library) {
     std::error_code error;
     return std::filesystem::equivalent(file, library, error);
@@ -45,19 +45,30 @@ void DirectDevice::require_none_but(std::initializer_list<std::filesystem::path>
   }
 }
 
+std::string file_of_device_library(void* handle) {
+  if (void* guard = dlsym(handle, kGuardLibrary)) {
+    return std::filesystem::path(reinterpret_cast<GuardLibrary*>(guard)()).lexically_normal();
+  }
+  dlerror();
+  return file_of_library(handle);
+}
+
 std::optional<DirectDevice> DirectDevice::in_process() {
   void* library = loaded_library();
   void* entry = library == nullptr ? nullptr : dlsym(library, kReadEntry);
   if (entry == nullptr) {
     return std::nullopt;
   }
+  if (void* guard = dlsym(library, kGuardHandle)) {
+    library = reinterpret_cast<GuardHandle*>(guard)();
+  }
   void* redacted = dlsym(library, "KovaSimulatorIsRedacted");
+  dlerror();
   return DirectDevice(reinterpret_cast<ReadEntry*>(entry),
                       reinterpret_cast<RedactedEntry*>(redacted));
 }
 
 DeviceAnswer DirectDevice::read(uint32_t code) const {
-  const auto pending = PendingCall::of_code(code);
   DeviceAnswer answer;
   answer.status = read_(code, &answer.word);
   return answer;

@@ -26,6 +26,9 @@ struct DeviceAnswer {
   uint32_t word = 0;
 };
 
+// The file behind a handle of dlopen, and behind the guard where one stands before it.
+std::string file_of_device_library(void* handle);
+
 class DirectDevice {
  public:
   // Refuses to go on where another library than these is in the process under the device library's

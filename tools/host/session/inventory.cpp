@@ -9,7 +9,6 @@
 
 #include "include/kova_iot.h"
 #include "tools/host/model/capability_document.h"
-#include "tools/host/session/direct_device.h"
 
 namespace kova_host {
 namespace {
@@ -21,8 +20,11 @@ bool has_family(const std::vector<Item>& items, const std::string& family) {
 
 bool answers_as_present(const Session& session, const FamilyData& family) {
   const std::vector<Item> items = family.items(1);
-  const JsonPtr value = own(json_integer(0));
-  return !items.empty() && session.read(items.front().id, value.get()) != IOT_STATUS_NOT_READY;
+  if (items.empty()) {
+    return false;
+  }
+  const ItemAnswer answer = session.read({items.front().id, ValueKind::integer});
+  return !answer.reason.empty() || answer.status != IOT_STATUS_NOT_READY;
 }
 
 // Packages of one family in the document: as many ports or modules as that.
@@ -60,13 +62,9 @@ void let_go(const FamilyData& family, uint32_t count, std::vector<Item>& publish
 
 // Of the document's items those of instances that the device never had are left out.
 std::vector<Item> expected_items(const Session& session, std::vector<Item>& published) {
-  const auto device = DirectDevice::in_process();
-  const ReadWord read = [&device](uint32_t code) -> std::optional<uint32_t> {
-    if (!device) {
-      return std::nullopt;
-    }
-    const DeviceAnswer answer = device->read(code);
-    return answer.status == 0 ? std::optional(answer.word) : std::nullopt;
+  const ReadWord read = [&session](uint32_t code) -> std::optional<uint32_t> {
+    const auto answer = session.read_code(code);
+    return answer && answer->status == 0 ? std::optional(answer->word) : std::nullopt;
   };
   std::vector<Item> expected;
   for (const FamilyData& family : item_data()) {

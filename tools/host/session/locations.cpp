@@ -58,6 +58,12 @@ fs::path recorder_library() {
       {fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../../recorder" / name}, name);
 }
 
+fs::path guard_library() {
+  const fs::path name = "libKOVADeviceGuard.so";
+  return first_file({fs::path(KOVA_HOST_LIBRARY_FOLDER) / "kova-iot" / name, "../host" / name},
+                    name);
+}
+
 namespace {
 
 // A shipped description by its name without suffix; "" if there is none.

@@ -12,6 +12,7 @@ namespace kova_host {
 std::filesystem::path module_library();
 std::filesystem::path simulator_library();
 std::filesystem::path recorder_library();
+std::filesystem::path guard_library();
 
 // `name` is a file, or the name without suffix of a description that is shipped, such as
 // "sixteen-modules". machine_description throws HostError (usage)

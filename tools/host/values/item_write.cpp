@@ -1,8 +1,6 @@
 // Writes to items, each with what became of it.
 #include "tools/host/values/item_write.h"
 
-#include "tools/host/values/typed_value.h"
-
 namespace kova_host {
 
 WriteOutcome write_item(const Session& session, const PlannedWrite& plan, bool dry_run) {
@@ -14,7 +12,7 @@ WriteOutcome write_item(const Session& session, const PlannedWrite& plan, bool d
     outcome.now = outcome.previous;
     return outcome;
   }
-  outcome.status = session.write(plan.item.id, to_json(plan.number).get());
+  outcome.status = session.write(plan.item.id, plan.number);
   outcome.now = read_item(session, plan.item);
   return outcome;
 }

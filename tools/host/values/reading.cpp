@@ -1,51 +1,17 @@
-// Reads items. A value handed to the module is preset to something no item can report: what is
-// untouched afterwards was not read, whatever the status says.
+// Reads items, and makes out what an answer means.
 #include "tools/host/values/reading.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <iterator>
+#include <set>
+#include <utility>
 
 #include "include/kova_iot.h"
 #include "tools/host/model/item_data.h"
-#include "tools/host/session/direct_device.h"
 
 namespace kova_host {
 namespace {
-
-// Items are 32-bit words, scaled by at most 1: none reaches these.
-constexpr json_int_t kUntouchedInteger = std::numeric_limits<json_int_t>::min();
-constexpr double kUntouchedReal = 1e300;
-constexpr const char* kUntouchedText = "\x01untouched";
-
-JsonPtr preset(ValueKind kind) {
-  switch (kind) {
-    case ValueKind::text:
-      return own(json_string(kUntouchedText));
-    case ValueKind::real:
-      return own(json_real(kUntouchedReal));
-    default:
-      return own(json_integer(kUntouchedInteger));
-  }
-}
-
-decltype(Reading::value) filled_value(const json_t* json) {
-  switch (json_typeof(json)) {
-    case JSON_STRING: {
-      std::string text(json_string_value(json), json_string_length(json));
-      return text == kUntouchedText ? decltype(Reading::value)() : text;
-    }
-    case JSON_REAL: {
-      const double real = json_real_value(json);
-      return real == kUntouchedReal ? decltype(Reading::value)() : real;
-    }
-    default: {
-      const json_int_t integer = json_integer_value(json);
-      return integer == kUntouchedInteger ? decltype(Reading::value)()
-                                          : static_cast<int64_t>(integer);
-    }
-  }
-}
 
 // Accelerometer reads into a scalar report a failure even when they have filled it.
 bool status_allows_value(uint32_t id, uint32_t status) {
@@ -60,53 +26,89 @@ bool does_not_apply(const Item& item, uint32_t status) {
   return item.kind.has_value() && family != nullptr && status == family->status_without_value;
 }
 
-// Texts alone are blanked, and those that a blank takes along.
-bool is_redacted(const Item& item) {
-  const auto device = item.kind == ValueKind::text ? DirectDevice::in_process() : std::nullopt;
-  return device && std::any_of(item.facts.codes.begin(), item.facts.codes.end(),
-                               [&](uint32_t code) { return device->is_redacted(code); });
-}
-
-// The status of the first of a text's words that cannot be read; 0 if all can.
-uint32_t failing_word(const Item& item) {
-  const bool has_words = item.facts.role == Role::identity && item.facts.codes.size() > 1;
-  const auto device = has_words ? DirectDevice::in_process() : std::nullopt;
-  if (device) {
-    for (const uint32_t code : item.facts.codes) {
-      if (const uint32_t status = device->read(code).status; status != 0) {
-        return status;
-      }
-    }
-  }
-  return 0;
-}
-
-// What the words say of a value that the module gave.
-Reading looked_into(const Item& item, Reading reading) {
-  if (is_redacted(item)) {
-    reading = {Reading::State::absent, IOT_STATUS_SUCCESS, {}};
-    reading.redacted = true;
-  } else if (const auto* text = std::get_if<std::string>(&reading.value)) {
-    if (const uint32_t status = failing_word(item); status != 0) {
-      reading = {Reading::State::failed, status, {}, *text};
-    }
-  }
-  return reading;
-}
-
-Reading read_as(const Session& session, const Item& item, ValueKind kind) {
-  const JsonPtr json = preset(kind);
+Reading reading_of(const Item& item, ItemAnswer answer) {
   Reading reading;
-  reading.status = session.read(item.id, json.get());
-  auto value = filled_value(json.get());
-  const auto* text = std::get_if<std::string>(&value);
+  reading.status = answer.status;
+  reading.reason = std::move(answer.reason);
+  if (item.missing || !reading.reason.empty()) {
+    return reading;
+  }
+  const auto* text = std::get_if<std::string>(&answer.value);
   if (does_not_apply(item, reading.status) || (text != nullptr && *text == "N/A")) {
     reading.state = Reading::State::absent;
-    reading.redacted = is_redacted(item);
-  } else if (status_allows_value(item.id, reading.status) && value.index() != 0) {
-    reading = looked_into(item, {Reading::State::good, IOT_STATUS_SUCCESS, std::move(value)});
+  } else if (status_allows_value(item.id, reading.status) && answer.value.index() != 0) {
+    reading = {Reading::State::good, IOT_STATUS_SUCCESS, std::move(answer.value)};
   }
   return reading;
+}
+
+// The module leaves a value of the wrong JSON type as it is, so the kinds can be tried in turn.
+Reading read_of_any_kind(const Session& session, const Item& item) {
+  Reading reading;
+  for (const ValueKind kind : {ValueKind::integer, ValueKind::real, ValueKind::text}) {
+    reading = reading_of(item, session.read({item.id, kind}));
+    if (reading.state != Reading::State::failed || !status_allows_value(item.id, reading.status)) {
+      break;
+    }
+  }
+  return reading;
+}
+
+bool is_text_of_words(const Item& item, const Reading& reading) {
+  return item.facts.role == Role::identity && item.facts.codes.size() > 1 &&
+         std::holds_alternative<std::string>(reading.value);
+}
+
+// Texts alone are blanked, and those that a blank takes along.
+void blank_redacted(const Session& session, const std::vector<Item>& texts, Readings& readings) {
+  std::vector<uint32_t> codes;
+  for (const Item& item : texts) {
+    codes.insert(codes.end(), item.facts.codes.begin(), item.facts.codes.end());
+  }
+  const std::set<uint32_t> redacted = session.redacted(codes);
+  for (const Item& item : texts) {
+    if (std::any_of(item.facts.codes.begin(), item.facts.codes.end(),
+                    [&](uint32_t code) { return redacted.contains(code); })) {
+      readings.at(item.id) = {Reading::State::absent, IOT_STATUS_SUCCESS, {}};
+      readings.at(item.id).redacted = true;
+    }
+  }
+}
+
+// A text fails with the status of the first of its words that cannot be read.
+void look_into_words(const Session& session, const std::vector<Item>& texts, Readings& readings) {
+  std::vector<uint32_t> codes;
+  std::vector<Reading*> of_codes;
+  for (const Item& item : texts) {
+    Reading& reading = readings.at(item.id);
+    if (is_text_of_words(item, reading)) {
+      codes.insert(codes.end(), item.facts.codes.begin(), item.facts.codes.end());
+      of_codes.resize(codes.size(), &reading);
+    }
+  }
+  if (codes.empty()) {
+    return;
+  }
+  const std::vector<DeviceAnswer> answers = session.read_codes(codes);
+  for (size_t i = 0; i < answers.size(); ++i) {
+    const auto* text = std::get_if<std::string>(&of_codes[i]->value);
+    if (answers[i].status != 0 && text != nullptr) {
+      *of_codes[i] = {Reading::State::failed, answers[i].status, {}, *text};
+    }
+  }
+}
+
+// What the words say of values that the module gave.
+void look_into(const Session& session, const std::vector<Item>& items, Readings& readings) {
+  std::vector<Item> texts;
+  std::copy_if(items.begin(), items.end(), std::back_inserter(texts), [&](const Item& item) {
+    return item.kind == ValueKind::text && !item.missing &&
+           readings.at(item.id).state != Reading::State::failed;
+  });
+  if (!texts.empty()) {
+    blank_redacted(session, texts, readings);
+    look_into_words(session, texts, readings);
+  }
 }
 
 }  // namespace
@@ -122,39 +124,31 @@ std::optional<double> Reading::number() const {
 }
 
 Reading read_item(const Session& session, const Item& item) {
-  if (item.missing) {
-    // Something may still answer under its ID; that makes no port or module of it.
-    return {Reading::State::failed, session.read(item.id, own(json_null()).get()), {}};
-  }
-  if (item.kind) {
-    return read_as(session, item, *item.kind);
-  }
-  // The module leaves a value of the wrong JSON type as it is, so the kinds can be tried in turn.
-  Reading reading;
-  for (const ValueKind kind : {ValueKind::integer, ValueKind::real, ValueKind::text}) {
-    reading = read_as(session, item, kind);
-    if (reading.state != Reading::State::failed || !status_allows_value(item.id, reading.status)) {
-      break;
-    }
-  }
-  return reading;
+  return read_items(session, {item}).at(item.id);
 }
 
 Readings read_items(const Session& session, const std::vector<Item>& items) {
-  return *read_items(session, items, [](const Item&) { return true; });
-}
-
-std::optional<Readings> read_items(const Session& session, const std::vector<Item>& items,
-                                   const BeforeRead& before_read) {
+  std::vector<const Item*> asked;
+  std::vector<ItemQuestion> questions;
   Readings readings;
   for (const Item& item : items) {
-    if (!before_read(item)) {
-      return std::nullopt;
+    if (!readings.try_emplace(item.id).second) {
+      continue;
     }
-    if (!readings.contains(item.id)) {
-      readings.emplace(item.id, read_item(session, item));
+    // Something may still answer under the ID of an item that is missing; that makes no port or
+    // module of it. An item of no known kind takes several reads.
+    if (item.missing || item.kind) {
+      asked.push_back(&item);
+      questions.push_back({item.id, item.missing ? std::nullopt : item.kind});
+    } else {
+      readings.at(item.id) = read_of_any_kind(session, item);
     }
   }
+  std::vector<ItemAnswer> answers = session.read(questions);
+  for (size_t i = 0; i < asked.size(); ++i) {
+    readings.at(asked[i]->id) = reading_of(*asked[i], std::move(answers[i]));
+  }
+  look_into(session, items, readings);
   return readings;
 }
 

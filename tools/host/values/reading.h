@@ -2,11 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "tools/host/model/item.h"
@@ -22,11 +20,12 @@ struct Reading {
   };
   State state = State::failed;
   uint32_t status = 0;  // as the module returned it; 0 for a good reading
-  std::variant<std::monostate, int64_t, double, std::string> value;
+  ItemValue value;
   // Of a text that failed because some of its words did: what the module made of the others.
   std::string in_part = {};
   // Absent, as the recording that is replayed has a blank in the value's place.
   bool redacted = false;
+  std::string reason = {};  // of a failure that is not the module's: "the device library crashed"
 
   // The value of a numeric item.
   std::optional<double> number() const;
@@ -39,15 +38,8 @@ using Readings = std::map<uint32_t, Reading>;
 // status of the first that does. Texts that can change by themselves fail as a whole.
 Reading read_item(const Session& session, const Item& item);
 
-// Reads each ID once; an item that fails does not stop the others.
+// Reads each ID once, all in one call; an item that fails does not stop the others.
 Readings read_items(const Session& session, const std::vector<Item>& items);
-
-// Told of every item before its turn; false ends the reading.
-using BeforeRead = std::function<bool(const Item&)>;
-
-// The same; once `before_read` says false there is no result.
-std::optional<Readings> read_items(const Session& session, const std::vector<Item>& items,
-                                   const BeforeRead& before_read);
 
 bool any_failed(const Readings& readings);
 

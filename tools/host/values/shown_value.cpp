@@ -64,16 +64,20 @@ std::string value_with_unit(const Item& item, const Reading& reading) {
   return text;
 }
 
+std::string failure_reason(const Reading& reading) {
+  return reading.reason.empty() ? read_failure(reading.status) : reading.reason;
+}
+
 std::string failure_text(const Item& item, const Reading& reading) {
   if (!reading.in_part.empty()) {
     return fmt::format("in part only, '{}': {}", printable(reading.in_part),
                        read_failure(reading.status));
   }
   if (!item.missing) {
-    return read_failure(reading.status);
+    return failure_reason(reading);
   }
   return reading.status == 0 ? "missing: this machine does not have it"
-                             : "missing: " + read_failure(reading.status);
+                             : "missing: " + failure_reason(reading);
 }
 
 std::string range_text(const Item& item) {

@@ -17,6 +17,9 @@ std::string plain_value(const Reading& reading);
 // "48.2 V", "1 (Enable)", "PC mode", "N/A", "unreadable: the device did not answer (0x5)".
 std::string value_with_unit(const Item& item, const Reading& reading);
 
+// Why a failed read came to nothing: the module's status in words, or what became of the worker.
+std::string failure_reason(const Reading& reading);
+
 // Why a reading failed, with the code: "the device did not answer (0x5)".
 std::string failure_text(const Item& item, const Reading& reading);
 

@@ -60,14 +60,9 @@ std::vector<Item> SweepPlan::take(const Readings& readings) {
   return result;
 }
 
-std::optional<Readings> sweep_items(const Session& session, SweepPlan& plan, SweepPlan::Time now,
-                                    const BeforeRead& before_read) {
+Readings sweep_items(const Session& session, SweepPlan& plan, SweepPlan::Time now) {
   for (auto items = plan.due(now); !items.empty();) {
-    const auto readings = read_items(session, items, before_read);
-    if (!readings) {
-      return std::nullopt;
-    }
-    items = plan.take(*readings);
+    items = plan.take(read_items(session, items));
   }
   return plan.readings();
 }

@@ -40,9 +40,8 @@ class SweepPlan {
   std::set<uint32_t> asked_;  // in the sweep under way
 };
 
-// One sweep, with the readings of all items; nothing once `before_read` says false.
-std::optional<Readings> sweep_items(const Session& session, SweepPlan& plan, SweepPlan::Time now,
-                                    const BeforeRead& before_read);
+// One sweep, with the readings of all items.
+Readings sweep_items(const Session& session, SweepPlan& plan, SweepPlan::Time now);
 
 // When the sweep after one that was planned for `planned` begins. Sweeps keep to the clock, but a
 // bus rests for at least as long as the last sweep took: others have to use it too.
