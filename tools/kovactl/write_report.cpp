@@ -8,6 +8,7 @@
 
 #include "tools/host/export/json_report.h"
 #include "tools/host/model/status_text.h"
+#include "tools/host/session/worker_link.h"
 #include "tools/host/system/json_writer.h"
 #include "tools/host/system/typed_number.h"
 #include "tools/host/values/shown_value.h"
@@ -69,6 +70,35 @@ std::string text_of(const WriteOutcome& outcome, bool dry_run) {
                      now == previous ? "" : ", was " + previous);
 }
 
+// "; A, B" and so on, with a word in front; "" for none.
+std::string fate(std::string_view word, const std::vector<std::string>& names) {
+  return names.empty() ? "" : fmt::format("; {}: {}", word, fmt::join(names, ", "));
+}
+
+// Of all that was planned, when the last of the outcomes has killed the worker.
+std::string fate_of(const std::vector<PlannedWrite>& plans,
+                    const std::vector<WriteOutcome>& outcomes) {
+  std::vector<std::string> written;
+  std::vector<std::string> unknown;
+  std::vector<std::string> not_tried;
+  for (size_t i = 0; i < plans.size(); ++i) {
+    const std::string name = title(plans[i].item);
+    if (i >= outcomes.size() || !outcomes[i].is_sent) {
+      not_tried.push_back(name);
+    } else if (!outcomes[i].is_answered) {
+      unknown.push_back(name);
+    } else if (outcomes[i].status == 0) {
+      written.push_back(name);
+    }
+  }
+  if (written.empty() && unknown.empty()) {
+    return "";
+  }
+  return fate("written for certain", written) +
+         fate("sent, and nobody knows whether it was written", unknown) +
+         fate("not tried", not_tried);
+}
+
 }  // namespace
 
 void add_write_options(CLI::App& command, WriteOptions& options) {
@@ -83,7 +113,12 @@ ExitCode write_and_report(const GlobalOptions& globals, const Session& session,
   bool written = false;
   // One that is refused does not keep those after it from being written.
   for (const PlannedWrite& plan : plans) {
-    const WriteOutcome& outcome = outcomes.emplace_back(write_item(session, plan, options.dry_run));
+    WriteOutcome& outcome = outcomes.emplace_back();
+    try {
+      write_item(session, plan, options.dry_run, outcome);
+    } catch (const WorkerDeath& death) {
+      throw HostError(death.fault(), death.what() + fate_of(plans, outcomes));
+    }
     if (outcome.status != 0) {
       failed = true;
       report(fmt::format("cannot write {}: {}{}", title(plan.item), write_failure(outcome.status),

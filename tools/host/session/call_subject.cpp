@@ -10,13 +10,13 @@
 namespace kova_host {
 namespace {
 
-// "0x14140402 PoE 2 current" of the first item that `is_meant`; "" without one.
+// "0x14140402 PoE/PoE 2/PoE 2 current" of the first item that `is_meant`; "" without one.
 template <typename Predicate>
 std::string first_item(const Predicate& is_meant) {
   for (const FamilyData& family : item_data()) {
     for (const Item& item : family.items(family.instances ? family.instances->max : 1)) {
       if (is_meant(item)) {
-        return fmt::format("{} {}", id_text(item.id), item.name);
+        return fmt::format("{} {}", id_text(item.id), path_of(item));
       }
     }
   }

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <csignal>
@@ -37,6 +38,13 @@ using std::chrono::steady_clock;
 
 // The parent has gone, or says what no parent says: there is nobody to tell.
 struct ParentLost {};
+
+[[noreturn]] void end_without_socket() {
+  if (errno == EBADF || errno == ENOTSOCK || errno == ENOTCONN) {
+    _exit(kWorkerLostSocket);
+  }
+  throw ParentLost();
+}
 
 void limit(int resource, rlim_t most) {
   rlimit now{};
@@ -122,8 +130,11 @@ Frame Worker::next_frame() {
     }
     std::array<char, 16384> bytes{};
     const ssize_t size = recv(kWorkerSocket, bytes.data(), bytes.size(), 0);
-    if (size <= 0 && errno != EINTR) {
+    if (size == 0) {
       throw ParentLost();
+    }
+    if (size < 0 && errno != EINTR) {
+      end_without_socket();
     }
     reader_.add({bytes.data(), static_cast<size_t>(std::max<ssize_t>(size, 0))});
   }
@@ -135,7 +146,7 @@ void Worker::send(const std::string& text) const {
     const ssize_t size =
         ::send(kWorkerSocket, text.data() + done, text.size() - done, MSG_NOSIGNAL);
     if (size < 0 && errno != EINTR) {
-      throw ParentLost();
+      end_without_socket();
     }
     done += static_cast<size_t>(std::max<ssize_t>(size, 0));
   }

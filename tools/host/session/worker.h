@@ -12,6 +12,9 @@ inline constexpr const char* kWorkerArgument = "--device-worker";
 inline constexpr int kWorkerSocket = 3;
 inline constexpr int kWorkerPage = 4;
 
+// The exit code of a worker whose socket somebody has closed.
+inline constexpr int kWorkerLostSocket = 113;
+
 // To be called first by every program that has workers: the exit code of a worker, nothing if the
 // program is none.
 std::optional<int> run_if_worker(int argc, char** argv);

@@ -9,6 +9,8 @@
 #include <array>
 #include <cerrno>
 
+#include "tools/host/session/worker.h"
+
 namespace kova_host {
 namespace {
 
@@ -195,7 +197,7 @@ void WorkerLink::refuse(const Refused& refused) {
 void WorkerLink::die_of_its_end() {
   constexpr std::chrono::milliseconds kPatience{500};  // between its last word and its end
   const auto end = process_.wait(kPatience);
-  if (!end) {
+  if (!end || (!end->by_signal && end->number == kWorkerLostSocket)) {
     die(Cause::deaf, 0);
   }
   die(end->by_signal ? Cause::crashed : Cause::ended, end->number);
