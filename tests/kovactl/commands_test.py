@@ -1,6 +1,7 @@
 """The commands of the built kovactl, with the plug-in, on simulated machines."""
 import csv
 import io
+import pathlib
 import re
 import unittest
 
