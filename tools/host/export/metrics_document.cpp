@@ -77,7 +77,10 @@ std::map<std::string, Row> rows_of_all_items() {
   std::map<std::string, Row> rows;
   for (const auto& family : kova_host::item_data()) {
     for (const auto& package : family.packages) {
-      for (const Item& item : package.items) {
+      for (Item item : package.items) {
+        if (item.name == "ErrorCodes") {  // a number in a text, which only its reading tells
+          item.kind = kova_host::ValueKind::integer;
+        }
         const Metric metric = kova_host::value_metric(item);
         Row& row = rows[metric.name];
         row.metric = metric;
