@@ -348,8 +348,7 @@ void add_diff(CommandLine& line) {
   auto options = std::make_shared<DiffOptions>();
   CLI::App& command =
       line.add({"diff", "Tell what has changed between two recordings or listings",
-                "kovactl diff last-good.json now",
-                "0 the same, 1 something differs, 2 trouble, 3 no answer in time"},
+                "kovactl diff last-good.json now", "0 the same, 1 something differs, 2 trouble"},
                [options](const GlobalOptions& globals) { return run_diff(globals, *options); });
   command
       .add_option("A", options->before,

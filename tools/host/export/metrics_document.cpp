@@ -118,7 +118,8 @@ int main() {
       "`kova_up` of the exporter falls to 0 three intervals after the last sweep (later on a slow\n"
       "bus), without a device, and when no item can be read; that of `kovactl metrics --output` "
       "is\n"
-      "0 without a device. Age, interval and number of the sweeps are the exporter's only.\n\n");
+      "0 without a device that answers. Age, interval and number of the sweeps are the exporter's\n"
+      "only.\n\n");
   print_metrics("Every item", kova_host::item_status_metrics());
   print_values();
 }
