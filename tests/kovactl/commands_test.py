@@ -195,11 +195,7 @@ class Commands(TestCase):
         help_text = run("--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
         self.assertEqual(commands, re.findall(r"^  ([a-z-]+) ", help_text, re.M))
         self.assertIn("list", commands)
-        hidden = {"complete"}
-        self.assertFalse(hidden & set(commands), "they are not for people")
-        sources = pathlib.Path(__file__).parents[2].glob("tools/kovactl/command_*.cpp")
-        written = re.findall(r'\.add\(\s*\{"([a-z-]+)"', "".join(map(pathlib.Path.read_text, sources)))
-        self.assertEqual(set(written), hidden | set(commands), "tools/kovactl/commands.cpp")
+        self.assertNotIn("complete", commands, "it is not for people")
         for command in commands:
             with self.subTest(command=command):
                 result = run(f"{command} --help")

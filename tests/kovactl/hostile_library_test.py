@@ -101,7 +101,8 @@ class Hostile(TestCase):
                         self.assertEqual(done.returncode, 3, output)
                     if command[0] in ("list", "get", "senml"):
                         self.assertIn(words, output)
-                    self.assertNotIn("a line on std", output)
+                    if not os.environ["KOVACTL_RUNTIMES"]:  # a sanitizer keeps its stderr
+                        self.assertNotIn("a line on std", output)
 
     def test_what_others_answer_is_shown_all_the_same(self):
         for deed in ("crash", "exit"):
@@ -122,8 +123,8 @@ class Hostile(TestCase):
         done = self.run_command(["set", "0x14150711=1", "0x14150731=10", "--unlisted"],
                                 "crash", "write")
         self.assertEqual(done.returncode, 3)
-        self.assertRegex(done.stderr, "nobody knows whether it was written: 0x14150711 .*; not "
-                                      "tried: 0x14150731 ")
+        self.assertIn("nobody knows whether it was written: 0x14150711; not tried: 0x14150731\n",
+                      done.stderr)
 
     def test_the_exporter_goes_on(self):
         for deed in ("crash", "exit"):
