@@ -102,6 +102,22 @@ class Program(unittest.TestCase):
                          {"kova_sweep_age_seconds", "kova_sweep_interval_seconds",
                           "kova_sweeps_total"})
 
+    def test_rules_of_a_file(self):
+        machine = self.machine(codes={"0x00822003": 0, "0x00B0004F": 65})
+        rules = self.folder / "rules.json"
+        for content, kinds in (
+                ({}, {"fan-stopped"}),
+                ({"rules": {"fan-stopped": "off"}, "warn": {"Power input": "13:"}}, {"limit"}),
+                ({"rules": {"fan-stopped": "off"}, "warn": {"no such": "1"}}, set())):
+            with self.subTest(content=content):
+                rules.write_text(json.dumps(content))
+                exporter = Exporter(self, *machine, "--interval", "1m", "--rules.file", str(rules))
+                exporter.wait_for_sweep()
+                findings = exporter.json("/api/v1/items")["findings"]
+                self.assertEqual({finding["rule"] for finding in findings}, kinds)
+                exporter.terminate()
+                self.assertEqual("do not hold" in exporter.process.stderr.read(), kinds == set())
+
     def test_fifty_scrapes_cost_one_sweep(self):
         exporter = Exporter(self, "--simulate", "--interval", "1m")
         exporter.wait_for_sweep()

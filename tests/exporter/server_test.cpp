@@ -262,7 +262,7 @@ TEST_F(ServerTest, WhatIsMadeForOneWaitsForOthers) {
   store_.publish(sample_sweep(1, 0), nullptr);
   Server server(listener_, site_);
   std::vector<std::unique_ptr<TestClient>> clients;
-  for (int i = 0; i < 5; ++i) {
+  for (size_t i = 0; i < 5; ++i) {
     clients.push_back(std::make_unique<TestClient>(listener_.address()));
     // With a body, too, and where a letter is encoded.
     EXPECT_TRUE(clients[i]->send(i == 4   ? "GET /healthz HTTP/1.1\r\nHost: x\r\n\r\n"

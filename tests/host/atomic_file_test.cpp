@@ -17,13 +17,14 @@ namespace {
 namespace fs = std::filesystem;
 
 class AtomicFile : public testing::Test {
+ public:
+  ~AtomicFile() override { fs::remove_all(folder_); }
+
  protected:
   AtomicFile() {
     std::string name = testing::TempDir() + "atomic.XXXXXX";
     folder_ = mkdtemp(name.data());
   }
-  ~AtomicFile() override { fs::remove_all(folder_); }
-
   fs::path path(const char* name) const { return folder_ / name; }
   void write(const char* name, mode_t mode) const {
     std::ofstream(path(name)) << "old";
@@ -56,7 +57,7 @@ class AtomicFile : public testing::Test {
 
 TEST_F(AtomicFile, KeepsTheModeOfTheOldAndLeavesTheUmaskOfANewOne) {
   const mode_t before = umask(027);
-  for (const mode_t old : {0600, 0604, 0664}) {
+  for (const mode_t old : {0600U, 0604U, 0664U}) {
     write("file", old);
     replace_file(path("file"), "new");
     EXPECT_EQ(mode("file"), old);

@@ -1,7 +1,6 @@
 // A machine's items as a whole: why there are none, what has changed.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 

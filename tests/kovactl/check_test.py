@@ -74,7 +74,7 @@ class Check(TestCase):
                     self.assertIn("\n" + line, result.out)
 
     def test_trouble_is_unknown(self):
-        hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 10000000}})
+        hanging = self.machine(codes={"0x00820000": {"value": 3000, "delay_us": 15000000}})
         # Every call comes back in good time, the whole does not.
         slow = ["--simulate", str(self.folder / "slow.json")]
         (self.folder / "slow.json").write_text(

@@ -24,6 +24,7 @@ struct RawTexts {
   std::string listen_address = kDefaultAddress;
   std::string interval = "5s";
   std::string connections_per_address = "16";
+  std::string rules_file;
   std::string log_level = "info";
   std::string machine;
 };
@@ -58,10 +59,19 @@ ListenAddress checked_address(const std::string& text) {
   }
 }
 
+kova_host::RulesFile checked_rules(const std::string& file) {
+  try {
+    return file.empty() ? kova_host::RulesFile() : kova_host::read_rules_file(file);
+  } catch (const kova_host::HostError& error) {
+    throw std::invalid_argument(fmt::format("--rules.file: {}", error.what()));
+  }
+}
+
 Options checked(const RawTexts& raw, Options options) {
   options.listen_address = checked_address(raw.listen_address);
   options.connections_per_address = checked_connections(raw.connections_per_address);
   options.interval = checked_interval(raw.interval);
+  options.rules = checked_rules(raw.rules_file);
   const auto level = parse_log_level(raw.log_level);
   if (!level) {
     throw std::invalid_argument(
@@ -104,6 +114,9 @@ void add_options(CLI::App& app, RawTexts& raw, Options& options) {
                  "or a shipped one by its name")
       ->type_name("[MACHINE]")
       ->expected(0, 1);
+  app.add_option("--rules.file", raw.rules_file,
+                 "Change the rules of what needs attention, as kovactl check --rules does")
+      ->type_name("FILE");
   app.add_option("--log.level", raw.log_level,
                  "Least level that is logged: debug, info, warn, error")
       ->type_name("LEVEL")

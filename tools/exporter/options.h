@@ -7,6 +7,7 @@
 
 #include "tools/exporter/listen_address.h"
 #include "tools/exporter/log.h"
+#include "tools/host/judgements/rules_file.h"
 #include "tools/host/session/session.h"
 
 namespace kova_exporter {
@@ -17,6 +18,7 @@ struct Options {
   double interval = 5;  // seconds
   kova_host::HostOptions host;
   std::string simulated;  // the simulated machine's name; "" for a real one
+  kova_host::RulesFile rules;
   LogLevel log_level = LogLevel::info;
 };
 

@@ -56,7 +56,7 @@ bool all_failed(const Readings& readings) {
 }  // namespace
 
 Sampler::Sampler(kova_host::HostOptions options, Store& store, kova_host::WorkerSettings worker,
-                 std::chrono::nanoseconds between_looks)
+                 std::chrono::nanoseconds between_looks, kova_host::RulesFile rules)
     : options_(std::move(options)),
       store_(store),
       worker_([&] {
@@ -68,6 +68,7 @@ Sampler::Sampler(kova_host::HostOptions options, Store& store, kova_host::Worker
         return std::move(worker);
       }()),
       between_looks_(between_looks),
+      rules_(std::move(rules)),
       list_(store.latest()->list),
       stop_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (stop_ < 0) {
@@ -139,11 +140,24 @@ void Sampler::start_module() {
   auto list = std::make_shared<kova_page::ItemList>();
   list->number = list_->number + 1;
   list->items = kova_host::Inventory::of(*session).items();
+  list->thresholds = thresholds_for(list->items);
   list_ = std::move(list);
   plan_.emplace(list_->items);
   session_ = std::move(session);
   last_look_ = Clock::now();
   log(LogLevel::info, "the device has {} items", kova_host::distinct(list_->items).size());
+}
+
+// A limit may be for what this machine does not have at present: that is told, and the rest holds.
+kova_host::Thresholds Sampler::thresholds_for(const std::vector<Item>& items) const {
+  try {
+    return kova_host::thresholds_of(rules_, items);
+  } catch (const kova_host::HostError& error) {
+    log(LogLevel::warn, "the limits of --rules.file do not hold: {}", error.what());
+    kova_host::Thresholds rules_alone;
+    rules_alone.rules = rules_.rules;
+    return rules_alone;
+  }
 }
 
 // A family that comes later, such as a battery that is put in, is in the document of a new start

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/exporter/store.h"
+#include "tools/host/judgements/rules_file.h"
 #include "tools/host/session/session.h"
 #include "tools/host/session/worker_host.h"
 #include "tools/host/values/sweep_plan.h"
@@ -24,7 +25,8 @@ class Sampler : private kova_host::Waiting {
   // Starts at once. The store must outlive the sampler. `worker` tells how workers are started;
   // `between_looks` is the time between two looks for items that the device did not have before.
   Sampler(kova_host::HostOptions options, Store& store, kova_host::WorkerSettings worker = {},
-          std::chrono::nanoseconds between_looks = std::chrono::minutes(1));
+          std::chrono::nanoseconds between_looks = std::chrono::minutes(1),
+          kova_host::RulesFile rules = {});
   // Ends the sweep and the worker, whatever the device library does, within two seconds.
   ~Sampler() override;
   Sampler(const Sampler&) = delete;
@@ -41,6 +43,7 @@ class Sampler : private kova_host::Waiting {
   void start_module();
   void look_for_new_items();
   void sweep();
+  kova_host::Thresholds thresholds_for(const std::vector<kova_host::Item>& items) const;
   void note(kova_host::WorkerEvent event, const std::string& text);
   void publish_failure(const std::string& error);
   void publish(kova_host::Readings readings, std::string error, Clock::time_point began);
@@ -49,6 +52,7 @@ class Sampler : private kova_host::Waiting {
   Store& store_;
   const kova_host::WorkerSettings worker_;
   const std::chrono::nanoseconds between_looks_;
+  const kova_host::RulesFile rules_;
   std::shared_ptr<kova_host::DeviceHost> host_;  // for good, with what it knows of deaths
   std::unique_ptr<kova_host::Session> session_;
   std::shared_ptr<const kova_page::ItemList> list_;

@@ -126,7 +126,7 @@ int run_service(const Options& options) {
                     .local_hosts_only = listener.address().is_loopback()});
   Server server(listener, site, {.connections_per_address = options.connections_per_address});
   log(LogLevel::info, "listening on {}", listener.address().url());
-  const Sampler sampler(options.host, store);
+  const Sampler sampler(options.host, store, {}, std::chrono::minutes(1), options.rules);
   serve_until_signal(signals, store, site, server);
   ServiceManager::stopping();
   const std::string failure = store.failure();

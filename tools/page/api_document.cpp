@@ -96,7 +96,8 @@ JsonPtr json_findings_on(const Snapshot& snapshot, const std::vector<kova_host::
   for (const kova_host::Item& item : items) {
     wanted.insert(item.id);
   }
-  auto findings = kova_host::judge(snapshot.list->items, snapshot.readings);
+  auto findings =
+      kova_host::judge(snapshot.list->items, snapshot.readings, snapshot.list->thresholds);
   std::erase_if(findings, [&wanted](const kova_host::Finding& finding) {
     return !wanted.contains(finding.id);
   });

@@ -9,14 +9,16 @@
 #include <string>
 #include <vector>
 
+#include "tools/host/judgements/judge.h"
 #include "tools/host/values/reading.h"
 
 namespace kova_page {
 
 // What a started module offers. A restart makes a new list with a new number.
 struct ItemList {
-  uint32_t number = 0;                 // 0 only for the empty list before the first start
-  std::vector<kova_host::Item> items;  // the document's order; an ID may stand there twice
+  uint32_t number = 0;                    // 0 only for the empty list before the first start
+  std::vector<kova_host::Item> items;     // the document's order; an ID may stand there twice
+  kova_host::Thresholds thresholds = {};  // what the user wants judged otherwise
 };
 
 struct Snapshot {

@@ -63,6 +63,7 @@ std::vector<Replay::Moment> Replay::moments() const {
     }
   }
   std::vector<Moment> result;
+  result.reserve(codes.size());
   for (auto& [time, codes_then] : codes) {
     result.push_back({std::chrono::milliseconds(time), std::move(codes_then)});
   }

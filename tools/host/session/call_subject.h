@@ -18,8 +18,8 @@ struct CallSubject {
   friend bool operator==(const CallSubject&, const CallSubject&) = default;
 };
 
-// "0x14140402 PoE/PoE 2/PoE 2 current", "the presence of PoE (device code 0x00200000)", "the module". A code
-// that an item is read by stands for that item.
+// "0x14140402 PoE/PoE 2/PoE 2 current", "the presence of PoE (device code 0x00200000)", "the
+// module". A code that an item is read by stands for that item.
 std::string subject_text(const CallSubject& subject);
 
 }  // namespace kova_host

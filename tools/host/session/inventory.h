@@ -16,8 +16,8 @@ class Inventory {
  public:
   // Of the started module's machine. A family is there if the document has it, or if a read of one
   // of its items answers anything but IOT_STATUS_NOT_READY; ports and modules are as many as
-  // instances_there() finds. Asks the device about families that the document lacks, and for the counts.
-  // Throws HostError (no_device) if there is no document.
+  // instances_there() finds. Asks the device about families that the document lacks, and for the
+  // counts. Throws HostError (no_device) if there is no document.
   static Inventory of(const Session& session);
 
   // The items of a document, completed by those that should be in it. Names, units, ranges and

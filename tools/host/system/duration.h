@@ -8,8 +8,8 @@
 
 namespace kova_host {
 
-// "90", "0.5s", "100ms", "10m" or "10min", "1h30m", "2d": numbers with units, the largest first; a number
-// alone is seconds. Nothing for anything else, and for what is negative or above a year.
+// "90", "0.5s", "100ms", "10m" or "10min", "1h30m", "2d": numbers with units, the largest first; a
+// number alone is seconds. Nothing for anything else, and for what is negative or above a year.
 std::optional<std::chrono::milliseconds> parse_duration(std::string_view text);
 
 inline constexpr std::chrono::milliseconds kLongestDuration = std::chrono::hours(365 * 24);
