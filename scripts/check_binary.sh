@@ -127,12 +127,14 @@ check_exports() {
 }
 
 shipped=("$build/tools/kovactl/kovactl" "$build/tools/exporter/kova-exporter"
-  "$build/simulator/libKOVADeviceSim.so" "$build/recorder/libKOVADeviceRecorder.so")
+  "$build/simulator/libKOVADeviceSim.so" "$build/recorder/libKOVADeviceRecorder.so"
+  "$build/tools/host/libKOVADeviceGuard.so")
 for file in "${shipped[@]}"; do
   check_hardening "$file"
 done
 check_exports "$build/simulator/libKOVADeviceSim.so" simulator/kova_device_sim.map
 check_exports "$build/recorder/libKOVADeviceRecorder.so" recorder/kova_device_recorder.map
+check_exports "$build/tools/host/libKOVADeviceGuard.so" tools/host/session/device_guard.map
 while IFS= read -r object; do
   grep -q 'IBT, SHSTK' <<<"$(readelf -nW "$object")" ||
     finding "no control-flow protection in $object"
