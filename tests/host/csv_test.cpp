@@ -61,7 +61,7 @@ TEST(Csv, FieldsAreThoseThatThereAre) {
       {"id,unit,id", "the field 'id' is named twice"},
       {"ID", "no field 'ID': did you mean 'id'?"}};
   for (const auto& [list, message] : cases) {
-    const std::string text = refusal([list] { parse_csv_fields(list); });
+    const std::string text = refusal([fields = list] { parse_csv_fields(fields); });
     EXPECT_TRUE(text.starts_with(message)) << text;
   }
 }

@@ -20,8 +20,11 @@ namespace {
 bool has_proc = true;
 }  // namespace
 
-// In the C library's place: a machine whose /proc is not mounted.
-extern "C" ssize_t readlink(const char* path, char* target, size_t size) {
+// In the C library's place: a machine whose /proc is not mounted. By another name here, since some
+// headers define readlink() themselves.
+extern "C" ssize_t readlink_without_proc(const char* path, char* target,
+                                         size_t size) __asm__("readlink");
+extern "C" ssize_t readlink_without_proc(const char* path, char* target, size_t size) {
   if (!has_proc) {
     errno = ENOENT;
     return -1;

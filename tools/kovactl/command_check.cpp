@@ -25,6 +25,7 @@ constexpr double kUsualLimitSeconds = 10;
 
 std::vector<NamedLimit> limits_from(const std::vector<std::string>& texts) {
   std::vector<NamedLimit> limits;
+  limits.reserve(texts.size());
   for (const std::string& text : texts) {
     limits.push_back(parse_named_limit(text));
   }
