@@ -214,11 +214,11 @@ vanished  GSensor  all {gsensor} items
     def test_what_fails_later_is_told(self):
         def recording(name, *moments):
             return self.variation(name, trace={"moments": [[0, "0x822003", 3000], *moments],
-                                               "seconds": 7200})
+                                               "seconds": 120})
         good = recording("good.json")
-        worse = recording("worse.json", [3600500, "0x822003", {"status": 5}],
-                          [3601000, "0x822003", 3000])
-        told = (f"later in {worse}: TRK-7000/Onboard fan speeds/TRK7K OB fan 1 fails at 3600.5s: "
+        worse = recording("worse.json", [60500, "0x822003", {"status": 5}],
+                          [61000, "0x822003", 3000])
+        told = (f"later in {worse}: TRK-7000/Onboard fan speeds/TRK7K OB fan 1 fails at 60.5s: "
                 r"the device did not answer \(0xFFFFFAFF\)\n")
         for before, after, exit_code, times in ((good, worse, 1, 1), (worse, good, 1, 1),
                                                 (worse, worse, 0, 2), (good, good, 0, 0)):
@@ -227,10 +227,10 @@ vanished  GSensor  all {gsensor} items
                              (exit_code, times), result.out)
         later = self.diff(good, worse, "--json").json["later"]
         self.assertEqual([(entry["in"], entry["id"], entry["at"]) for entry in later],
-                         [("after", "0x14170311", 3600.5)])
-        at = self.diff(good, worse, "--at 3600.6s")
+                         [("after", "0x14170311", 60.5)])
+        at = self.diff(good, worse, "--at 60.6s")
         self.assertEqual((at.exit_code, at.out.splitlines()[0].split()[:2]), (1, ["fails", "now"]))
-        self.assertEqual(self.diff(good, worse, "--at 1h30m").exit_code, 0)
+        self.assertEqual(self.diff(good, worse, "--at 1m30s").exit_code, 0)
         for wrong, reason in (("2h", "has nothing at 2 h"), ("x", "'x' is no time")):
             result = self.diff(good, worse, f"--at {wrong}")
             self.assertEqual(result.exit_code, 2)
