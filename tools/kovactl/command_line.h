@@ -12,8 +12,6 @@
 
 namespace kovactl {
 
-// This program's own code is written in the host library's terms.
-
 // Documented in the man page: scripts rely on these numbers.
 enum class ExitCode : int {
   success = 0,      // every read and write went well
