@@ -74,11 +74,11 @@ void replace_with_failure(const MetricsOptions& options, const EarlierMetrics& e
                            items_text({}, {}, now, earlier, format), end_of_metrics(format)));
 }
 
-std::unique_ptr<Session> open_session_or_tell(const GlobalOptions& globals,
-                                              const MetricsOptions& options,
-                                              const EarlierMetrics& earlier) {
+// What `ask` gives of the device; if that is not there, or dies, the file tells it.
+template <typename Ask>
+auto asked_or_told(const MetricsOptions& options, const EarlierMetrics& earlier, const Ask& ask) {
   try {
-    return open_session(globals);
+    return ask();
   } catch (const HostError& error) {
     if (options.output != "-" && error.fault() == Fault::no_device) {
       replace_with_failure(options, earlier);
@@ -93,7 +93,7 @@ ExitCode run_metrics(const GlobalOptions& globals, const MetricsOptions& options
   }
   const bool to_file = options.output != "-";
   auto earlier = to_file ? metrics_in_file(options.output) : EarlierMetrics();
-  const auto session = open_session_or_tell(globals, options, earlier);
+  const auto session = asked_or_told(options, earlier, [&] { return open_session(globals); });
   std::vector<Item> known = Inventory::of(*session).items();
   add_missing(earlier, known);
   const std::vector<Item> items = select_distinct(known, options.selection);
@@ -102,7 +102,8 @@ ExitCode run_metrics(const GlobalOptions& globals, const MetricsOptions& options
   std::copy_if(items.begin(), items.end(), std::back_inserter(present),
                [](const Item& item) { return !item.missing; });
   const double began = unix_time();
-  const Readings readings = read_with_progress(*session, items);
+  const Readings readings =
+      asked_or_told(options, earlier, [&] { return read_with_progress(*session, items); });
   const double now = unix_time();
   const auto format = options.openmetrics ? MetricsFormat::openmetrics : MetricsFormat::prometheus;
   const Sweep sweep{.up = true, .time = now, .duration = std::max(0.0, now - began)};
